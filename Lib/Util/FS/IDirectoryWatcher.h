@@ -1,0 +1,81 @@
+#pragma once
+
+#include "Lib/Util/FS/Export.h"
+
+#include <QFileInfo>
+#include <QList>
+#include <QObject>
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+
+namespace Zendra::LW {
+
+/// Watches one folder tree for files that appear, change or disappear.
+///
+/// Connect the signals, call StartWatching(), and keep the watcher for as long as the changes matter:
+///
+///     connect(&watcher, &IDirectoryWatcher::FileAdded, [](const QFileInfo& info) { Show(info); });
+///     watcher.StartWatching(folder, {"*.mp4"}, {}, 0);
+///
+/// DirectoryWatcher learns of changes from the system and needs an event loop; DirectoryChecker looks
+/// only when it is told to. Both keep the *snapshot*, the list of the files that were found and accepted,
+/// in the order of their names: by QFileInfo::fileName() alone, case-sensitive, upper case first.
+///
+/// Hidden files and folders, sockets, devices and dangling links are not seen; a link to a file counts as
+/// a file and a link to a folder is entered, so only the depth ends a cycle of links.
+///
+/// Use a watcher on the thread it lives in; it takes no locks. Signals come on that thread, from inside the
+/// calls and notices that cause them, and the snapshot is up to date before each. A slot may start and stop
+/// the watcher that calls it: what was still to be reported of the pass is then dropped. The library
+/// registers no meta-types: to receive the file signals on another thread (queued), register QFileInfo first.
+class LWUTILFS_EXPORT IDirectoryWatcher : public QObject
+{
+    Q_OBJECT
+
+public:
+    ~IDirectoryWatcher() override = default;
+
+    /// Begins to watch a folder and takes its snapshot; reads the whole tree before it returns.
+    ///
+    /// A folder that is missing or cannot be read is no error: its snapshot is empty.
+    ///
+    /// @param dirPath      the folder, absolute or relative to the process's current folder
+    /// @param nameFilters  wildcards as QDir takes them (without regard to case), for files only;
+    ///                     none means every file
+    /// @param filter       keeps a file only if it returns true; an empty one keeps every file. An exception
+    /// from it
+    ///                     passes to the caller and leaves the watcher as it was before the call
+    /// @param depth        levels of folders below dirPath to look into; 0 is dirPath alone
+    /// @return false, with nothing changed and nothing emitted, when it is watching already
+    virtual bool StartWatching(const QString& dirPath, const QStringList& nameFilters,
+                               const std::function<bool(const QFileInfo&)>& filter, unsigned int depth) = 0;
+
+    /// Stops watching and empties the snapshot; does nothing when nothing is being watched.
+    virtual void StopWatching() = 0;
+
+    /// The watched folder, as it was given to StartWatching().
+    virtual QString GetWatchedDirPath() const = 0;
+
+    /// The snapshot, in the order of file names. Each entry carries the size and the modification time
+    /// that were read when it entered; call QFileInfo::refresh() on a copy for those of now.
+    virtual QList<QFileInfo> GetFileInfoList() const = 0;
+
+    // No parameter has a name: names would be part of the meta-object.
+Q_SIGNALS:
+    /// Watching has begun and the snapshot is in place. The files in it are not announced by FileAdded().
+    void WatchingStarted();
+    /// A running watch has ended; the snapshot is empty.
+    void WatchingStopped();
+    /// A file has entered the snapshot: the entry as it was listed.
+    void FileAdded(const QFileInfo&);
+    /// A file is gone, and out of the snapshot: describes the path, which no longer exists.
+    void FileRemoved(const QFileInfo&);
+    /// A file's modification time differs from the one in the snapshot: the new entry, already in its place.
+    void FileChanged(const QFileInfo&);
+    /// The watched folder is another one: its path. Only DirectoryChecker emits it.
+    void PathChanged(const QString&);
+};
+
+} // namespace Zendra::LW

@@ -1,0 +1,101 @@
+#include "Tests/Support/TempFolder.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <stdexcept>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace Tests {
+namespace {
+
+void Require(bool done, const char* step, const QString& path)
+{
+    if (!done)
+        throw std::runtime_error(std::string(step) + " " + path.toStdString() + ": " + std::strerror(errno));
+}
+
+QByteArray Native(const QString& path)
+{
+    return QFile::encodeName(path);
+}
+
+} // namespace
+
+TempFolder::TempFolder()
+{
+    Require(holder.isValid(), "make a folder", holder.path());
+    root.setPath(QFileInfo(holder.path()).canonicalFilePath());
+}
+
+QString TempFolder::Write(const QString& relativePath, const QByteArray& content) const
+{
+    const QString path = Path(relativePath);
+    Require(QDir().mkpath(QFileInfo(path).path()), "make the folder of", path);
+    QFile file(path);
+    Require(file.open(QIODevice::WriteOnly), "open", path);
+    Require(file.write(content) == content.size() && file.flush(), "write", path);
+    return path;
+}
+
+QString TempFolder::MakeFolder(const QString& relativePath) const
+{
+    Require(root.mkpath(relativePath), "make", Path(relativePath));
+    return Path(relativePath);
+}
+
+QString TempFolder::Link(const QString& target, const QString& relativePath) const
+{
+    Require(::symlink(Native(target), Native(Path(relativePath))) == 0, "link", Path(relativePath));
+    return Path(relativePath);
+}
+
+void TempFolder::HardLink(const QString& existingPath, const QString& relativePath) const
+{
+    Require(::link(Native(Path(existingPath)), Native(Path(relativePath))) == 0, "link", Path(relativePath));
+}
+
+void TempFolder::Remove(const QString& relativePath) const
+{
+    Require(::unlink(Native(Path(relativePath))) == 0, "remove", Path(relativePath));
+}
+
+void TempFolder::RemoveFolder(const QString& relativePath) const
+{
+    Require(QDir(Path(relativePath)).removeRecursively(), "remove", Path(relativePath));
+}
+
+void TempFolder::Rename(const QString& from, const QString& to) const
+{
+    Require(std::rename(Native(Path(from)), Native(Path(to))) == 0, "rename", Path(from));
+}
+
+void TempFolder::SetModificationTime(const QString& relativePath, const QDateTime& time) const
+{
+    QFile file(Path(relativePath));
+    Require(file.open(QIODevice::ReadWrite), "open", file.fileName());
+    Require(file.setFileTime(time, QFileDevice::FileModificationTime), "date", file.fileName());
+}
+
+void TempFolder::Touch(const QString& relativePath) const
+{
+    SetModificationTime(relativePath, QFileInfo(Path(relativePath)).lastModified().addSecs(60));
+}
+
+void TempFolder::SetPermissions(const QString& relativePath, unsigned int mode) const
+{
+    Require(::chmod(Native(Path(relativePath)), mode) == 0, "set the permissions of", Path(relativePath));
+}
+
+QStringList TempFolder::Entries(const QString& relativePath) const
+{
+    return QDir(Path(relativePath))
+        .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
+}
+
+} // namespace Tests

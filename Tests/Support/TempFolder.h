@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QDir>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+
+namespace Tests {
+
+/// A new folder that a test has to itself; gone, with all that is in it, when the test ends.
+///
+/// All paths are relative to it. Every step must succeed: a failure throws std::runtime_error, so that
+/// a test never goes on with a folder that is not as it was meant to be.
+class TempFolder
+{
+public:
+    TempFolder();
+
+    /// The folder's absolute path with no links in it.
+    QString Path() const { return root.path(); }
+    /// The absolute path of something in it.
+    QString Path(const QString& relativePath) const { return root.filePath(relativePath); }
+
+    /// Writes a file, new or in place of what it held, and makes missing folders on the way.
+    QString Write(const QString& relativePath, const QByteArray& content = QByteArray("content")) const;
+    QString MakeFolder(const QString& relativePath) const;
+    /// A symbolic link with just this target text.
+    QString Link(const QString& target, const QString& relativePath) const;
+    void HardLink(const QString& existingPath, const QString& relativePath) const;
+    /// Deletes a file or a link.
+    void Remove(const QString& relativePath) const;
+    void RemoveFolder(const QString& relativePath) const;
+    /// Renames, over an existing file too.
+    void Rename(const QString& from, const QString& to) const;
+    void SetModificationTime(const QString& relativePath, const QDateTime& time) const;
+    /// Moves the modification time forward by a minute, so that the change cannot be missed.
+    void Touch(const QString& relativePath) const;
+    void SetPermissions(const QString& relativePath, unsigned int mode) const;
+
+    /// Every entry's name, hidden ones too, sorted.
+    QStringList Entries(const QString& relativePath = QString()) const;
+
+private:
+    QTemporaryDir holder;
+    QDir root;
+};
+
+} // namespace Tests
