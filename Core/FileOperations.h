@@ -1,0 +1,39 @@
+#pragma once
+
+#include "Core/Export.h"
+#include "Core/ioPath.h"
+
+/// What the application does to whole files.
+namespace Zendra::Core {
+
+/// Moves a file, a folder with all that is in it, or a symbolic link into the user's trash, from where
+/// the user's other programs can list and restore it.
+///
+/// A link is moved itself, whether it leads anywhere or not; what it points to stays. Nothing is ever
+/// deleted or copied instead: a file on a disk that has no trash, and can get none, stays where it is.
+///
+/// On Linux the trash is the one of the desktops: `$XDG_DATA_HOME/Trash`, or `~/.local/share/Trash`, for
+/// what lies on the disk of the home folder, and otherwise a folder at the top of the file's own disk. It
+/// is made when missing. The environment is looked at once in a process, at the first use. A name too long
+/// for its note in the trash, which adds ten bytes, is refused.
+///
+/// Blocks for as long as the file system takes. Keeps no state, so any thread may call it.
+///
+/// @param path  absolute, or relative to the process's current folder
+/// @return true if the entry is in the trash; false, with the entry where it was, for a missing path, the
+///         empty one, or a refusal by the system. Never throws.
+ZENDRA_CORE_EXPORT bool MoveToTrash(const ioPath& path);
+
+/// Deletes one file, or one symbolic link, never what the link points to.
+///
+/// There is no way back: MoveToTrash() is the kinder choice when a person asked for it.
+/// Blocks for as long as the file system takes. Keeps no state, so any thread may call it.
+///
+/// Intended: a folder is refused, although MoveToTrash() takes it; a link to a folder is a link.
+///
+/// @param path  absolute, or relative to the process's current folder
+/// @return true if the entry existed and is gone; false for a folder (even an empty one), a missing path,
+///         or a refusal by the system. Never throws.
+ZENDRA_CORE_EXPORT bool RemoveFile(const ioPath& path);
+
+} // namespace Zendra::Core
