@@ -1,0 +1,88 @@
+#include "Lib/Interfaces/InstanceRegistry.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
+#include <map>
+#include <mutex>
+#include <new>
+#include <stdexcept>
+#include <vector>
+
+#include <cxxabi.h>
+
+namespace Zendra::LW {
+
+namespace {
+
+std::atomic<InstanceRegistry*> processWide{nullptr};
+
+} // namespace
+
+struct InstanceRegistry::Impl
+{
+    std::map<std::string, std::vector<void*>> instances; ///< per key, the newest last; none null
+    mutable std::mutex mutex;                            ///< guards instances
+};
+
+InstanceRegistry::InstanceRegistry() : impl(std::make_unique<Impl>())
+{
+    InstanceRegistry* none = nullptr;
+    if (!processWide.compare_exchange_strong(none, this))
+        throw std::logic_error("There is an instance registry in this process already");
+}
+
+InstanceRegistry::~InstanceRegistry()
+{
+    processWide = nullptr;
+}
+
+InstanceRegistry* InstanceRegistry::Instance() noexcept
+{
+    return processWide;
+}
+
+std::string InstanceRegistry::Demangle(const std::string& typeName)
+{
+    constexpr int outOfMemory = -1;
+
+    int status = 0;
+    const std::unique_ptr<char, decltype(&std::free)> name(
+        abi::__cxa_demangle(typeName.c_str(), nullptr, nullptr, &status), &std::free);
+
+    // The mangled name instead would be another key: what was published could not be withdrawn.
+    if (status == outOfMemory)
+        throw std::bad_alloc();
+    return name ? std::string(name.get()) : typeName;
+}
+
+void InstanceRegistry::DoRegister(const std::string& key, void* instance)
+{
+    if (!instance)
+        return;
+
+    const std::lock_guard<std::mutex> lock(impl->mutex);
+    impl->instances[key].push_back(instance);
+}
+
+void InstanceRegistry::DoUnregister(const std::string& key, void* instance)
+{
+    const std::lock_guard<std::mutex> lock(impl->mutex);
+    const auto entry = impl->instances.find(key);
+    if (entry == impl->instances.end())
+        return;
+
+    std::vector<void*>& published = entry->second;
+    const auto newest = std::find(published.rbegin(), published.rend(), instance);
+    if (newest != published.rend())
+        published.erase(std::next(newest).base());
+}
+
+void* InstanceRegistry::DoFind(const std::string& key) const
+{
+    const std::lock_guard<std::mutex> lock(impl->mutex);
+    const auto entry = impl->instances.find(key);
+    return entry == impl->instances.end() || entry->second.empty() ? nullptr : entry->second.back();
+}
+
+} // namespace Zendra::LW
