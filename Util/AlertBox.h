@@ -1,0 +1,66 @@
+#pragma once
+
+#include "Util/Export.h"
+
+#include <QMessageBox>
+#include <QPointer>
+#include <QString>
+
+namespace Zendra::Util {
+
+/// A message that the user has to answer before anything else in the application goes on.
+///
+///     AlertBox box(AlertBox::Level::Question, tr("Delete"), tr("Delete %1?").arg(name),
+///                  QMessageBox::Yes | QMessageBox::No, window, Qt::Dialog);
+///     if (box.Exec() == QMessageBox::Yes)
+///         Delete(name);
+///
+/// The title and the text are shown as they are, letter by letter: a path that looks like markup stays a
+/// path. (macOS shows no titles on message boxes.)
+///
+/// GUI thread only, and a QApplication has to exist.
+class ZENDRA_UTIL_EXPORT AlertBox
+{
+public:
+    /// How serious the message is, which picks the box's icon.
+    enum class Level
+    {
+        Warning,
+        Information,
+        Question,
+        Critical
+    };
+
+    /// Makes the box; Exec() shows it.
+    ///
+    /// @param buttons  what the user can answer; without any the box gets an OK button
+    /// @param parent   the window that the box belongs to and stays above; may be null. It may also be
+    /// destroyed
+    ///                 at any time, before and during Exec(): the box then goes with it
+    /// @param flags    window flags, to which QMessageBox adds those of a message box
+    AlertBox(Level level, const QString& title, const QString& text,
+             QFlags<QMessageBox::StandardButton> buttons, QWidget* parent, QFlags<Qt::WindowType> flags);
+
+    /// Closes the box if it is still open. Does not touch the parent.
+    ~AlertBox();
+
+    AlertBox(const AlertBox&) = delete;
+    AlertBox& operator=(const AlertBox&) = delete;
+
+    /// Shows the box, modal to the whole application, and blocks until the user has answered.
+    ///
+    /// A local event loop runs meanwhile, so timers, signals and slots go on. May be called again.
+    ///
+    /// @return the button that was pressed. Escape, and closing the window, count as pressing Cancel, or the
+    /// only
+    ///         button there is, and are ignored when there is neither (see QMessageBox).
+    ///         QMessageBox::NoButton when the box went without an answer, because its parent was destroyed or
+    ///         the application quits.
+    QMessageBox::StandardButton Exec();
+
+private:
+    /// Owned, but its parent deletes it too.
+    QPointer<QMessageBox> box;
+};
+
+} // namespace Zendra::Util

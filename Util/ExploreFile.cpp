@@ -1,0 +1,80 @@
+#include "Util/ExploreFile.h"
+
+#include "Util/RevealFile.h"
+
+#include <QByteArray>
+#include <QDesktopServices>
+#include <QList>
+#include <QUrl>
+
+#include <boost/filesystem/operations.hpp>
+
+#include <algorithm>
+
+#include <sys/stat.h>
+
+namespace fs = boost::filesystem;
+
+namespace Zendra::Util {
+namespace {
+
+/// The same entry by an absolute path without ".", ".." and spare slashes: file browsers drop these by the
+/// text alone, and after a link ".." would lead them elsewhere. Links that stay in the path are kept. Empty
+/// when there is no such path.
+QByteArray PlainAbsolutePath(const std::string& path)
+{
+    boost::system::error_code error;
+    std::string absolute = path;
+    if (path.front() != '/')
+        absolute = fs::current_path(error).native() + '/' + path;
+
+    QByteArray plain;
+    for (const QByteArray& name : QByteArray::fromStdString(absolute).split('/')) {
+        if (name == "..") {
+            plain = QByteArray::fromStdString(fs::canonical(plain.toStdString() + "/..", error).native());
+            if (plain == "/")
+                plain.clear();
+        } else if (!name.isEmpty() && name != ".") {
+            plain += '/' + name;
+        }
+        if (error)
+            return QByteArray();
+    }
+    return plain.isEmpty() ? QByteArrayLiteral("/") : plain;
+}
+
+/// Intended: not ioPath::exists(), since a dangling link is there to be shown.
+bool IsThere(const QByteArray& path)
+{
+    struct stat status = {};
+    return ::lstat(path.constData(), &status) == 0;
+}
+
+/// From bytes and not with QUrl::fromLocalFile(): a name need not be text.
+QUrl FileUrl(const QByteArray& path)
+{
+    return QUrl::fromEncoded("file://" + path.toPercentEncoding("/!$&'()*+,;=:@"));
+}
+
+QByteArray ContainingFolder(const QByteArray& path)
+{
+    return path.left(std::max(1, path.lastIndexOf('/')));
+}
+
+} // namespace
+
+bool ExploreFile(const ioPath& path)
+{
+    const std::string given = path.string();
+    // The system would read only up to a null character, and another file would be shown.
+    if (given.empty() || given.find('\0') != std::string::npos)
+        return false;
+    const QByteArray entry = PlainAbsolutePath(given);
+    if (entry.isEmpty() || !IsThere(entry))
+        return false;
+
+    return RevealFile(FileUrl(entry), exploreFileLimit)
+           || QDesktopServices::openUrl(FileUrl(ContainingFolder(entry)));
+}
+
+} // namespace Zendra::Util
