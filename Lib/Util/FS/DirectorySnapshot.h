@@ -1,0 +1,79 @@
+#pragma once
+
+#include "Lib/Util/FS/WatchTicket.h"
+
+#include <QFileInfo>
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+
+namespace Zendra::LW {
+
+/// What a watcher knows of its folder: the accepted files in the order of QFileInfo::fileName() alone,
+/// compared by QString's operator<, and the settings of the watch.
+///
+/// Both watchers keep one. Files enter and leave one at a time, between signals, so that every slot sees a
+/// snapshot that is in order.
+class DirectorySnapshot
+{
+public:
+    using Predicate = std::function<bool(const QFileInfo&)>;
+    /// Takes a new file in before a place, -1 for the end, and reports it.
+    using TakeIn = std::function<void(int index, const QFileInfo& info, bool snapshotWasEmpty)>;
+
+    /// The files below a folder in the order in which the system lists them, a folder's own before those of
+    /// its subfolders. Hidden entries are skipped, links are followed, the name filters do not apply to
+    /// folders. The sizes and times of the files are not read yet.
+    static QList<QFileInfo> GetFilesInDirRecursively(const QString& dirPath, const QStringList& nameFilters,
+                                                     unsigned int depth);
+    /// The same, in the order of file names; the order of equal names is left open.
+    static QList<QFileInfo> GetSortedFilesInDirRecursively(const QString& dirPath,
+                                                           const QStringList& nameFilters,
+                                                           unsigned int depth);
+    /// A sorted scan without the files that the predicate turns away. Ends early when the watch does.
+    static QList<QFileInfo> GetAcceptedFiles(const QString& dirPath, const QStringList& nameFilters,
+                                             const Predicate& filter, unsigned int depth,
+                                             const WatchTicket& watch);
+
+    /// The place of a file in the snapshot, or of its name when the file is not in it.
+    ///
+    /// Intended: a result other than -1 is no proof that the file is there; the caller compares the entry.
+    /// @return the first equal entry of that name; else the first entry whose name is not less;
+    ///         -1 when every name is less
+    int GetInfoIndex(const QFileInfo& info) const;
+    bool Contains(int index) const { return 0 <= index && index < fileInfos.size(); }
+
+    /// Makes room for that many files.
+    void Reserve(int count) { fileInfos.reserve(count); }
+    /// Takes a file in before the given place, or at the end for -1, with the size and times that it has now.
+    void Insert(int index, const QFileInfo& info);
+    void Append(const QFileInfo& info) { Insert(-1, info); }
+    void Replace(int index, const QFileInfo& info);
+    void RemoveAt(int index);
+    /// Forgets the files and the settings but for the folder's path.
+    void Clear();
+
+    /// Hands out each file of a sorted scan that is not in the snapshot yet and that the predicate keeps, one
+    /// after the other. Ends early when the watch does.
+    void TakeNewFiles(const QList<QFileInfo>& scanned, const WatchTicket& watch, const TakeIn& takeIn);
+
+    QList<QFileInfo> fileInfos; ///< changed by the operations above only
+    QStringList nameFilters;
+    Predicate filter;
+    QString dirPath;
+    unsigned int depth = 0;
+
+private:
+    bool IsKnown(int index, const QFileInfo& info) const
+    {
+        return Contains(index) && fileInfos.at(index) == info;
+    }
+
+    /// Grows with every change of the files: tells a pass that a slot or a predicate has changed them
+    /// meanwhile.
+    unsigned int revision = 0;
+};
+
+} // namespace Zendra::LW
