@@ -15,8 +15,8 @@ namespace Zendra::Util {
 ///     if (box.Exec() == QMessageBox::Yes)
 ///         Delete(name);
 ///
-/// The title and the text are shown as they are, letter by letter: a path that looks like markup stays a
-/// path. (macOS shows no titles on message boxes.)
+/// The text is shown as it is, letter by letter: a path that looks like markup stays a path. macOS shows no
+/// titles on message boxes.
 ///
 /// GUI thread only, and a QApplication has to exist.
 class ZENDRA_UTIL_EXPORT AlertBox
@@ -51,9 +51,8 @@ public:
     ///
     /// A local event loop runs meanwhile, so timers, signals and slots go on. May be called again.
     ///
-    /// @return the button that was pressed. Escape, and closing the window, count as pressing Cancel, or the
-    /// only
-    ///         button there is, and are ignored when there is neither (see QMessageBox).
+    /// @return the button that was pressed. Escape, and closing the window, count as pressing the button that
+    ///         declines (Cancel, No, or the only one; see QMessageBox), and are ignored when there is none.
     ///         QMessageBox::NoButton when the box went without an answer, because its parent was destroyed or
     ///         the application quits.
     QMessageBox::StandardButton Exec();

@@ -11,7 +11,7 @@ namespace Zendra::Util {
 /// It does not ask for permissions, which do not tell the truth about read-only mounts, access lists, foreign
 /// file systems or full disks. It tries: it lists the folder, then makes a hidden file of one byte in it and
 /// removes it again. No existing file is ever touched, and only a process that is killed between these two
-/// steps leaves its file behind.
+/// steps leaves its file behind. Whoever watches the folder gets a notice that it has changed.
 ///
 /// A link to a folder is as good as the folder. The path is taken as the system takes it: relative to the
 /// process's current folder unless it begins with a slash. Intended: a path that begins with a colon is no Qt
