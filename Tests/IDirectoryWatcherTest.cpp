@@ -1,0 +1,434 @@
+#include "Lib/Util/FS/IDirectoryWatcher.h"
+
+#include "Lib/Util/FS/DirectoryChecker.h"
+#include "Lib/Util/FS/DirectoryWatcher.h"
+#include "Tests/Support/LogCapture.h"
+#include "Tests/Support/SignalLog.h"
+#include "Tests/Support/TempFolder.h"
+
+#include <QMetaMethod>
+#include <QMetaObject>
+#include <QMetaType>
+
+#include <gmock/gmock.h>
+
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <type_traits>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+using Tests::LogCapture;
+using Tests::SignalLog;
+using Tests::TempFolder;
+using Zendra::LW::DirectoryChecker;
+using Zendra::LW::DirectoryWatcher;
+using Zendra::LW::IDirectoryWatcher;
+
+using Predicate = std::function<bool(const QFileInfo&)>;
+
+// The interface as callers compile against it.
+static_assert(std::is_convertible_v<IDirectoryWatcher*, QObject*>);
+static_assert(std::is_abstract_v<IDirectoryWatcher>);
+static_assert(std::has_virtual_destructor_v<IDirectoryWatcher>);
+static_assert(std::is_same_v<decltype(&IDirectoryWatcher::StartWatching),
+                             bool (IDirectoryWatcher::*)(const QString&, const QStringList&, const Predicate&,
+                                                         unsigned int)>);
+static_assert(std::is_same_v<decltype(&IDirectoryWatcher::StopWatching), void (IDirectoryWatcher::*)()>);
+static_assert(
+    std::is_same_v<decltype(&IDirectoryWatcher::GetWatchedDirPath), QString (IDirectoryWatcher::*)() const>);
+static_assert(std::is_same_v<decltype(&IDirectoryWatcher::GetFileInfoList),
+                             QList<QFileInfo> (IDirectoryWatcher::*)() const>);
+static_assert(std::is_same_v<decltype(&IDirectoryWatcher::WatchingStarted), void (IDirectoryWatcher::*)()>);
+static_assert(std::is_same_v<decltype(&IDirectoryWatcher::WatchingStopped), void (IDirectoryWatcher::*)()>);
+static_assert(
+    std::is_same_v<decltype(&IDirectoryWatcher::FileAdded), void (IDirectoryWatcher::*)(const QFileInfo&)>);
+static_assert(
+    std::is_same_v<decltype(&IDirectoryWatcher::FileRemoved), void (IDirectoryWatcher::*)(const QFileInfo&)>);
+static_assert(
+    std::is_same_v<decltype(&IDirectoryWatcher::FileChanged), void (IDirectoryWatcher::*)(const QFileInfo&)>);
+static_assert(
+    std::is_same_v<decltype(&IDirectoryWatcher::PathChanged), void (IDirectoryWatcher::*)(const QString&)>);
+
+template <typename Class, typename = void>
+constexpr bool hasHandlers = false;
+template <typename Class>
+constexpr bool
+    hasHandlers<Class, std::void_t<decltype(&Class::OnDirectoryChanged), decltype(&Class::OnFileChanged)>> =
+        true;
+static_assert(!hasHandlers<IDirectoryWatcher>, "each implementation has handlers of its own");
+
+template <typename Watcher>
+constexpr bool
+    isImplementation = std::is_convertible_v<Watcher*, IDirectoryWatcher*>&&
+                           std::is_default_constructible_v<Watcher> && !std::is_constructible_v<Watcher, QObject*> && !std::is_copy_constructible_v<Watcher> && std::is_same_v<decltype(&Watcher::OnDirectoryChanged), void (Watcher::*)(const QString&)> && std::is_same_v<decltype(&Watcher::OnFileChanged), void (Watcher::*)(const QString&)>;
+static_assert(isImplementation<DirectoryWatcher>);
+static_assert(isImplementation<DirectoryChecker>);
+static_assert(std::is_same_v<decltype(&DirectoryChecker::CheckFolder), void (DirectoryChecker::*)()>);
+
+struct SignalRow
+{
+    int index;
+    const char* signature;
+    const char* argument; ///< its type's name; null for none
+};
+
+std::ostream& operator<<(std::ostream& stream, const SignalRow& row)
+{
+    return stream << row.signature;
+}
+
+class WatcherSignalTest : public testing::TestWithParam<SignalRow>
+{
+};
+
+TEST_P(WatcherSignalTest, IsInTheMetaObjectAtItsIndexWithNothingButItsType)
+{
+    const SignalRow& row = GetParam();
+    const QMetaObject& metaObject = IDirectoryWatcher::staticMetaObject;
+
+    const QMetaMethod method = metaObject.method(metaObject.methodOffset() + row.index);
+
+    EXPECT_STREQ(method.methodSignature(), row.signature);
+    EXPECT_EQ(method.methodType(), QMetaMethod::Signal);
+    EXPECT_EQ(method.access(), QMetaMethod::Public);
+    EXPECT_EQ(method.returnType(), QMetaType::Void);
+    EXPECT_EQ(method.attributes(), 0);
+    EXPECT_EQ(method.revision(), 0);
+    EXPECT_STREQ(method.tag(), "");
+    if (row.argument) {
+        EXPECT_EQ(method.parameterTypes(), QList<QByteArray>{row.argument});
+        EXPECT_EQ(method.parameterNames(), QList<QByteArray>{QByteArray()});
+    } else {
+        EXPECT_EQ(method.parameterCount(), 0);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(AllSignals, WatcherSignalTest,
+                         testing::Values(SignalRow{0, "WatchingStarted()", nullptr},
+                                         SignalRow{1, "WatchingStopped()", nullptr},
+                                         SignalRow{2, "FileAdded(QFileInfo)", "QFileInfo"},
+                                         SignalRow{3, "FileRemoved(QFileInfo)", "QFileInfo"},
+                                         SignalRow{4, "FileChanged(QFileInfo)", "QFileInfo"},
+                                         SignalRow{5, "PathChanged(QString)", "QString"}),
+                         [](const auto& testInfo) {
+                             const std::string signature = testInfo.param.signature;
+                             return signature.substr(0, signature.find('('));
+                         });
+
+TEST(WatcherMetaObjectTest, HasTheBuiltInTypeForThePath)
+{
+    const QMetaObject& metaObject = IDirectoryWatcher::staticMetaObject;
+
+    EXPECT_EQ(metaObject.method(metaObject.methodOffset() + 5).parameterType(0), QMetaType::QString);
+}
+
+/// What a class adds to the meta-object of the one that it derives from.
+struct OwnMembers
+{
+    int methods;
+    int properties;
+    int enumerators;
+    int classInfos;
+    int constructors;
+};
+
+bool operator==(const OwnMembers& a, const OwnMembers& b)
+{
+    return a.methods == b.methods && a.properties == b.properties && a.enumerators == b.enumerators
+           && a.classInfos == b.classInfos && a.constructors == b.constructors;
+}
+
+std::ostream& operator<<(std::ostream& stream, const OwnMembers& own)
+{
+    return stream << own.methods << " methods, " << own.properties << " properties, " << own.enumerators
+                  << " enumerators, " << own.classInfos << " class infos, " << own.constructors
+                  << " constructors";
+}
+
+OwnMembers OwnMembersOf(const QMetaObject& metaObject)
+{
+    return {metaObject.methodCount() - metaObject.methodOffset(),
+            metaObject.propertyCount() - metaObject.propertyOffset(),
+            metaObject.enumeratorCount() - metaObject.enumeratorOffset(),
+            metaObject.classInfoCount() - metaObject.classInfoOffset(), metaObject.constructorCount()};
+}
+
+TEST(WatcherMetaObjectTest, OfTheInterfaceHasTheSixSignalsAndNothingElse)
+{
+    const QMetaObject& metaObject = IDirectoryWatcher::staticMetaObject;
+
+    EXPECT_STREQ(metaObject.className(), "Zendra::LW::IDirectoryWatcher");
+    EXPECT_EQ(metaObject.superClass(), &QObject::staticMetaObject);
+    EXPECT_EQ(OwnMembersOf(metaObject), (OwnMembers{6, 0, 0, 0, 0}));
+}
+
+TEST(WatcherMetaObjectTest, OfTheWatcherAddsNothingToTheInterface)
+{
+    const QMetaObject& metaObject = DirectoryWatcher::staticMetaObject;
+
+    EXPECT_STREQ(metaObject.className(), "Zendra::LW::DirectoryWatcher");
+    EXPECT_EQ(metaObject.superClass(), &IDirectoryWatcher::staticMetaObject);
+    EXPECT_EQ(OwnMembersOf(metaObject), (OwnMembers{0, 0, 0, 0, 0}));
+}
+
+TEST(WatcherMetaObjectTest, OfTheCheckerAddsNothingToTheInterface)
+{
+    const QMetaObject& metaObject = DirectoryChecker::staticMetaObject;
+
+    EXPECT_STREQ(metaObject.className(), "Zendra::LW::DirectoryChecker");
+    EXPECT_EQ(metaObject.superClass(), &IDirectoryWatcher::staticMetaObject);
+    EXPECT_EQ(OwnMembersOf(metaObject), (OwnMembers{0, 0, 0, 0, 0}));
+}
+
+/// How a pointer to a member function is laid out by the C++ ABI of Linux and macOS: for a virtual function
+/// the offset of its slot in the table, with a mark that tells it from an address.
+struct MemberPointer
+{
+#ifdef __aarch64__
+    static constexpr bool markIsInAdjustment = true;
+#else
+    static constexpr bool markIsInAdjustment = false;
+#endif
+    std::intptr_t value = 0;
+    std::intptr_t adjustment = 0;
+
+    template <typename Function>
+    explicit MemberPointer(Function function)
+    {
+        static_assert(std::is_member_function_pointer_v<Function>);
+        static_assert(sizeof(function) == 2 * sizeof(std::intptr_t));
+        std::memcpy(&value, &function, sizeof(value));
+        std::memcpy(&adjustment, reinterpret_cast<const char*>(&function) + sizeof(value),
+                    sizeof(adjustment));
+    }
+
+    bool IsVirtual() const
+    {
+        return ((markIsInAdjustment ? adjustment : value) & 1) != 0;
+    }
+    std::intptr_t Slot() const
+    {
+        return value / static_cast<std::intptr_t>(sizeof(void*));
+    }
+};
+
+/// Gives access to the last virtual function of QObject.
+struct ObjectProbe : QObject
+{
+    static MemberPointer LastVirtual() { return MemberPointer(&ObjectProbe::disconnectNotify); }
+};
+
+template <typename Watcher>
+class WatcherTableTest : public testing::Test
+{
+};
+
+using AllClasses = testing::Types<IDirectoryWatcher, DirectoryWatcher, DirectoryChecker>;
+TYPED_TEST_SUITE(WatcherTableTest, AllClasses);
+
+TYPED_TEST(WatcherTableTest, HasTheFourOperationsInOrderAfterThoseOfQObject)
+{
+    const std::intptr_t last = ObjectProbe::LastVirtual().Slot();
+
+    EXPECT_EQ(MemberPointer(&TypeParam::StartWatching).Slot(), last + 1);
+    EXPECT_EQ(MemberPointer(&TypeParam::StopWatching).Slot(), last + 2);
+    EXPECT_EQ(MemberPointer(&TypeParam::GetWatchedDirPath).Slot(), last + 3);
+    EXPECT_EQ(MemberPointer(&TypeParam::GetFileInfoList).Slot(), last + 4);
+}
+
+TEST(WatcherHandlersTest, AreNotVirtual)
+{
+    ASSERT_TRUE(MemberPointer(&DirectoryWatcher::StopWatching).IsVirtual());
+
+    EXPECT_FALSE(MemberPointer(&DirectoryWatcher::OnDirectoryChanged).IsVirtual());
+    EXPECT_FALSE(MemberPointer(&DirectoryWatcher::OnFileChanged).IsVirtual());
+    EXPECT_FALSE(MemberPointer(&DirectoryChecker::OnDirectoryChanged).IsVirtual());
+    EXPECT_FALSE(MemberPointer(&DirectoryChecker::OnFileChanged).IsVirtual());
+    EXPECT_FALSE(MemberPointer(&DirectoryChecker::CheckFolder).IsVirtual());
+}
+
+/// What every watcher promises, through the interface.
+template <typename Watcher>
+class EveryWatcherTest : public testing::Test
+{
+protected:
+    bool Start() { return watcher->StartWatching(folder.Path(), {}, {}, 0); }
+
+    QStringList Names() const
+    {
+        QStringList names;
+        for (const QFileInfo& info : watcher->GetFileInfoList())
+            names.append(info.fileName());
+        return names;
+    }
+
+    TempFolder folder;
+    std::unique_ptr<IDirectoryWatcher> watcher = std::make_unique<Watcher>();
+    SignalLog signalLog{*watcher, folder.Path()};
+};
+
+using Implementations = testing::Types<DirectoryWatcher, DirectoryChecker>;
+TYPED_TEST_SUITE(EveryWatcherTest, Implementations);
+
+TYPED_TEST(EveryWatcherTest, IsIdleWithoutAParentAtFirst)
+{
+    EXPECT_EQ(this->watcher->parent(), nullptr);
+    EXPECT_THAT(this->watcher->children(), IsEmpty());
+    EXPECT_TRUE(this->watcher->GetWatchedDirPath().isEmpty());
+    EXPECT_THAT(this->watcher->GetFileInfoList(), IsEmpty());
+}
+
+TYPED_TEST(EveryWatcherTest, IsKnownByItsClassInThisLibraryToo)
+{
+    EXPECT_NE(dynamic_cast<TypeParam*>(this->watcher.get()), nullptr);
+    EXPECT_NE(qobject_cast<TypeParam*>(this->watcher.get()), nullptr);
+    EXPECT_TRUE(this->watcher->inherits("Zendra::LW::IDirectoryWatcher"));
+}
+
+TYPED_TEST(EveryWatcherTest, HasTheFilesInTheOrderOfTheirNames)
+{
+    for (const char* name : {"b.txt", "A.txt", "a.txt", "C.txt"})
+        this->folder.Write(QString::fromLatin1(name));
+
+    EXPECT_TRUE(this->Start());
+
+    EXPECT_EQ(this->watcher->GetWatchedDirPath(), this->folder.Path());
+    EXPECT_EQ(this->Names().join(QLatin1Char(' ')), QStringLiteral("A.txt C.txt a.txt b.txt"));
+}
+
+TYPED_TEST(EveryWatcherTest, HasItsSnapshotBeforeItSaysThatWatchingStarted)
+{
+    this->folder.Write(QStringLiteral("a.txt"));
+    int filesAtStart = -1;
+    QObject::connect(this->watcher.get(), &IDirectoryWatcher::WatchingStarted,
+                     [&] { filesAtStart = this->watcher->GetFileInfoList().size(); });
+
+    this->Start();
+
+    EXPECT_EQ(filesAtStart, 1);
+    EXPECT_THAT(this->signalLog.EntriesOf("WatchingStarted"), SizeIs(1));
+    EXPECT_THAT(this->signalLog.EntriesOf("FileAdded"), IsEmpty());
+}
+
+TYPED_TEST(EveryWatcherTest, GivesACopyOfItsSnapshot)
+{
+    this->folder.Write(QStringLiteral("a.txt"));
+    this->Start();
+
+    this->watcher->GetFileInfoList().clear();
+    QList<QFileInfo> copy = this->watcher->GetFileInfoList();
+    copy.clear();
+
+    EXPECT_THAT(this->watcher->GetFileInfoList(), SizeIs(1));
+}
+
+TYPED_TEST(EveryWatcherTest, RefusesToStartTwiceAndChangesNothing)
+{
+    this->folder.Write(QStringLiteral("a.txt"));
+    this->folder.Write(QStringLiteral("other/b.txt"));
+    this->Start();
+    this->signalLog.Clear();
+
+    EXPECT_FALSE(this->watcher->StartWatching(this->folder.Path(QStringLiteral("other")), {}, {}, 3));
+
+    EXPECT_EQ(this->watcher->GetWatchedDirPath(), this->folder.Path());
+    EXPECT_EQ(this->Names(), QStringList{QStringLiteral("a.txt")});
+    EXPECT_THAT(this->signalLog.Entries(), IsEmpty());
+}
+
+TYPED_TEST(EveryWatcherTest, StartsInAFolderThatIsMissing)
+{
+    EXPECT_TRUE(this->watcher->StartWatching(this->folder.Path(QStringLiteral("missing")), {}, {}, 0));
+
+    EXPECT_THAT(this->watcher->GetFileInfoList(), IsEmpty());
+    EXPECT_THAT(this->signalLog.EntriesOf("WatchingStarted"), SizeIs(1));
+}
+
+TYPED_TEST(EveryWatcherTest, SaysNothingWhenItIsStoppedBeforeItWasStarted)
+{
+    this->watcher->StopWatching();
+
+    EXPECT_THAT(this->signalLog.Entries(), IsEmpty());
+}
+
+TYPED_TEST(EveryWatcherTest, StopsOnceAndForgetsItsFilesFirst)
+{
+    this->folder.Write(QStringLiteral("a.txt"));
+    this->Start();
+    this->signalLog.Clear();
+    int filesAtStop = -1;
+    QObject::connect(this->watcher.get(), &IDirectoryWatcher::WatchingStopped,
+                     [&] { filesAtStop = this->watcher->GetFileInfoList().size(); });
+
+    this->watcher->StopWatching();
+    this->watcher->StopWatching();
+
+    EXPECT_EQ(filesAtStop, 0);
+    EXPECT_THAT(this->watcher->GetFileInfoList(), IsEmpty());
+    EXPECT_THAT(this->signalLog.Entries(), ElementsAre("WatchingStopped"));
+}
+
+TYPED_TEST(EveryWatcherTest, LooksAfreshWhenItIsStartedAgain)
+{
+    this->folder.Write(QStringLiteral("a.txt"));
+    this->Start();
+    this->watcher->StopWatching();
+    this->folder.Remove(QStringLiteral("a.txt"));
+    this->folder.Write(QStringLiteral("b.txt"));
+
+    EXPECT_TRUE(this->Start());
+
+    EXPECT_EQ(this->Names(), QStringList{QStringLiteral("b.txt")});
+}
+
+TYPED_TEST(EveryWatcherTest, GoesWithoutASignal)
+{
+    this->folder.Write(QStringLiteral("a.txt"));
+    this->Start();
+    this->signalLog.Clear();
+
+    this->watcher.reset();
+
+    EXPECT_THAT(this->signalLog.Entries(), IsEmpty());
+}
+
+TYPED_TEST(EveryWatcherTest, LogsNothingButRefusals)
+{
+    const LogCapture log;
+
+    this->watcher->StopWatching();
+    this->Start();
+    this->watcher->StopWatching();
+    this->watcher->StopWatching();
+    this->Start();
+    this->watcher.reset();
+
+    EXPECT_THAT(log.Messages(), IsEmpty());
+}
+
+TYPED_TEST(EveryWatcherTest, RegistersNoMetaType)
+{
+    this->folder.Write(QStringLiteral("a.txt"));
+    this->Start();
+    auto& implementation = static_cast<TypeParam&>(*this->watcher);
+    this->folder.Write(QStringLiteral("b.txt"));
+    implementation.OnDirectoryChanged(this->folder.Path());
+    this->folder.Touch(QStringLiteral("b.txt"));
+    implementation.OnFileChanged(this->folder.Path(QStringLiteral("b.txt")));
+    this->folder.Remove(QStringLiteral("b.txt"));
+    implementation.OnFileChanged(this->folder.Path(QStringLiteral("b.txt")));
+
+    EXPECT_THAT(this->signalLog.Infos(), SizeIs(3));
+    // Asking a signal for the meta-type of its argument would register it, so no test here may do that.
+    EXPECT_EQ(QMetaType::type("QFileInfo"), QMetaType::UnknownType);
+}
+
+} // namespace
