@@ -15,6 +15,27 @@ bool HasNullCharacter(const fs::path& path)
     return path.native().find('\0') != std::string::npos;
 }
 
+bool IsTooLong(const fs::path& path)
+{
+    boost::system::error_code error;
+    fs::status(path, error);
+    return error == boost::system::errc::filename_too_long;
+}
+
+bool IsFolder(const fs::path& path)
+{
+    boost::system::error_code ignored;
+    return fs::is_directory(path, ignored);
+}
+
+/// Looks afterwards instead of asking how it went: somebody else may have been quicker, and that is as good.
+bool MakeFolder(const fs::path& path)
+{
+    boost::system::error_code ignored;
+    fs::create_directory(path, ignored);
+    return IsFolder(path);
+}
+
 } // namespace
 
 ioPath::ioPath(const char* utf8) : path(utf8)
@@ -40,14 +61,20 @@ bool ioPath::exists() const
     return !HasNullCharacter(path) && fs::exists(path, ignored);
 }
 
+// Boost's own create_directories calls itself once for each name, and so a long enough path ends the process.
 bool ioPath::create_directories(const ioPath& folder)
 {
-    if (HasNullCharacter(folder.path))
+    const std::string& whole = folder.path.native();
+    if (HasNullCharacter(folder.path) || IsTooLong(folder.path))
         return false;
 
-    boost::system::error_code ignored;
-    fs::create_directories(folder.path, ignored);
-    return fs::is_directory(folder.path, ignored);
+    for (size_t end = 0; end != std::string::npos;) {
+        end = whole.find('/', end + 1);
+        const fs::path upToHere = whole.substr(0, end);
+        if (!IsFolder(upToHere) && !MakeFolder(upToHere))
+            return false;
+    }
+    return true;
 }
 
 fs::directory_iterator ioPath::iterator() const

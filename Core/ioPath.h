@@ -3,6 +3,7 @@
 #include "Core/Export.h"
 
 #include <boost/filesystem/directory.hpp>
+#include <boost/filesystem/exception.hpp>
 #include <boost/filesystem/path.hpp>
 
 #include <iosfwd>

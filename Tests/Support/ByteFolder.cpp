@@ -1,0 +1,72 @@
+#include "Tests/Support/ByteFolder.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+
+#include <sys/stat.h>
+
+namespace fs = std::filesystem;
+
+namespace Tests {
+namespace {
+
+void Require(bool done, const char* step, const std::string& path)
+{
+    if (!done)
+        throw std::runtime_error(std::string("cannot ") + step + " " + path);
+}
+
+} // namespace
+
+ByteFolder::ByteFolder()
+{
+    std::string name = fs::canonical(fs::temp_directory_path()) / "ByteFolder-XXXXXX";
+    Require(::mkdtemp(name.data()) != nullptr, "make", name);
+    root = name;
+    SetMode(".", 0755);
+}
+
+ByteFolder::~ByteFolder()
+{
+    std::error_code ignored;
+    fs::remove_all(root, ignored);
+}
+
+std::string ByteFolder::Write(const std::string& name, const std::string& content) const
+{
+    const fs::path path = Path(name);
+    fs::create_directories(path.parent_path());
+    std::ofstream file(path, std::ios::binary);
+    Require(bool(file << content << std::flush), "write", path);
+    return path;
+}
+
+std::string ByteFolder::MakeFolder(const std::string& name, mode_t mode) const
+{
+    fs::create_directories(Path(name));
+    SetMode(name, mode);
+    return Path(name);
+}
+
+std::string ByteFolder::Link(const std::string& target, const std::string& name) const
+{
+    fs::create_symlink(target, Path(name));
+    return Path(name);
+}
+
+void ByteFolder::SetMode(const std::string& name, mode_t mode) const
+{
+    Require(::chmod(Path(name).c_str(), mode) == 0, "set the mode of", Path(name));
+}
+
+std::vector<std::string> ByteFolder::Tree() const
+{
+    std::vector<std::string> names;
+    for (const auto& entry : fs::recursive_directory_iterator(root))
+        names.push_back(entry.path().lexically_relative(root));
+    return names;
+}
+
+} // namespace Tests
