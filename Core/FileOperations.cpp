@@ -1,17 +1,70 @@
 #include "Core/FileOperations.h"
 
-#include <string>
+#include "Core/MoveToTrash.h"
 
+#include <boost/filesystem/path.hpp>
+
+#include <cstdlib>
+#include <memory>
+
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace Zendra::Core {
+namespace {
 
+/// The system would read such a path only up to the null character, and so take it for another one.
+bool HasNullCharacter(const std::string& path)
+{
+    return path.find('\0') != std::string::npos;
+}
+
+bool EntryExists(const std::string& path)
+{
+    struct stat ignored = {};
+    return ::lstat(path.c_str(), &ignored) == 0;
+}
+
+/// The path without links, or nothing when the system cannot follow it.
+std::string Resolve(const std::string& path)
+{
+    const std::unique_ptr<char, decltype(&std::free)> resolved(::realpath(path.c_str(), nullptr), &std::free);
+    return resolved ? resolved.get() : std::string();
+}
+
+/// The absolute path of an entry, links resolved in the folders above it and not in its own name.
+///
+/// The trash would read ".." as text and not as the system does, and then "link/../file" is another file.
+std::string Locate(const std::string& path)
+{
+    const std::string text = path.substr(0, path.find_last_not_of('/') + 1);
+    const size_t nameStart = text.rfind('/') + 1;
+    const std::string name = text.substr(nameStart);
+    if (name.empty() || name == "." || name == "..")
+        return Resolve(path);
+
+    const std::string folder = Resolve(nameStart == 0 ? "." : text.substr(0, nameStart));
+    return folder.empty() ? folder : (boost::filesystem::path(folder) / name).string();
+}
+
+} // namespace
+
+bool MoveToTrash(const ioPath& path)
+{
+    const std::string text = path.string();
+    if (HasNullCharacter(text) || !EntryExists(text))
+        return false;
+
+    const std::string entry = Locate(text);
+    return !entry.empty() && MoveEntryToTrash(entry);
+}
+
+// unlink() and not a look at the entry first: it refuses a folder, also one that has just taken the file's
+// place.
 bool RemoveFile(const ioPath& path)
 {
-    const std::string native = path.string();
-    if (native.find('\0') != std::string::npos)
-        return false;
-    return ::unlink(native.c_str()) == 0;
+    const std::string text = path.string();
+    return !HasNullCharacter(text) && ::unlink(text.c_str()) == 0;
 }
 
 } // namespace Zendra::Core

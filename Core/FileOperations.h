@@ -9,13 +9,15 @@ namespace Zendra::Core {
 /// Moves a file, a folder with all that is in it, or a symbolic link into the user's trash, from where
 /// the user's other programs can list and restore it.
 ///
-/// A link is moved itself, whether it leads anywhere or not; what it points to stays. Nothing is ever
-/// deleted or copied instead: a file on a disk that has no trash, and can get none, stays where it is.
+/// A link is moved itself, whether it leads anywhere or not; what it points to stays. Intended: that goes
+/// for "link/" too. Nothing is ever deleted or copied instead: a file on a disk that has no trash, and can
+/// get none, stays where it is.
 ///
 /// On Linux the trash is the one of the desktops: `$XDG_DATA_HOME/Trash`, or `~/.local/share/Trash`, for
 /// what lies on the disk of the home folder, and otherwise a folder at the top of the file's own disk. It
-/// is made when missing. The environment is looked at once in a process, at the first use. A name too long
-/// for its note in the trash, which adds ten bytes, is refused.
+/// is made when missing. The environment is looked at once in a process, at the first use; a data home
+/// that is no absolute path is refused. So is a file whose origin cannot be noted in the trash, since
+/// nobody could restore it: on a full disk, and with a name of more than 238 bytes.
 ///
 /// Blocks for as long as the file system takes. Keeps no state, so any thread may call it.
 ///

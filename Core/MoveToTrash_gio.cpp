@@ -1,19 +1,111 @@
-#include "Core/FileOperations.h"
+#include "Core/MoveToTrash.h"
+
+#include <boost/filesystem/directory.hpp>
+#include <boost/filesystem/path.hpp>
+
+#include <array>
+#include <memory>
 
 #include <gio/gio.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace fs = boost::filesystem;
 
 namespace Zendra::Core {
+namespace {
 
-bool MoveToTrash(const ioPath& path)
+using File = std::unique_ptr<GFile, decltype(&g_object_unref)>;
+using Status = struct stat;
+
+File MakeFile(const fs::path& path)
 {
-    const std::string native = path.string();
-    // GIO takes the empty path for the current folder.
-    if (native.empty() || native.find('\0') != std::string::npos)
+    return {g_file_new_for_path(path.c_str()), &g_object_unref};
+}
+
+/// All zero, which is no file's, when there is nothing.
+Status StatusOf(const fs::path& path)
+{
+    Status status = {};
+    return ::lstat(path.c_str(), &status) == 0 ? status : Status{};
+}
+
+bool SameFile(const Status& left, const Status& right)
+{
+    return left.st_dev == right.st_dev && left.st_ino == right.st_ino;
+}
+
+/// The highest folder above the entry that lies on the same disk.
+fs::path TopOfDisk(const fs::path& entry, dev_t disk)
+{
+    fs::path top = entry.parent_path();
+    while (top.has_parent_path() && StatusOf(top.parent_path()).st_dev == disk)
+        top = top.parent_path();
+    return top;
+}
+
+/// Every place where GIO may have put the entry.
+std::array<fs::path, 3> TrashesFor(const fs::path& entry, const Status& status)
+{
+    const std::string user = std::to_string(::getuid());
+    const fs::path top = TopOfDisk(entry, status.st_dev);
+    return {fs::path(g_get_user_data_dir()) / "Trash", top / ".Trash" / user, top / (".Trash-" + user)};
+}
+
+/// What the trash keeps beside a file: where it came from, and when it went.
+fs::path NoteOf(const fs::path& trash, const fs::path& name)
+{
+    return trash / "info" / (name.string() + ".trashinfo");
+}
+
+/// The file in this trash, unless it has its note; empty when it has one, or is elsewhere.
+fs::path FindWithoutNote(const fs::path& trash, const Status& status)
+{
+    boost::system::error_code error;
+    for (fs::directory_iterator trashed(trash / "files", error), end; trashed != end;
+         trashed.increment(error)) {
+        const fs::path name = trashed->path().filename();
+        if (SameFile(StatusOf(trashed->path()), status) && StatusOf(NoteOf(trash, name)).st_size == 0)
+            return name;
+    }
+    return {};
+}
+
+void TakeBack(const fs::path& trash, const fs::path& name, const fs::path& entry)
+{
+    const auto flags =
+        static_cast<GFileCopyFlags>(G_FILE_COPY_NOFOLLOW_SYMLINKS | G_FILE_COPY_NO_FALLBACK_FOR_MOVE);
+    const File source = MakeFile(trash / "files" / name);
+    if (g_file_move(source.get(), MakeFile(entry).get(), flags, nullptr, nullptr, nullptr, nullptr))
+        ::unlink(NoteOf(trash, name).c_str());
+}
+
+/// Whether the entry, which is in a trash now, can be restored from there; if not, it is back in its place.
+///
+/// GIO moves a file also when it could not write the note, on a full disk and for a name to which no more
+/// can be added, and says that all went well. No program could list or restore such a file.
+bool CanBeRestored(const fs::path& entry, const Status& status)
+{
+    for (const fs::path& trash : TrashesFor(entry, status)) {
+        const fs::path name = FindWithoutNote(trash, status);
+        if (!name.empty()) {
+            TakeBack(trash, name, entry);
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+bool MoveEntryToTrash(const std::string& entry)
+{
+    // GIO would make the trash below the current folder, where nobody looks for it.
+    if (!g_path_is_absolute(g_get_user_data_dir()))
         return false;
-    GFile* const file = g_file_new_for_path(native.c_str());
-    const gboolean moved = g_file_trash(file, nullptr, nullptr);
-    g_object_unref(file);
-    return moved != FALSE;
+
+    const Status status = StatusOf(entry);
+    return g_file_trash(MakeFile(entry).get(), nullptr, nullptr) && CanBeRestored(entry, status);
 }
 
 } // namespace Zendra::Core

@@ -1,13 +1,13 @@
-#include "Core/FileOperations.h"
+#include "Core/MoveToTrash.h"
 
 #include <QFile>
 #include <QString>
 
 namespace Zendra::Core {
 
-bool MoveToTrash(const ioPath& path)
+bool MoveEntryToTrash(const std::string& entry)
 {
-    return QFile::moveToTrash(QString::fromStdString(path.string()));
+    return QFile::moveToTrash(QString::fromStdString(entry));
 }
 
 } // namespace Zendra::Core
