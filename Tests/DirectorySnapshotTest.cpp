@@ -1,0 +1,1407 @@
+#include "Lib/Util/FS/DirectorySnapshot.h"
+
+#include "Tests/Support/TempFolder.h"
+#include "Tests/Support/Unprivileged.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <climits>
+#include <filesystem>
+#include <functional>
+#include <initializer_list>
+#include <limits>
+#include <memory>
+#include <ostream>
+#include <random>
+#include <stdexcept>
+#include <string>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::IsEmpty;
+using testing::SizeIs;
+using testing::UnorderedElementsAre;
+using testing::UnorderedElementsAreArray;
+using Tests::TempFolder;
+using Tests::Unprivileged;
+using Zendra::LW::DirectorySnapshot;
+using Zendra::LW::WatchTicketIssuer;
+
+using Texts = std::vector<std::string>;
+
+constexpr unsigned int everyLevel = std::numeric_limits<unsigned int>::max();
+
+Texts PathsOf(const QList<QFileInfo>& files, const QString& below = QString())
+{
+    Texts paths;
+    for (const QFileInfo& info : files) {
+        const QString path = info.filePath();
+        const bool isBelow = !below.isEmpty() && path.startsWith(below + QLatin1Char('/'));
+        paths.push_back((isBelow ? path.mid(below.size() + 1) : path).toStdString());
+    }
+    return paths;
+}
+
+Texts NamesOf(const QList<QFileInfo>& files)
+{
+    Texts names;
+    for (const QFileInfo& info : files)
+        names.push_back(info.fileName().toStdString());
+    return names;
+}
+
+std::string Native(const QString& path)
+{
+    return QFile::encodeName(path).toStdString();
+}
+
+void Require(bool done, const std::string& step)
+{
+    if (!done)
+        throw std::runtime_error(step);
+}
+
+/// Makes a folder the process's current one while it lives.
+class CurrentFolder
+{
+public:
+    explicit CurrentFolder(const QString& path) { Require(QDir::setCurrent(path), "enter the folder"); }
+    ~CurrentFolder() { QDir::setCurrent(before); }
+    CurrentFolder(const CurrentFolder&) = delete;
+    CurrentFolder& operator=(const CurrentFolder&) = delete;
+
+private:
+    const QString before = QDir::currentPath();
+};
+
+/// The scan in its plainest words, one listing for the files and one for the folders: what ours is held to.
+///
+/// Unsorted, and not NoSort, which QDir takes for its default: by name.
+QList<QFileInfo> PlainScan(const QString& dirPath, const QStringList& nameFilters, unsigned int depth)
+{
+    const QDir dir(dirPath);
+    QList<QFileInfo> files = dir.entryInfoList(nameFilters, QDir::Files, QDir::Unsorted);
+    if (depth == 0)
+        return files;
+    const QList<QFileInfo> subfolders = dir.entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Unsorted);
+    for (const QFileInfo& subfolder : subfolders)
+        files.append(PlainScan(subfolder.absoluteFilePath(), nameFilters, depth - 1));
+    return files;
+}
+
+class DirectoryScanTest : public testing::Test
+{
+protected:
+    Texts Scan(unsigned int depth, const QStringList& nameFilters = {}) const
+    {
+        return PathsOf(DirectorySnapshot::GetFilesInDirRecursively(folder.Path(), nameFilters, depth),
+                       folder.Path());
+    }
+
+    TempFolder folder;
+};
+
+TEST_F(DirectoryScanTest, FindsTheFilesOfTheFolderAloneAtDepthZero)
+{
+    folder.Write(QStringLiteral("b.txt"));
+    folder.Write(QStringLiteral("A.txt"));
+    folder.Write(QStringLiteral("sub/a.txt"));
+
+    EXPECT_THAT(Scan(0), UnorderedElementsAre("b.txt", "A.txt"));
+}
+
+TEST_F(DirectoryScanTest, GoesDownAsManyLevelsAsItIsTold)
+{
+    folder.Write(QStringLiteral("0.txt"));
+    folder.Write(QStringLiteral("1/1.txt"));
+    folder.Write(QStringLiteral("1/2/2.txt"));
+    folder.Write(QStringLiteral("1/2/3/3.txt"));
+
+    EXPECT_THAT(Scan(1), ElementsAre("0.txt", "1/1.txt"));
+    EXPECT_THAT(Scan(2), ElementsAre("0.txt", "1/1.txt", "1/2/2.txt"));
+    EXPECT_THAT(Scan(3), ElementsAre("0.txt", "1/1.txt", "1/2/2.txt", "1/2/3/3.txt"));
+}
+
+TEST_F(DirectoryScanTest, HasNoBottomAtTheLargestDepth)
+{
+    QString path;
+    for (int level = 0; level < 40; ++level)
+        path += QStringLiteral("d/");
+    folder.Write(path + QStringLiteral("a.txt"));
+
+    EXPECT_THAT(Scan(everyLevel), SizeIs(1));
+    EXPECT_THAT(Scan(40), SizeIs(1));
+    EXPECT_THAT(Scan(39), IsEmpty());
+}
+
+TEST_F(DirectoryScanTest, HasTheFilesOfAFolderBeforeThoseOfItsSubfolders)
+{
+    folder.Write(QStringLiteral("a/b/1.txt"));
+    folder.Write(QStringLiteral("a/z.txt"));
+    folder.Write(QStringLiteral("a/y.txt"));
+    folder.Write(QStringLiteral("z.txt"));
+
+    const Texts found = Scan(2);
+
+    ASSERT_THAT(found, SizeIs(4));
+    EXPECT_EQ(found[0], "z.txt");
+    EXPECT_THAT((Texts{found[1], found[2]}), UnorderedElementsAre("a/z.txt", "a/y.txt"));
+    EXPECT_EQ(found[3], "a/b/1.txt");
+}
+
+TEST_F(DirectoryScanTest, NeverListsAFolder)
+{
+    folder.MakeFolder(QStringLiteral("a.txt"));
+    folder.MakeFolder(QStringLiteral("sub/b.txt"));
+
+    EXPECT_THAT(Scan(0), IsEmpty());
+    EXPECT_THAT(Scan(5), IsEmpty());
+    EXPECT_THAT(Scan(5, {QStringLiteral("*.txt")}), IsEmpty());
+}
+
+TEST_F(DirectoryScanTest, SkipsHiddenFilesAndHiddenFolders)
+{
+    folder.Write(QStringLiteral(".hidden.txt"));
+    folder.Write(QStringLiteral(".hidden/a.txt"));
+    folder.Write(QStringLiteral("sub/.hidden.txt"));
+    folder.Write(QStringLiteral("sub/.hidden/b.txt"));
+    folder.Write(QStringLiteral("sub/c.txt"));
+
+    EXPECT_THAT(Scan(everyLevel), ElementsAre("sub/c.txt"));
+    EXPECT_THAT(Scan(everyLevel, {QStringLiteral(".*")}), IsEmpty());
+}
+
+TEST_F(DirectoryScanTest, ListsALinkToAFileUnderItsOwnName)
+{
+    folder.Write(QStringLiteral("out/of/reach.txt"));
+    folder.Link(QStringLiteral("out/of/reach.txt"), QStringLiteral("link.txt"));
+
+    EXPECT_THAT(Scan(0), ElementsAre("link.txt"));
+}
+
+TEST_F(DirectoryScanTest, EntersALinkToAFolder)
+{
+    const TempFolder elsewhere;
+    elsewhere.Write(QStringLiteral("a.txt"));
+    folder.Link(elsewhere.Path(), QStringLiteral("link"));
+
+    EXPECT_THAT(Scan(0), IsEmpty());
+    EXPECT_THAT(Scan(1), ElementsAre("link/a.txt"));
+}
+
+TEST_F(DirectoryScanTest, LeavesACycleOfLinksAtTheDepth)
+{
+    folder.Write(QStringLiteral("a.txt"));
+    folder.Link(folder.Path(), QStringLiteral("loop"));
+
+    EXPECT_THAT(Scan(3), ElementsAre("a.txt", "loop/a.txt", "loop/loop/a.txt", "loop/loop/loop/a.txt"));
+}
+
+TEST_F(DirectoryScanTest, LeavesACycleOfLinksAtTheLargestDepthToo)
+{
+    folder.Write(QStringLiteral("a.txt"));
+    folder.Link(folder.Path(), QStringLiteral("loop"));
+
+    // The system follows only so many links in one path.
+    EXPECT_THAT(Scan(everyLevel),
+                ElementsAreArray(PathsOf(PlainScan(folder.Path(), {}, everyLevel), folder.Path())));
+}
+
+TEST_F(DirectoryScanTest, SkipsLinksThatLeadNowhere)
+{
+    folder.Link(QStringLiteral("missing.txt"), QStringLiteral("dangling.txt"));
+    folder.Link(QStringLiteral("self.txt"), QStringLiteral("self.txt"));
+    folder.Link(QStringLiteral("there.txt"), QStringLiteral("back.txt"));
+    folder.Link(QStringLiteral("back.txt"), QStringLiteral("there.txt"));
+
+    EXPECT_THAT(Scan(2), IsEmpty());
+}
+
+TEST_F(DirectoryScanTest, SkipsWhatIsNeitherFileNorFolder)
+{
+    Require(::mkfifo(Native(folder.Path(QStringLiteral("fifo"))).c_str(), 0600) == 0, "make a fifo");
+    Require(::mknod(Native(folder.Path(QStringLiteral("socket"))).c_str(), S_IFSOCK | 0600, 0) == 0,
+            "make a socket");
+
+    EXPECT_THAT(Scan(2), IsEmpty());
+}
+
+TEST_F(DirectoryScanTest, ListsALinkToWhatIsNeitherFileNorFolder)
+{
+    folder.Link(QStringLiteral("/dev/null"), QStringLiteral("null.txt"));
+
+    EXPECT_THAT(Scan(0), ElementsAre("null.txt"));
+}
+
+TEST_F(DirectoryScanTest, FindsNothingInAnEmptyFolder)
+{
+    EXPECT_THAT(Scan(0), IsEmpty());
+    EXPECT_THAT(Scan(3), IsEmpty());
+}
+
+TEST_F(DirectoryScanTest, FindsNothingInAFolderThatIsMissing)
+{
+    const QString missing = folder.Path(QStringLiteral("missing"));
+
+    EXPECT_THAT(DirectorySnapshot::GetFilesInDirRecursively(missing, {}, 3), IsEmpty());
+    EXPECT_THAT(DirectorySnapshot::GetSortedFilesInDirRecursively(missing, {}, 3), IsEmpty());
+}
+
+TEST_F(DirectoryScanTest, FindsNothingBelowAFile)
+{
+    const QString file = folder.Write(QStringLiteral("a.txt"));
+
+    EXPECT_THAT(DirectorySnapshot::GetFilesInDirRecursively(file, {}, 3), IsEmpty());
+}
+
+TEST_F(DirectoryScanTest, FindsNothingInAFolderThatItMayNotRead)
+{
+    folder.Write(QStringLiteral("a.txt"));
+    folder.SetPermissions(QStringLiteral("."), 0711);
+
+    const Unprivileged nobody;
+
+    EXPECT_THAT(Scan(3), IsEmpty());
+}
+
+TEST_F(DirectoryScanTest, SkipsASubfolderThatItMayNotRead)
+{
+    folder.Write(QStringLiteral("closed/a.txt"));
+    folder.Write(QStringLiteral("open/b.txt"));
+    folder.SetPermissions(QStringLiteral("closed"), 0700);
+    folder.SetPermissions(QStringLiteral("."), 0755);
+
+    const Unprivileged nobody;
+
+    EXPECT_THAT(Scan(3), ElementsAre("open/b.txt"));
+}
+
+TEST_F(DirectoryScanTest, ListsAFileThatItMayNotOpen)
+{
+    folder.Write(QStringLiteral("a.txt"));
+    folder.SetPermissions(QStringLiteral("a.txt"), 0);
+    folder.SetPermissions(QStringLiteral("."), 0755);
+
+    const Unprivileged nobody;
+
+    EXPECT_THAT(Scan(0), ElementsAre("a.txt"));
+}
+
+TEST_F(DirectoryScanTest, TakesAnEmptyPathForTheCurrentFolder)
+{
+    folder.Write(QStringLiteral("a.txt"));
+    folder.Write(QStringLiteral("sub/b.txt"));
+    const CurrentFolder here(folder.Path());
+
+    const Texts found = PathsOf(DirectorySnapshot::GetFilesInDirRecursively(QString(), {}, 1));
+
+    EXPECT_THAT(found, ElementsAreArray(PathsOf(PlainScan(QString(), {}, 1))));
+    EXPECT_THAT(found, SizeIs(2));
+}
+
+TEST_F(DirectoryScanTest, KeepsARelativeRootInThePathsOfItsOwnFilesOnly)
+{
+    folder.Write(QStringLiteral("root/a.txt"));
+    folder.Write(QStringLiteral("root/sub/b.txt"));
+    const CurrentFolder here(folder.Path());
+
+    const Texts found = PathsOf(DirectorySnapshot::GetFilesInDirRecursively(QStringLiteral("root"), {}, 1));
+
+    EXPECT_THAT(found,
+                ElementsAre("root/a.txt", folder.Path(QStringLiteral("root/sub/b.txt")).toStdString()));
+}
+
+class DirectoryScanRootTest : public DirectoryScanTest, public testing::WithParamInterface<const char*>
+{
+};
+
+TEST_P(DirectoryScanRootTest, MayBeWrittenInManyWays)
+{
+    folder.Write(QStringLiteral("root/a.txt"));
+    folder.Write(QStringLiteral("root/sub/b.txt"));
+    folder.Link(QStringLiteral("root"), QStringLiteral("link"));
+    const CurrentFolder here(folder.Path(QStringLiteral("root")));
+    const QString root = QString::fromUtf8(GetParam());
+
+    const Texts found = PathsOf(DirectorySnapshot::GetFilesInDirRecursively(root, {}, 1));
+
+    EXPECT_THAT(found, ElementsAreArray(PathsOf(PlainScan(root, {}, 1))));
+    EXPECT_THAT(found, SizeIs(2));
+}
+
+INSTANTIATE_TEST_SUITE_P(Relative, DirectoryScanRootTest,
+                         testing::Values("", ".", "./", "../root", "..//root/", "../link", "sub/..",
+                                         "../link/../root/."));
+
+struct FilterRow
+{
+    const char* name;
+    QStringList nameFilters;
+    Texts expected;
+};
+
+std::ostream& operator<<(std::ostream& stream, const FilterRow& row)
+{
+    return stream << row.nameFilters.join(QLatin1Char(' ')).toStdString();
+}
+
+class NameFilterTest : public DirectoryScanTest, public testing::WithParamInterface<FilterRow>
+{
+};
+
+TEST_P(NameFilterTest, KeepsTheFilesThatMatch)
+{
+    for (const char* name :
+         {"a.mp4", "B.MP4", "c.mov", "mp4", "a[1].txt", "clips.old/d.mp4", "clips.old/e.mov"})
+        folder.Write(QString::fromLatin1(name));
+
+    EXPECT_THAT(Scan(1, GetParam().nameFilters), UnorderedElementsAreArray(GetParam().expected));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, NameFilterTest,
+    testing::Values(
+        FilterRow{
+            "None", {}, {"a.mp4", "B.MP4", "c.mov", "mp4", "a[1].txt", "clips.old/d.mp4", "clips.old/e.mov"}},
+        FilterRow{"Star",
+                  {QStringLiteral("*")},
+                  {"a.mp4", "B.MP4", "c.mov", "mp4", "a[1].txt", "clips.old/d.mp4", "clips.old/e.mov"}},
+        FilterRow{"CaseDoesNotMatter", {QStringLiteral("*.mp4")}, {"a.mp4", "B.MP4", "clips.old/d.mp4"}},
+        FilterRow{"UpperCaseFilter", {QStringLiteral("*.MP4")}, {"a.mp4", "B.MP4", "clips.old/d.mp4"}},
+        FilterRow{"Several",
+                  {QStringLiteral("c*"), QStringLiteral("?.mp4")},
+                  {"a.mp4", "B.MP4", "c.mov", "clips.old/d.mp4"}},
+        FilterRow{"WholeName", {QStringLiteral("mp4")}, {"mp4"}},
+        FilterRow{"Set", {QStringLiteral("[ad].mp4")}, {"a.mp4", "clips.old/d.mp4"}},
+        FilterRow{"AFoldersName", {QStringLiteral("clips*")}, {}},
+        FilterRow{"APath", {QStringLiteral("clips.old/*.mp4")}, {}},
+        FilterRow{"NoneMatches", {QStringLiteral("*.avi")}, {}}),
+    [](const auto& testInfo) { return testInfo.param.name; });
+
+class OddNameTest : public DirectoryScanTest,
+                    public testing::WithParamInterface<std::pair<const char*, QString>>
+{
+};
+
+TEST_P(OddNameTest, IsFoundAsAFileAndAsAFolder)
+{
+    const QString name = GetParam().second;
+    folder.Write(name);
+    folder.Write(QStringLiteral("sub/") + name + QLatin1Char('/') + name);
+
+    EXPECT_THAT(Scan(2),
+                ElementsAre(name.toStdString(),
+                            (QStringLiteral("sub/") + name + QLatin1Char('/') + name).toStdString()));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Names, OddNameTest,
+    testing::Values(
+        std::pair("Spaces", QStringLiteral(" two  words ")),
+        std::pair("LineBreak", QStringLiteral("one\ntwo")), std::pair("Tab", QStringLiteral("\t")),
+        std::pair("Wildcards", QStringLiteral("*?[a]")), std::pair("Backslash", QStringLiteral("a\\b")),
+        std::pair("Quotes", QStringLiteral("'\"`")), std::pair("Markup", QStringLiteral("<b>&amp;")),
+        std::pair("Umlaut", QStringLiteral("\u00c4.txt")),
+        std::pair("DecomposedUmlaut", QStringLiteral("A\u0308.txt")),
+        std::pair("Donkey", QStringLiteral("\U0001FACF")), std::pair("Percent", QStringLiteral("%1%n")),
+        std::pair("Colon", QStringLiteral("a:b")), std::pair("Tilde", QStringLiteral("~")),
+        std::pair("TwoHundredFiftyFiveBytes", QString(255, QLatin1Char('x'))),
+        std::pair("TwoHundredFiftyFiveBytesOfUmlauts", QString(127, QChar(0xfc)) + QLatin1Char('x'))),
+    [](const auto& testInfo) { return testInfo.param.first; });
+
+/// Entries whose names are not UTF-8, which a TempFolder cannot remove by itself.
+class UnreadableNames
+{
+public:
+    /// @return false where the file system takes only text for names
+    bool MakeIn(const QString& folder)
+    {
+        root = Native(folder);
+        for (const char* name : {"\xff\xfe.txt", "\xc3", "\xed\xa0\x80", "sub\xff"}) {
+            const int file = ::open((root + '/' + name).c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600);
+            if (file < 0)
+                return false;
+            ::close(file);
+        }
+        std::filesystem::create_directories(root + "/\xff/\xfe");
+        return true;
+    }
+
+    ~UnreadableNames()
+    {
+        std::error_code ignored;
+        for (const auto& entry : std::filesystem::directory_iterator(root, ignored))
+            std::filesystem::remove_all(entry, ignored);
+    }
+
+private:
+    std::string root;
+};
+
+TEST_F(DirectoryScanTest, SurvivesNamesThatAreNotText)
+{
+    folder.Write(QStringLiteral("a.txt"));
+    UnreadableNames names;
+    if (!names.MakeIn(folder.Path()))
+        GTEST_SKIP() << "the file system takes only text for names";
+
+    const Texts found = Scan(3);
+
+    EXPECT_THAT(found, ElementsAreArray(PathsOf(PlainScan(folder.Path(), {}, 3), folder.Path())));
+    EXPECT_THAT(found, testing::Contains("a.txt"));
+}
+
+/// A chain of folders in which one file's path is as long as the system allows, and others are longer.
+///
+/// Made and removed step by step, since no call takes the longer paths.
+class DeepFolder
+{
+public:
+    DeepFolder()
+    {
+        const std::string link(200, 'd');
+        std::string path = Native(folder.Path());
+        const auto room = [&] { return PATH_MAX - 1 - path.size() - 1; };
+        Enter(path);
+        while (room() > 255) {
+            Enter(link);
+            path += '/' + link;
+        }
+        longestPath = path + '/' + std::string(room(), 'f');
+        MakeFile(std::string(room(), 'f'));
+        for (int level = 0; level < 3; ++level) {
+            Enter(link);
+            MakeFile("beyond");
+        }
+    }
+
+    ~DeepFolder()
+    {
+        while (!levels.empty()) {
+            const Level last = levels.back();
+            levels.pop_back();
+            ::unlinkat(last.descriptor, last.file.c_str(), 0);
+            ::close(last.descriptor);
+            if (!levels.empty())
+                ::unlinkat(levels.back().descriptor, last.name.c_str(), AT_REMOVEDIR);
+        }
+    }
+
+    DeepFolder(const DeepFolder&) = delete;
+    DeepFolder& operator=(const DeepFolder&) = delete;
+
+    QString Path() const { return folder.Path(); }
+    const std::string& LongestPath() const { return longestPath; }
+
+private:
+    struct Level
+    {
+        std::string name;
+        int descriptor;
+        std::string file; ///< the one file in it
+    };
+
+    int Current() const { return levels.empty() ? AT_FDCWD : levels.back().descriptor; }
+
+    void Enter(const std::string& name)
+    {
+        ::mkdirat(Current(), name.c_str(), 0700);
+        const int descriptor = ::openat(Current(), name.c_str(), O_DIRECTORY | O_RDONLY | O_CLOEXEC);
+        Require(descriptor >= 0, "enter " + name);
+        levels.push_back({name, descriptor, {}});
+    }
+
+    void MakeFile(const std::string& name)
+    {
+        const int file = ::openat(Current(), name.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600);
+        Require(file >= 0, "make " + name);
+        ::close(file);
+        levels.back().file = name;
+    }
+
+    TempFolder folder;
+    std::vector<Level> levels;
+    std::string longestPath;
+};
+
+TEST(DeepFolderTest, IsFoundAsFarAsPathsReach)
+{
+    const DeepFolder deep;
+    ASSERT_EQ(deep.LongestPath().size(), PATH_MAX - 1);
+
+    const Texts found = PathsOf(DirectorySnapshot::GetFilesInDirRecursively(deep.Path(), {}, everyLevel));
+
+    EXPECT_THAT(found, testing::Contains(deep.LongestPath()));
+    EXPECT_THAT(found, ElementsAreArray(PathsOf(PlainScan(deep.Path(), {}, everyLevel))));
+}
+
+/// A folder full of all kinds of entries, the same for the same seed.
+class WildFolder
+{
+public:
+    WildFolder(unsigned int seed, bool withCycles) : random(seed), cycles(withCycles)
+    {
+        Fill(folder.Path(), 0);
+    }
+
+    QString Path() const { return folder.Path(); }
+
+private:
+    int Next(int count) { return static_cast<int>(random() % static_cast<unsigned int>(count)); }
+
+    QString NextName()
+    {
+        static const QStringList stems{
+            QStringLiteral("a"),       QStringLiteral("A"),      QStringLiteral("b"),
+            QStringLiteral("clip 1"),  QStringLiteral("Clip"),   QStringLiteral("\u00e4"),
+            QStringLiteral("10"),      QStringLiteral("9"),      QStringLiteral("\U0001F600"),
+            QStringLiteral("\uff5e"),  QStringLiteral("x\ny"),   QStringLiteral("a.b.c"),
+            QStringLiteral("[a-b]*?"), QStringLiteral(".hidden")};
+        static const QStringList endings{QString(), QStringLiteral(".mp4"), QStringLiteral(".MP4"),
+                                         QStringLiteral(".txt"), QStringLiteral(".")};
+        return stems.at(Next(stems.size())) + endings.at(Next(endings.size()));
+    }
+
+    void Fill(const QString& path, int level)
+    {
+        const QDir dir(path);
+        for (int count = Next(level == 0 ? 14 : 9); count > 0; --count) {
+            const QString entry = dir.filePath(NextName());
+            const std::string name = Native(entry);
+            struct ::stat status;
+            if (::lstat(name.c_str(), &status) == 0)
+                continue;
+            switch (Next(10)) {
+            case 0:
+            case 1:
+            case 2:
+                if (level < 4 && dir.mkdir(entry)) {
+                    Fill(entry, level + 1);
+                    folders.append(entry);
+                }
+                break;
+            case 3:
+                Link(QStringLiteral("missing"), entry);
+                break;
+            case 4:
+                Require(::mkfifo(name.c_str(), 0600) == 0, "make a fifo");
+                break;
+            case 5:
+                if (!files.isEmpty())
+                    Link(files.at(Next(files.size())), entry);
+                break;
+            case 6:
+                if (cycles && Next(2) == 0)
+                    Link(path, entry);
+                else if (!folders.isEmpty())
+                    Link(folders.at(Next(folders.size())), entry);
+                break;
+            default: {
+                QFile file(entry);
+                Require(file.open(QIODevice::WriteOnly), "open " + name);
+                files.append(entry);
+            }
+            }
+        }
+    }
+
+    static void Link(const QString& target, const QString& path)
+    {
+        Require(::symlink(Native(target).c_str(), Native(path).c_str()) == 0, "link " + Native(path));
+    }
+
+    std::mt19937 random;
+    const bool cycles;
+    TempFolder folder;
+    QStringList files;
+    QStringList folders;
+};
+
+class WildFolderTest : public testing::TestWithParam<unsigned int>
+{
+protected:
+    static const QList<QStringList>& NameFilters()
+    {
+        static const QList<QStringList> nameFilters{{},
+                                                    {QStringLiteral("*.mp4")},
+                                                    {QStringLiteral("A*"), QStringLiteral("?.txt")},
+                                                    {QStringLiteral("[0-9]*")},
+                                                    {QStringLiteral(".*")},
+                                                    {QString()},
+                                                    {QStringLiteral("*\u00c4*")}};
+        return nameFilters;
+    }
+
+    static void ExpectThePlainScan(const QString& path, const QStringList& nameFilters, unsigned int depth)
+    {
+        SCOPED_TRACE("filters '" + nameFilters.join(QLatin1Char(' ')).toStdString() + "', depth "
+                     + std::to_string(depth));
+        const QList<QFileInfo> expected = PlainScan(path, nameFilters, depth);
+
+        const QList<QFileInfo> scanned =
+            DirectorySnapshot::GetFilesInDirRecursively(path, nameFilters, depth);
+        const QList<QFileInfo> sorted =
+            DirectorySnapshot::GetSortedFilesInDirRecursively(path, nameFilters, depth);
+
+        EXPECT_THAT(PathsOf(scanned), ElementsAreArray(PathsOf(expected)));
+        EXPECT_THAT(PathsOf(sorted), UnorderedElementsAreArray(PathsOf(expected)));
+        EXPECT_TRUE(std::is_sorted(sorted.begin(), sorted.end(), [](const QFileInfo& a, const QFileInfo& b) {
+            return a.fileName() < b.fileName();
+        }));
+    }
+};
+
+TEST_P(WildFolderTest, IsScannedAsByOneListingForFilesAndOneForFolders)
+{
+    const WildFolder wild(GetParam(), true);
+
+    for (const QStringList& nameFilters : NameFilters()) {
+        for (const unsigned int depth : {0U, 1U, 3U})
+            ExpectThePlainScan(wild.Path(), nameFilters, depth);
+    }
+}
+
+TEST_P(WildFolderTest, IsScannedToItsBottom)
+{
+    const WildFolder wild(GetParam(), false);
+
+    for (const QStringList& nameFilters : NameFilters())
+        ExpectThePlainScan(wild.Path(), nameFilters, everyLevel);
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, WildFolderTest, testing::Range(1U, 13U));
+
+class SortedScanTest : public DirectoryScanTest
+{
+protected:
+    Texts SortedScan(unsigned int depth) const
+    {
+        return PathsOf(DirectorySnapshot::GetSortedFilesInDirRecursively(folder.Path(), {}, depth),
+                       folder.Path());
+    }
+};
+
+TEST_F(SortedScanTest, ComparesNamesByTheirCodeUnits)
+{
+    // In this order: digits, upper case, lower case, umlauts; and an emoji, whose code units are surrogates,
+    // before a character that has a smaller number than it.
+    const QStringList inOrder{
+        QStringLiteral(" a"),         QStringLiteral("10"),     QStringLiteral("9"),
+        QStringLiteral("A"),          QStringLiteral("A1"),     QStringLiteral("A\u0308"),
+        QStringLiteral("B.mov"),      QStringLiteral("Z"),      QStringLiteral("a"),
+        QStringLiteral("a.mov"),      QStringLiteral("aB"),     QStringLiteral("ab"),
+        QStringLiteral("z"),          QStringLiteral("\u00c4"), QStringLiteral("\u00e4"),
+        QStringLiteral("\U0001F600"), QStringLiteral("\uff5e")};
+    Texts expected;
+    for (const QString& name : inOrder) {
+        folder.Write(name);
+        expected.push_back(name.toStdString());
+    }
+
+    EXPECT_THAT(SortedScan(0), ElementsAreArray(expected));
+}
+
+TEST_F(SortedScanTest, ComparesNothingButTheNames)
+{
+    folder.Write(QStringLiteral("a/c.txt"));
+    folder.Write(QStringLiteral("b/b.txt"));
+    folder.Write(QStringLiteral("c/a.txt"));
+    folder.Write(QStringLiteral("A.txt"));
+    folder.Write(QStringLiteral("d.txt"));
+
+    EXPECT_THAT(SortedScan(0), ElementsAre("A.txt", "d.txt"));
+    EXPECT_THAT(SortedScan(1), ElementsAre("A.txt", "c/a.txt", "b/b.txt", "a/c.txt", "d.txt"));
+}
+
+TEST_F(SortedScanTest, KeepsFilesOfOneNameTogether)
+{
+    for (const char* path : {"1/b.txt", "2/b.txt", "3/b.txt", "1/a.txt", "2/c.txt", "b.txt"})
+        folder.Write(QString::fromLatin1(path));
+
+    const QList<QFileInfo> sorted = DirectorySnapshot::GetSortedFilesInDirRecursively(folder.Path(), {}, 1);
+
+    EXPECT_THAT(NamesOf(sorted), ElementsAre("a.txt", "b.txt", "b.txt", "b.txt", "b.txt", "c.txt"));
+    EXPECT_THAT(PathsOf(sorted, folder.Path()),
+                UnorderedElementsAre("1/a.txt", "1/b.txt", "2/b.txt", "3/b.txt", "b.txt", "2/c.txt"));
+}
+
+TEST_F(SortedScanTest, TakesTheNameFilters)
+{
+    folder.Write(QStringLiteral("b.mp4"));
+    folder.Write(QStringLiteral("a.mov"));
+    folder.Write(QStringLiteral("sub/a.mp4"));
+
+    const QList<QFileInfo> sorted =
+        DirectorySnapshot::GetSortedFilesInDirRecursively(folder.Path(), {QStringLiteral("*.mp4")}, 1);
+
+    EXPECT_THAT(NamesOf(sorted), ElementsAre("a.mp4", "b.mp4"));
+}
+
+class AcceptedFilesTest : public DirectoryScanTest
+{
+protected:
+    AcceptedFilesTest()
+    {
+        for (const char* path : {"c.txt", "a.txt", "b.mov", "sub/b.txt"})
+            folder.Write(QString::fromLatin1(path));
+    }
+
+    Texts Accepted(const DirectorySnapshot::Predicate& filter, const QStringList& nameFilters = {}) const
+    {
+        return PathsOf(
+            DirectorySnapshot::GetAcceptedFiles(folder.Path(), nameFilters, filter, 1, issuer.Issue()),
+            folder.Path());
+    }
+
+    WatchTicketIssuer issuer;
+};
+
+TEST_F(AcceptedFilesTest, AreAllFilesInOrderWithoutAPredicate)
+{
+    EXPECT_THAT(Accepted({}), ElementsAre("a.txt", "b.mov", "sub/b.txt", "c.txt"));
+    EXPECT_THAT(Accepted({}, {QStringLiteral("*.txt")}), ElementsAre("a.txt", "sub/b.txt", "c.txt"));
+}
+
+TEST_F(AcceptedFilesTest, AreThoseThatThePredicateKeeps)
+{
+    const auto isMovie = [](const QFileInfo& info) { return info.suffix() == QStringLiteral("mov"); };
+
+    EXPECT_THAT(Accepted(isMovie), ElementsAre("b.mov"));
+    EXPECT_THAT(Accepted(std::not_fn(isMovie)), ElementsAre("a.txt", "sub/b.txt", "c.txt"));
+}
+
+TEST_F(AcceptedFilesTest, AreAskedForOnceEachInOrder)
+{
+    QList<QFileInfo> asked;
+
+    Accepted([&](const QFileInfo& info) {
+        asked.append(info);
+        return false;
+    });
+
+    EXPECT_THAT(PathsOf(asked, folder.Path()), ElementsAre("a.txt", "b.mov", "sub/b.txt", "c.txt"));
+}
+
+TEST_F(AcceptedFilesTest, AreAskedForNoLongerOnceTheWatchIsOver)
+{
+    Texts asked;
+
+    Accepted([&](const QFileInfo& info) {
+        asked.push_back(info.fileName().toStdString());
+        if (asked.size() == 2)
+            issuer.Renew();
+        return asked.size() == 1;
+    });
+
+    EXPECT_THAT(asked, ElementsAre("a.txt", "b.mov"));
+}
+
+/// A snapshot of real files, which are equal to one another only if they are the same file.
+class DirectorySnapshotTest : public testing::Test
+{
+protected:
+    QFileInfo File(const char* path) const { return QFileInfo(folder.Path(QString::fromUtf8(path))); }
+    QFileInfo NewFile(const char* path) const { return QFileInfo(folder.Write(QString::fromUtf8(path))); }
+
+    void Have(std::initializer_list<const char*> paths)
+    {
+        for (const char* path : paths)
+            snapshot.Append(NewFile(path));
+    }
+
+    Texts Paths() const { return PathsOf(snapshot.fileInfos, folder.Path()); }
+
+    TempFolder folder;
+    DirectorySnapshot snapshot;
+};
+
+TEST_F(DirectorySnapshotTest, IsEmptyAtFirst)
+{
+    EXPECT_THAT(snapshot.fileInfos, IsEmpty());
+    EXPECT_TRUE(snapshot.nameFilters.isEmpty());
+    EXPECT_FALSE(snapshot.filter);
+    EXPECT_TRUE(snapshot.dirPath.isEmpty());
+    EXPECT_EQ(snapshot.depth, 0U);
+}
+
+TEST_F(DirectorySnapshotTest, HasNoPlaceForAFileWhileItIsEmpty)
+{
+    EXPECT_EQ(snapshot.GetInfoIndex(NewFile("a.txt")), -1);
+}
+
+TEST_F(DirectorySnapshotTest, HasNoPlaceForANameAfterAllOthers)
+{
+    Have({"a.txt", "b.txt"});
+
+    EXPECT_EQ(snapshot.GetInfoIndex(NewFile("c.txt")), -1);
+    EXPECT_EQ(snapshot.GetInfoIndex(File("missing.txt")), -1);
+    EXPECT_EQ(snapshot.GetInfoIndex(File("b.txt2")), -1);
+}
+
+TEST_F(DirectorySnapshotTest, GivesANewNameThePlaceOfTheNextOne)
+{
+    Have({"B.txt", "b.txt", "d.txt"});
+
+    EXPECT_EQ(snapshot.GetInfoIndex(NewFile("A.txt")), 0);
+    EXPECT_EQ(snapshot.GetInfoIndex(NewFile("a.txt")), 1);
+    EXPECT_EQ(snapshot.GetInfoIndex(NewFile("c.txt")), 2);
+    EXPECT_EQ(snapshot.GetInfoIndex(File("missing/c.txt")), 2);
+}
+
+TEST_F(DirectorySnapshotTest, FindsEachFile)
+{
+    Have({"a.txt", "b.txt", "c.txt"});
+
+    EXPECT_EQ(snapshot.GetInfoIndex(File("a.txt")), 0);
+    EXPECT_EQ(snapshot.GetInfoIndex(File("b.txt")), 1);
+    EXPECT_EQ(snapshot.GetInfoIndex(File("c.txt")), 2);
+}
+
+TEST_F(DirectorySnapshotTest, FindsTheOneOfSeveralFilesOfOneName)
+{
+    Have({"0.txt", "a.txt", "sub/a.txt", "sub/2/a.txt", "b.txt"});
+
+    EXPECT_EQ(snapshot.GetInfoIndex(File("a.txt")), 1);
+    EXPECT_EQ(snapshot.GetInfoIndex(File("sub/a.txt")), 2);
+    EXPECT_EQ(snapshot.GetInfoIndex(File("sub/2/a.txt")), 3);
+}
+
+TEST_F(DirectorySnapshotTest, FindsTheLastFileAmongThoseOfOneName)
+{
+    Have({"a.txt", "sub/a.txt"});
+
+    EXPECT_EQ(snapshot.GetInfoIndex(File("sub/a.txt")), 1);
+}
+
+TEST_F(DirectorySnapshotTest, GivesAnUnknownFileOfAKnownNameTheFirstOfThatName)
+{
+    Have({"0.txt", "a.txt", "sub/a.txt", "b.txt"});
+
+    EXPECT_EQ(snapshot.GetInfoIndex(NewFile("other/a.txt")), 1);
+    EXPECT_EQ(snapshot.GetInfoIndex(File("missing/a.txt")), 1);
+}
+
+TEST_F(DirectorySnapshotTest, GivesAnUnknownFileOfTheLastNameTheFirstOfThatName)
+{
+    Have({"a.txt", "b.txt", "sub/b.txt"});
+
+    EXPECT_EQ(snapshot.GetInfoIndex(NewFile("other/b.txt")), 1);
+}
+
+TEST_F(DirectorySnapshotTest, TellsNamesApartByCase)
+{
+    Have({"A.txt", "a.txt"});
+
+    EXPECT_EQ(snapshot.GetInfoIndex(File("A.txt")), 0);
+    EXPECT_EQ(snapshot.GetInfoIndex(File("a.txt")), 1);
+}
+
+TEST_F(DirectorySnapshotTest, TakesALinkOfTheSameNameForTheFileItself)
+{
+    Have({"a.txt", "z.txt"});
+    folder.MakeFolder(QStringLiteral("sub"));
+    folder.Link(QStringLiteral("../a.txt"), QStringLiteral("sub/a.txt"));
+    folder.Link(QStringLiteral("a.txt"), QStringLiteral("b.txt"));
+    snapshot.Insert(1, File("sub/a.txt"));
+
+    EXPECT_EQ(snapshot.GetInfoIndex(File("sub/a.txt")), 0);
+    EXPECT_EQ(snapshot.GetInfoIndex(File("b.txt")), 2);
+}
+
+TEST_F(DirectorySnapshotTest, FindsWhatALookThroughAllOfItFinds)
+{
+    std::mt19937 random(7);
+    QStringList paths;
+    for (int file = 0; file < 300; ++file) {
+        paths.append(folder.Write(QStringLiteral("%1/%2").arg(random() % 5).arg(random() % 90)));
+    }
+    for (const QFileInfo& info : DirectorySnapshot::GetSortedFilesInDirRecursively(folder.Path(), {}, 1)) {
+        if (random() % 3 != 0)
+            snapshot.Append(info);
+    }
+    const QList<QFileInfo>& known = snapshot.fileInfos;
+
+    for (const QString& path : qAsConst(paths)) {
+        const QFileInfo info(path);
+        const auto isEqual = [&](const QFileInfo& entry) { return entry.filePath() == path; };
+        const auto isNotLess = [&](const QFileInfo& entry) { return !(entry.fileName() < info.fileName()); };
+        auto expected = std::find_if(known.begin(), known.end(), isEqual);
+        if (expected == known.end())
+            expected = std::find_if(known.begin(), known.end(), isNotLess);
+
+        EXPECT_EQ(snapshot.GetInfoIndex(info),
+                  expected == known.end() ? -1 : static_cast<int>(expected - known.begin()))
+            << path.toStdString();
+    }
+}
+
+TEST_F(DirectorySnapshotTest, KnowsItsPlaces)
+{
+    EXPECT_FALSE(snapshot.Contains(0));
+    Have({"a.txt", "b.txt"});
+
+    EXPECT_FALSE(snapshot.Contains(-1));
+    EXPECT_TRUE(snapshot.Contains(0));
+    EXPECT_TRUE(snapshot.Contains(1));
+    EXPECT_FALSE(snapshot.Contains(2));
+}
+
+TEST_F(DirectorySnapshotTest, TakesFilesInAtThePlaceThatIsGiven)
+{
+    Have({"c.txt"});
+
+    snapshot.Insert(0, NewFile("a.txt"));
+    snapshot.Insert(1, NewFile("b.txt"));
+    snapshot.Insert(-1, NewFile("d.txt"));
+    snapshot.Append(NewFile("e.txt"));
+
+    EXPECT_THAT(Paths(), ElementsAre("a.txt", "b.txt", "c.txt", "d.txt", "e.txt"));
+    EXPECT_EQ(snapshot.GetInfoIndex(File("b.txt")), 1);
+    EXPECT_EQ(snapshot.GetInfoIndex(File("e.txt")), 4);
+}
+
+TEST_F(DirectorySnapshotTest, LetsFilesGo)
+{
+    Have({"a.txt", "b.txt", "c.txt"});
+
+    snapshot.RemoveAt(1);
+
+    EXPECT_THAT(Paths(), ElementsAre("a.txt", "c.txt"));
+    EXPECT_EQ(snapshot.GetInfoIndex(File("b.txt")), 1);
+    EXPECT_EQ(snapshot.GetInfoIndex(File("c.txt")), 1);
+}
+
+TEST_F(DirectorySnapshotTest, ReplacesAFileByAnother)
+{
+    Have({"a.txt", "b.txt", "c.txt"});
+
+    snapshot.Replace(1, NewFile("sub/bb.txt"));
+
+    EXPECT_THAT(Paths(), ElementsAre("a.txt", "sub/bb.txt", "c.txt"));
+    EXPECT_EQ(snapshot.GetInfoIndex(File("sub/bb.txt")), 1);
+    EXPECT_EQ(snapshot.GetInfoIndex(File("b.txt")), 1);
+    EXPECT_EQ(snapshot.GetInfoIndex(File("bbb.txt")), 2);
+}
+
+TEST_F(DirectorySnapshotTest, ForgetsAllButTheFoldersPath)
+{
+    Have({"a.txt"});
+    const auto kept = std::make_shared<int>(0);
+    snapshot.nameFilters = QStringList{QStringLiteral("*.txt")};
+    snapshot.filter = [kept](const QFileInfo&) { return true; };
+    snapshot.dirPath = folder.Path();
+    snapshot.depth = 7;
+
+    snapshot.Clear();
+
+    EXPECT_THAT(snapshot.fileInfos, IsEmpty());
+    EXPECT_EQ(snapshot.GetInfoIndex(File("a.txt")), -1);
+    EXPECT_TRUE(snapshot.nameFilters.isEmpty());
+    EXPECT_FALSE(snapshot.filter);
+    EXPECT_EQ(kept.use_count(), 1);
+    EXPECT_EQ(snapshot.depth, 0U);
+    EXPECT_EQ(snapshot.dirPath, folder.Path());
+}
+
+/// The size and the time that a file had when it entered: those of later do not show.
+class SnapshotMetadataTest : public DirectorySnapshotTest
+{
+protected:
+    void Change(const char* path) const
+    {
+        folder.Write(QString::fromLatin1(path), "much longer than before");
+        folder.SetModificationTime(QString::fromLatin1(path), later);
+    }
+
+    QFileInfo ListedFile() const
+    {
+        folder.Write(QStringLiteral("a.txt"), "short");
+        folder.SetModificationTime(QStringLiteral("a.txt"), earlier);
+        return DirectorySnapshot::GetSortedFilesInDirRecursively(folder.Path(), {}, 0).constFirst();
+    }
+
+    void ExpectTheEarlier(const QFileInfo& entry) const
+    {
+        EXPECT_EQ(entry.lastModified(), earlier);
+        EXPECT_EQ(entry.size(), 5);
+    }
+
+    const QDateTime earlier = QDateTime::fromMSecsSinceEpoch(1500000000123);
+    const QDateTime later = QDateTime::fromMSecsSinceEpoch(1600000000456);
+};
+
+TEST_F(SnapshotMetadataTest, IsReadWhenAFileIsAppended)
+{
+    snapshot.Append(ListedFile());
+    Change("a.txt");
+
+    ExpectTheEarlier(snapshot.fileInfos.at(0));
+}
+
+TEST_F(SnapshotMetadataTest, IsReadWhenAFileIsInserted)
+{
+    Have({"b.txt"});
+    snapshot.Insert(0, ListedFile());
+    Change("a.txt");
+
+    ExpectTheEarlier(snapshot.fileInfos.at(0));
+}
+
+TEST_F(SnapshotMetadataTest, IsReadWhenAFileIsReplaced)
+{
+    Have({"b.txt"});
+    snapshot.Replace(0, ListedFile());
+    Change("a.txt");
+
+    ExpectTheEarlier(snapshot.fileInfos.at(0));
+}
+
+TEST_F(SnapshotMetadataTest, IsReadWhenAFileEntersAndNotWhenItIsListed)
+{
+    const QFileInfo listed = ListedFile();
+    Change("a.txt");
+    snapshot.Append(listed);
+
+    EXPECT_EQ(snapshot.fileInfos.at(0).lastModified(), later);
+}
+
+TEST_F(SnapshotMetadataTest, StaysThatOfAFileThatVanishes)
+{
+    snapshot.Append(ListedFile());
+    folder.Remove(QStringLiteral("a.txt"));
+
+    ExpectTheEarlier(snapshot.fileInfos.at(0));
+}
+
+TEST_F(SnapshotMetadataTest, IsNoneForAFileThatVanishedBetweenListingAndEntry)
+{
+    const QFileInfo listed = ListedFile();
+    folder.Remove(QStringLiteral("a.txt"));
+    snapshot.Append(listed);
+
+    EXPECT_FALSE(snapshot.fileInfos.at(0).lastModified().isValid());
+    EXPECT_EQ(snapshot.fileInfos.at(0).size(), 0);
+}
+
+/// A pass over a scan, with the files put into the snapshot as they are handed out.
+class TakeNewFilesTest : public DirectorySnapshotTest
+{
+protected:
+    struct Taken
+    {
+        int index;
+        std::string path;
+        bool snapshotWasEmpty;
+    };
+    friend bool operator==(const Taken& a, const Taken& b)
+    {
+        return a.index == b.index && a.path == b.path && a.snapshotWasEmpty == b.snapshotWasEmpty;
+    }
+    friend std::ostream& operator<<(std::ostream& stream, const Taken& file)
+    {
+        return stream << file.path << " before " << file.index
+                      << (file.snapshotWasEmpty ? ", was empty" : ", was not empty");
+    }
+
+    QList<QFileInfo> Scanned() const
+    {
+        return DirectorySnapshot::GetSortedFilesInDirRecursively(folder.Path(), {}, 2);
+    }
+
+    void Write(std::initializer_list<const char*> paths) const
+    {
+        for (const char* path : paths)
+            folder.Write(QString::fromUtf8(path));
+    }
+
+    void Pass() { Pass(Scanned()); }
+    void Pass(const QList<QFileInfo>& scanned)
+    {
+        snapshot.TakeNewFiles(
+            scanned, issuer.Issue(), [this](int index, const QFileInfo& info, bool snapshotWasEmpty) {
+                taken.push_back({index, PathsOf({info}, folder.Path()).front(), snapshotWasEmpty});
+                snapshot.Insert(index, info);
+                if (afterEach)
+                    afterEach(info.fileName());
+            });
+    }
+
+    void SetPredicate(std::function<bool(const QString&)> predicate)
+    {
+        snapshot.filter = [this, predicate = std::move(predicate)](const QFileInfo& info) {
+            asked.push_back(PathsOf({info}, folder.Path()).front());
+            return predicate(info.fileName());
+        };
+    }
+
+    WatchTicketIssuer issuer;
+    std::vector<Taken> taken;
+    Texts asked;
+    std::function<void(const QString&)> afterEach;
+};
+
+TEST_F(TakeNewFilesTest, FillsAnEmptySnapshotInOrder)
+{
+    Write({"b.txt", "a.txt", "c.txt"});
+
+    Pass();
+
+    EXPECT_THAT(taken,
+                ElementsAre(Taken{-1, "a.txt", true}, Taken{-1, "b.txt", true}, Taken{-1, "c.txt", true}));
+    EXPECT_THAT(Paths(), ElementsAre("a.txt", "b.txt", "c.txt"));
+}
+
+TEST_F(TakeNewFilesTest, PutsEachNewFileAtItsPlace)
+{
+    Have({"b.txt", "d.txt"});
+    Write({"a.txt", "c.txt", "e.txt", "f.txt"});
+
+    Pass();
+
+    EXPECT_THAT(taken, ElementsAre(Taken{0, "a.txt", false}, Taken{2, "c.txt", false},
+                                   Taken{-1, "e.txt", false}, Taken{-1, "f.txt", false}));
+    EXPECT_THAT(Paths(), ElementsAre("a.txt", "b.txt", "c.txt", "d.txt", "e.txt", "f.txt"));
+}
+
+TEST_F(TakeNewFilesTest, TakesNothingTwice)
+{
+    Write({"a.txt", "b.txt"});
+    Pass();
+    taken.clear();
+
+    Pass();
+
+    EXPECT_THAT(taken, IsEmpty());
+}
+
+TEST_F(TakeNewFilesTest, LeavesMissingFilesAlone)
+{
+    Have({"a.txt", "b.txt"});
+    folder.Remove(QStringLiteral("a.txt"));
+
+    Pass();
+
+    EXPECT_THAT(taken, IsEmpty());
+    EXPECT_THAT(Paths(), ElementsAre("a.txt", "b.txt"));
+}
+
+TEST_F(TakeNewFilesTest, TakesAFileOfAKnownNameInBeforeTheOthersOfThatName)
+{
+    Have({"a.txt", "b.txt", "c.txt"});
+    Write({"sub/b.txt"});
+
+    Pass();
+
+    EXPECT_THAT(taken, ElementsAre(Taken{1, "sub/b.txt", false}));
+    EXPECT_THAT(Paths(), ElementsAre("a.txt", "sub/b.txt", "b.txt", "c.txt"));
+}
+
+TEST_F(TakeNewFilesTest, TakesALinkOfTheSameNameForTheFileThatIsThere)
+{
+    Have({"a.txt"});
+    folder.MakeFolder(QStringLiteral("sub"));
+    folder.Link(QStringLiteral("../a.txt"), QStringLiteral("sub/a.txt"));
+
+    Pass();
+
+    EXPECT_THAT(taken, IsEmpty());
+}
+
+TEST_F(TakeNewFilesTest, TakesEveryFileIntoAnEmptySnapshotAlsoOneThatIsALinkToAnother)
+{
+    Write({"a.txt"});
+    folder.MakeFolder(QStringLiteral("sub"));
+    folder.Link(QStringLiteral("../a.txt"), QStringLiteral("sub/a.txt"));
+
+    Pass();
+
+    EXPECT_THAT(Paths(), UnorderedElementsAre("a.txt", "sub/a.txt"));
+    EXPECT_THAT(taken, SizeIs(2));
+}
+
+TEST_F(TakeNewFilesTest, AsksThePredicateAboutUnknownFilesOnly)
+{
+    Have({"a.txt", "c.txt"});
+    Write({"b.txt", "d.txt"});
+    SetPredicate([](const QString& name) { return name == QStringLiteral("d.txt"); });
+
+    Pass();
+
+    EXPECT_THAT(asked, ElementsAre("b.txt", "d.txt"));
+    EXPECT_THAT(Paths(), ElementsAre("a.txt", "c.txt", "d.txt"));
+}
+
+TEST_F(TakeNewFilesTest, AsksThePredicateAboutEveryFileForAnEmptySnapshot)
+{
+    Write({"a.txt", "b.txt", "c.txt"});
+    SetPredicate([](const QString& name) { return name != QStringLiteral("b.txt"); });
+
+    Pass();
+
+    EXPECT_THAT(asked, ElementsAre("a.txt", "b.txt", "c.txt"));
+    EXPECT_THAT(taken, ElementsAre(Taken{-1, "a.txt", true}, Taken{-1, "c.txt", true}));
+}
+
+TEST_F(TakeNewFilesTest, AsksAgainAboutAFileThatWasTurnedAway)
+{
+    Have({"a.txt"});
+    Write({"b.txt"});
+    bool answer = false;
+    SetPredicate([&](const QString&) { return answer; });
+    Pass();
+    ASSERT_THAT(taken, IsEmpty());
+
+    answer = true;
+    Pass();
+
+    EXPECT_THAT(taken, ElementsAre(Taken{-1, "b.txt", false}));
+}
+
+TEST_F(TakeNewFilesTest, TakesNoMoreOnceTheWatchIsOver)
+{
+    Have({"a.txt"});
+    Write({"b.txt", "c.txt"});
+    SetPredicate([](const QString&) { return true; });
+    afterEach = [this](const QString&) { issuer.Renew(); };
+
+    Pass();
+
+    EXPECT_THAT(taken, SizeIs(1));
+    EXPECT_THAT(asked, SizeIs(1));
+}
+
+TEST_F(TakeNewFilesTest, TakesNoMoreOnceThePredicateHasEndedTheWatch)
+{
+    Write({"a.txt", "b.txt"});
+    SetPredicate([this](const QString&) {
+        issuer.Renew();
+        return true;
+    });
+
+    Pass();
+
+    EXPECT_THAT(taken, IsEmpty());
+    EXPECT_THAT(asked, SizeIs(1));
+}
+
+TEST_F(TakeNewFilesTest, OutlivesThePredicateThatItAsks)
+{
+    Write({"a.txt", "b.txt"});
+    const auto text = std::make_shared<std::string>("still here");
+    std::string seen;
+    snapshot.filter = [this, text, &seen](const QFileInfo&) {
+        snapshot.Clear();
+        seen = *text;
+        return true;
+    };
+
+    Pass();
+
+    EXPECT_EQ(seen, "still here");
+}
+
+TEST_F(TakeNewFilesTest, TakesNothingTwiceThatAPassInsideItHasTaken)
+{
+    Write({"a.txt", "b.txt", "c.txt"});
+    afterEach = [this](const QString& name) {
+        if (name == QStringLiteral("a.txt"))
+            Pass();
+    };
+
+    Pass();
+
+    EXPECT_THAT(Paths(), ElementsAre("a.txt", "b.txt", "c.txt"));
+    EXPECT_THAT(taken, SizeIs(3));
+}
+
+TEST_F(TakeNewFilesTest, TakesNothingTwiceThatAPassInsideThePredicateHasTaken)
+{
+    Have({"b.txt"});
+    Write({"a.txt", "c.txt", "d.txt"});
+    bool inside = false;
+    SetPredicate([&](const QString&) {
+        if (!std::exchange(inside, true))
+            Pass();
+        return true;
+    });
+
+    Pass();
+
+    EXPECT_THAT(Paths(), ElementsAre("a.txt", "b.txt", "c.txt", "d.txt"));
+    EXPECT_THAT(taken, SizeIs(3));
+}
+
+TEST_F(TakeNewFilesTest, TakesNothingTwiceThatAPassInsideThePredicateHasPutIntoTheEmptySnapshot)
+{
+    Write({"a.txt", "b.txt", "c.txt"});
+    bool inside = false;
+    SetPredicate([&](const QString& name) {
+        if (name == QStringLiteral("b.txt") && !std::exchange(inside, true))
+            Pass();
+        return true;
+    });
+
+    Pass();
+
+    EXPECT_THAT(Paths(), ElementsAre("a.txt", "b.txt", "c.txt"));
+    EXPECT_THAT(taken, SizeIs(3));
+}
+
+TEST_F(TakeNewFilesTest, FindsTheNewPlaceWhenThePredicateHasChangedTheSnapshot)
+{
+    Have({"b.txt", "d.txt"});
+    Write({"c.txt"});
+    SetPredicate([this](const QString&) {
+        snapshot.RemoveAt(0);
+        return true;
+    });
+    const QList<QFileInfo> scanned{File("c.txt")};
+
+    Pass(scanned);
+
+    EXPECT_THAT(taken, ElementsAre(Taken{0, "c.txt", false}));
+    EXPECT_THAT(Paths(), ElementsAre("c.txt", "d.txt"));
+}
+
+TEST_F(TakeNewFilesTest, KeepsTheOrderWhenASlotHasRemovedAFile)
+{
+    Have({"b.txt", "d.txt"});
+    Write({"a.txt", "c.txt", "e.txt"});
+    afterEach = [this](const QString& name) {
+        if (name == QStringLiteral("a.txt"))
+            snapshot.RemoveAt(snapshot.GetInfoIndex(File("d.txt")));
+    };
+
+    Pass();
+
+    EXPECT_THAT(Paths(), ElementsAre("a.txt", "b.txt", "c.txt", "d.txt", "e.txt"));
+}
+
+TEST_F(TakeNewFilesTest, TakesWhatIsLeftWhenASlotHasForgottenTheFilesOfAnEmptySnapshot)
+{
+    Write({"a.txt", "b.txt", "c.txt"});
+    afterEach = [this](const QString& name) {
+        if (name == QStringLiteral("a.txt"))
+            snapshot.RemoveAt(0);
+    };
+
+    Pass();
+
+    EXPECT_THAT(Paths(), ElementsAre("b.txt", "c.txt"));
+}
+
+} // namespace
