@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <functional>
 #include <mutex>
+#include <utility>
 #include <vector>
 
 namespace Zendra::Core {
@@ -118,8 +119,10 @@ public:
 
         // Intended: taken for an empty snapshot too, so that every pass waits for the ones before it.
         const std::lock_guard<std::recursive_mutex> lock(performMutex);
-        for (Observer* observer : snapshot)
-            policy.Execute(std::function<void()>(std::bind(f, observer)));
+        for (Observer* observer : snapshot) {
+            std::function<void()> call = std::bind(f, observer);
+            policy.Execute(std::move(call));
+        }
     }
 
 private:

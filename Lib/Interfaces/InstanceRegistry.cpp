@@ -37,7 +37,7 @@ InstanceRegistry::~InstanceRegistry()
     processWide = nullptr;
 }
 
-InstanceRegistry* InstanceRegistry::Instance() noexcept
+InstanceRegistry* InstanceRegistry::Instance()
 {
     return processWide;
 }

@@ -37,7 +37,7 @@ public:
     InstanceRegistry& operator=(const InstanceRegistry&) = delete;
 
     /// The process-wide registry, or null when there is none. Never throws.
-    static InstanceRegistry* Instance() noexcept;
+    static InstanceRegistry* Instance();
 
     /// The readable, fully qualified name of a type, from what `typeid(T).name()` returns.
     /// @return the argument itself when that is no mangled name
