@@ -499,9 +499,15 @@ TEST_F(PathValidationTest, RefusesAFolderInsideOneThatMayNotBeEnteredAsUnreadabl
 {
     const QString inner = folder.MakeFolder(QStringLiteral("closed/inner"));
     GiveAway(QStringLiteral("closed"), 0600);
-    const Unprivileged user;
+    Said said;
+    {
+        const Unprivileged user;
 
-    EXPECT_EQ(Validate(inner), Unreadable());
+        said = Validate(inner);
+    }
+
+    folder.SetPermissions(QStringLiteral("closed"), 0700);
+    EXPECT_EQ(said, Unreadable());
 }
 
 TEST_F(PathValidationTest, NeedsNoPlaceForTheReason)
