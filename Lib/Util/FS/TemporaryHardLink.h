@@ -55,6 +55,8 @@ public:
 
     /// Makes a link to the file under a fresh name in QDir::tempPath().
     ///
+    /// Where TMPDIR names a folder that is not there, that is the root folder.
+    ///
     /// @return the path to record: the fresh name when the link could not be made, empty when it was, as
     ///         for an empty filePath and an unusable temporary folder
     static std::string CreateLinkToFile(const std::string& filePath);

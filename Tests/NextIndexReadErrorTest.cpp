@@ -1,0 +1,80 @@
+#include "Lib/Util/FS/DirectoryUtils.h"
+
+#include "Tests/Support/TempFolder.h"
+
+#include <boost/filesystem/exception.hpp>
+
+#include <gmock/gmock.h>
+
+#include <cerrno>
+#include <limits>
+
+#include <dirent.h>
+#include <dlfcn.h>
+
+namespace {
+
+/// How many more entries can be read before the disk fails.
+int readableEntries = std::numeric_limits<int>::max();
+
+} // namespace
+
+/// Takes the system's place for the whole program.
+extern "C" dirent64* readdir64(DIR* folder)
+{
+    if (readableEntries == 0) {
+        errno = EIO;
+        return nullptr;
+    }
+    --readableEntries;
+    static const auto system = reinterpret_cast<dirent64* (*)(DIR*)>(::dlsym(RTLD_NEXT, "readdir64"));
+    return system(folder);
+}
+
+namespace {
+
+class NextIndexReadErrorTest : public testing::Test
+{
+protected:
+    NextIndexReadErrorTest()
+    {
+        for (const char* name : {"a1", "a2", "a3"})
+            folder.Write(QLatin1String(name));
+    }
+
+    ~NextIndexReadErrorTest() override { readableEntries = std::numeric_limits<int>::max(); }
+
+    std::string Next() const
+    {
+        return Zendra::LW::GetNextAvaliableIndex(folder.Path().toStdString(), std::regex(R"(a(\d+))"));
+    }
+
+    const Tests::TempFolder folder;
+};
+
+TEST_F(NextIndexReadErrorTest, ThrowsWhenReadingTheFolderFailsMidway)
+{
+    ASSERT_EQ(Next(), "4");
+
+    // Three entries, the folder itself and its parent: the fourth is behind at least one file.
+    readableEntries = 4;
+
+    try {
+        Next();
+        FAIL() << "the failure was taken for the end of the folder";
+    } catch (const boost::filesystem::filesystem_error& error) {
+        EXPECT_EQ(error.code().value(), EIO);
+    }
+}
+
+TEST_F(NextIndexReadErrorTest, GivesTheNumberAgainOnceTheFolderCanBeRead)
+{
+    readableEntries = 4;
+    ASSERT_THROW(Next(), boost::filesystem::filesystem_error);
+
+    readableEntries = std::numeric_limits<int>::max();
+
+    EXPECT_EQ(Next(), "4");
+}
+
+} // namespace
