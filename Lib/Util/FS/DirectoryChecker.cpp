@@ -6,12 +6,15 @@
 
 #include <glog/logging.h>
 
+#include <iterator>
+
 namespace Zendra::LW {
 
 struct DirectoryChecker::Impl
 {
     DirectorySnapshot snapshot;
     WatchTicketIssuer watch;
+    WatchTicketIssuer pass;
 
     /// Forgets everything. @return false when there was nothing to forget
     bool Reset()
@@ -21,6 +24,23 @@ struct DirectoryChecker::Impl
         snapshot.dirPath = QString();
         snapshot.Clear();
         return true;
+    }
+
+    /// Whether OnFileChanged() would find nothing to report for a known file; saves it the lookup and the
+    /// conversions of times. False says nothing.
+    bool IsCertainlyUnchanged(const QList<QFileInfo>& known, QList<QFileInfo>::const_iterator info)
+    {
+        // Where links lead to one file by two paths of one name, the lookup may find the other path.
+        if (snapshot.HasLinks() && SharesItsName(known, info))
+            return false;
+        return info->filePath() == info->absoluteFilePath() && snapshot.IsUnchanged(*info);
+    }
+
+    static bool SharesItsName(const QList<QFileInfo>& known, QList<QFileInfo>::const_iterator info)
+    {
+        const QString name = info->fileName();
+        return (info != known.begin() && std::prev(info)->fileName() == name)
+               || (std::next(info) != known.end() && std::next(info)->fileName() == name);
     }
 };
 
@@ -85,23 +105,26 @@ QList<QFileInfo> DirectoryChecker::GetFileInfoList() const
 void DirectoryChecker::CheckFolder()
 {
     const WatchTicket watch = impl->watch.Issue();
+    // A pass that a slot makes looks at every known file and so ends this one: a file that it dropped would
+    // otherwise stand for another one here.
+    impl->pass.Renew();
+    const WatchTicket pass = impl->pass.Issue();
     const QList<QFileInfo> known = impl->snapshot.fileInfos;
     // Intended: no test whether it is watching; an idle checker looks into the current folder.
     OnDirectoryChanged(QString(impl->snapshot.dirPath));
-    for (const QFileInfo& info : known) {
-        if (watch.IsOver())
+    for (auto info = known.begin(); info != known.end(); ++info) {
+        if (watch.IsOver() || pass.IsOver())
             return;
-        OnFileChanged(info.absoluteFilePath());
+        if (!impl->IsCertainlyUnchanged(known, info))
+            OnFileChanged(info->absoluteFilePath());
     }
 }
 
 void DirectoryChecker::OnDirectoryChanged(const QString& path)
 {
     DirectorySnapshot& snapshot = impl->snapshot;
-    const QList<QFileInfo> scanned =
-        DirectorySnapshot::GetSortedFilesInDirRecursively(path, snapshot.nameFilters, snapshot.depth);
-    snapshot.TakeNewFiles(scanned, impl->watch.Issue(), [&](int index, const QFileInfo& info, bool) {
-        snapshot.Insert(index, info);
+    snapshot.TakeNewFiles(path, impl->watch.Issue(), [&](int place, const QFileInfo& info, bool) {
+        snapshot.Insert(place, info);
         Q_EMIT FileAdded(info);
     });
 }
