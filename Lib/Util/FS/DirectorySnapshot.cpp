@@ -1,10 +1,14 @@
 #include "Lib/Util/FS/DirectorySnapshot.h"
 
+#include "Lib/Util/FS/FileTime.h"
+
+#include <QDateTime>
 #include <QDir>
 #include <QDirIterator>
 #include <QVector>
 
 #include <algorithm>
+#include <iterator>
 
 namespace Zendra::LW {
 namespace {
@@ -16,8 +20,13 @@ void ReadMetadata(const QFileInfo& info)
     info.size();
 }
 
-void AppendFiles(QList<QFileInfo>& files, const QString& dirPath, const QStringList& nameFilters,
-                 unsigned int depth)
+struct Scan
+{
+    QList<QFileInfo> files;
+    bool followedLinks = false;
+};
+
+void ScanFolder(const QString& dirPath, const QStringList& nameFilters, unsigned int depth, Scan& scan)
 {
     // One listing gives the files and the folders: AllDirs exempts folders from the name filters.
     QDir::Filters wanted = QDir::Files;
@@ -30,13 +39,40 @@ void AppendFiles(QList<QFileInfo>& files, const QString& dirPath, const QStringL
     while (entry.hasNext()) {
         entry.next();
         const QFileInfo info = entry.fileInfo();
+        scan.followedLinks = scan.followedLinks || info.isSymLink();
         if (info.isDir())
             subfolders.append(info.absoluteFilePath());
         else
-            files.append(info);
+            scan.files.append(info);
     }
     for (const QString& subfolder : qAsConst(subfolders))
-        AppendFiles(files, subfolder, nameFilters, depth - 1);
+        ScanFolder(subfolder, nameFilters, depth - 1, scan);
+}
+
+QList<QFileInfo> SortByName(const QList<QFileInfo>& files)
+{
+    struct Place
+    {
+        QStringView name;
+        int index;
+    };
+
+    // QFileInfo::fileName() makes a new string each time, so the sort must not ask for it.
+    QVector<QString> names;
+    names.reserve(files.size());
+    QVector<Place> places;
+    places.reserve(files.size());
+    for (const QFileInfo& info : files) {
+        names.append(info.fileName());
+        places.append({names.last(), places.size()});
+    }
+    std::sort(places.begin(), places.end(), [](const Place& a, const Place& b) { return a.name < b.name; });
+
+    QList<QFileInfo> sorted;
+    sorted.reserve(files.size());
+    for (const Place& place : qAsConst(places))
+        sorted.append(files.at(place.index));
+    return sorted;
 }
 
 } // namespace
@@ -45,35 +81,16 @@ QList<QFileInfo> DirectorySnapshot::GetFilesInDirRecursively(const QString& dirP
                                                              const QStringList& nameFilters,
                                                              unsigned int depth)
 {
-    QList<QFileInfo> files;
-    AppendFiles(files, dirPath, nameFilters, depth);
-    return files;
+    Scan scan;
+    ScanFolder(dirPath, nameFilters, depth, scan);
+    return scan.files;
 }
 
 QList<QFileInfo> DirectorySnapshot::GetSortedFilesInDirRecursively(const QString& dirPath,
                                                                    const QStringList& nameFilters,
                                                                    unsigned int depth)
 {
-    struct NamedFile
-    {
-        QString name;
-        QFileInfo info;
-    };
-
-    const QList<QFileInfo> files = GetFilesInDirRecursively(dirPath, nameFilters, depth);
-    QVector<NamedFile> named;
-    named.reserve(files.size());
-    // QFileInfo::fileName() makes a new string each time, so the sort must not ask for it.
-    for (const QFileInfo& info : files)
-        named.append({info.fileName(), info});
-    std::sort(named.begin(), named.end(),
-              [](const NamedFile& a, const NamedFile& b) { return a.name < b.name; });
-
-    QList<QFileInfo> sorted;
-    sorted.reserve(named.size());
-    for (const NamedFile& file : qAsConst(named))
-        sorted.append(file.info);
-    return sorted;
+    return SortByName(GetFilesInDirRecursively(dirPath, nameFilters, depth));
 }
 
 QList<QFileInfo> DirectorySnapshot::GetAcceptedFiles(const QString& dirPath, const QStringList& nameFilters,
@@ -106,23 +123,34 @@ int DirectorySnapshot::GetInfoIndex(const QFileInfo& info) const
     return static_cast<int>(first - fileInfos.begin());
 }
 
-void DirectorySnapshot::Insert(int index, const QFileInfo& info)
+void DirectorySnapshot::Append(const QFileInfo& info)
 {
     ReadMetadata(info);
-    fileInfos.insert(index == -1 ? fileInfos.size() : index, info);
+    fileInfos.append(info);
     ++revision;
 }
 
-void DirectorySnapshot::Replace(int index, const QFileInfo& info)
+void DirectorySnapshot::Insert(int place, const QFileInfo& info)
 {
     ReadMetadata(info);
-    fileInfos.replace(index, info);
+    fileInfos.insert(place == -1 ? fileInfos.size() : place, info);
+    index.insert(info.filePath(), {info, unread});
     ++revision;
 }
 
-void DirectorySnapshot::RemoveAt(int index)
+void DirectorySnapshot::Replace(int place, const QFileInfo& info)
 {
-    fileInfos.removeAt(index);
+    ReadMetadata(info);
+    index.remove(fileInfos.at(place).filePath());
+    fileInfos.replace(place, info);
+    index.insert(info.filePath(), {info, unread});
+    ++revision;
+}
+
+void DirectorySnapshot::RemoveAt(int place)
+{
+    index.remove(fileInfos.at(place).filePath());
+    fileInfos.removeAt(place);
     ++revision;
 }
 
@@ -132,23 +160,58 @@ void DirectorySnapshot::Clear()
     nameFilters.clear();
     filter = nullptr;
     depth = 0;
+    index.clear();
+    hasLinks = false;
     ++revision;
 }
 
-void DirectorySnapshot::TakeNewFiles(const QList<QFileInfo>& scanned, const WatchTicket& watch,
-                                     const TakeIn& takeIn)
+void DirectorySnapshot::UpdateIndex()
 {
+    if (index.size() == fileInfos.size())
+        return;
+    index.clear();
+    index.reserve(fileInfos.size());
+    // Backwards: of two entries of one path the first counts.
+    for (auto info = fileInfos.crbegin(); info != fileInfos.crend(); ++info)
+        index.insert(info->filePath(), {*info, unread});
+}
+
+bool DirectorySnapshot::IsUnchanged(const QFileInfo& info)
+{
+    UpdateIndex();
+    const auto known = index.find(info.filePath());
+    if (known == index.end())
+        return false;
+    if (known->modificationTime == unread)
+        known->modificationTime = known->info.lastModified().toMSecsSinceEpoch();
+    return ReadModificationTime(known.key()) == known->modificationTime;
+}
+
+QList<QFileInfo> DirectorySnapshot::GetUnknownFiles(const QList<QFileInfo>& scanned)
+{
+    UpdateIndex();
+    QList<QFileInfo> unknown;
+    std::copy_if(scanned.begin(), scanned.end(), std::back_inserter(unknown),
+                 [this](const QFileInfo& info) { return !index.contains(info.filePath()); });
+    return unknown;
+}
+
+void DirectorySnapshot::TakeNewFiles(const QString& path, const WatchTicket& watch, const TakeIn& takeIn)
+{
+    Scan scan;
+    ScanFolder(path, nameFilters, depth, scan);
+    hasLinks = hasLinks || scan.followedLinks;
     // A copy: the predicate may stop the watch and thereby drop itself.
     const Predicate accepts = filter;
     const bool snapshotWasEmpty = fileInfos.isEmpty();
     if (snapshotWasEmpty)
-        Reserve(scanned.size());
+        Reserve(scan.files.size());
 
     bool appending = snapshotWasEmpty;
-    for (const QFileInfo& info : scanned) {
+    for (const QFileInfo& info : SortByName(GetUnknownFiles(scan.files))) {
         // Intended: an empty snapshot takes in every file, also one that equals another by way of a link.
-        int index = appending ? -1 : GetInfoIndex(info);
-        if (IsKnown(index, info))
+        int place = appending ? -1 : GetInfoIndex(info);
+        if (IsKnown(place, info))
             continue;
 
         const unsigned int revisionBefore = revision;
@@ -158,13 +221,13 @@ void DirectorySnapshot::TakeNewFiles(const QList<QFileInfo>& scanned, const Watc
             return;
         if (revision != revisionBefore) {
             appending = false;
-            index = GetInfoIndex(info);
-            if (IsKnown(index, info))
+            place = GetInfoIndex(info);
+            if (IsKnown(place, info))
                 continue;
         }
 
         const unsigned int revisionAfter = revision + 1;
-        takeIn(index, info, snapshotWasEmpty);
+        takeIn(place, info, snapshotWasEmpty);
         if (watch.IsOver())
             return;
         // A slot that made a pass of its own may have taken in what is still to come here.

@@ -3,11 +3,13 @@
 #include "Lib/Util/FS/WatchTicket.h"
 
 #include <QFileInfo>
+#include <QHash>
 #include <QList>
 #include <QString>
 #include <QStringList>
 
 #include <functional>
+#include <limits>
 
 namespace Zendra::LW {
 
@@ -21,7 +23,7 @@ class DirectorySnapshot
 public:
     using Predicate = std::function<bool(const QFileInfo&)>;
     /// Takes a new file in before a place, -1 for the end, and reports it.
-    using TakeIn = std::function<void(int index, const QFileInfo& info, bool snapshotWasEmpty)>;
+    using TakeIn = std::function<void(int place, const QFileInfo& info, bool snapshotWasEmpty)>;
 
     /// The files below a folder in the order in which the system lists them, a folder's own before those of
     /// its subfolders. Hidden entries are skipped, links are followed, the name filters do not apply to
@@ -43,21 +45,27 @@ public:
     /// @return the first equal entry of that name; else the first entry whose name is not less;
     ///         -1 when every name is less
     int GetInfoIndex(const QFileInfo& info) const;
-    bool Contains(int index) const { return 0 <= index && index < fileInfos.size(); }
+    bool Contains(int place) const { return 0 <= place && place < fileInfos.size(); }
 
     /// Makes room for that many files.
     void Reserve(int count) { fileInfos.reserve(count); }
     /// Takes a file in before the given place, or at the end for -1, with the size and times that it has now.
-    void Insert(int index, const QFileInfo& info);
-    void Append(const QFileInfo& info) { Insert(-1, info); }
-    void Replace(int index, const QFileInfo& info);
-    void RemoveAt(int index);
+    void Insert(int place, const QFileInfo& info);
+    void Append(const QFileInfo& info);
+    void Replace(int place, const QFileInfo& info);
+    void RemoveAt(int place);
     /// Forgets the files and the settings but for the folder's path.
     void Clear();
 
-    /// Hands out each file of a sorted scan that is not in the snapshot yet and that the predicate keeps, one
-    /// after the other. Ends early when the watch does.
-    void TakeNewFiles(const QList<QFileInfo>& scanned, const WatchTicket& watch, const TakeIn& takeIn);
+    /// Scans a folder and hands out each file that is not in the snapshot yet and that the predicate keeps,
+    /// one after the other in the order of names. Ends early when the watch does.
+    void TakeNewFiles(const QString& path, const WatchTicket& watch, const TakeIn& takeIn);
+
+    /// Whether a file of the snapshot is certain to have the modification time that is known of it, by one
+    /// system call; false says nothing.
+    bool IsUnchanged(const QFileInfo& info);
+    /// Whether a scan has followed a link: only then can two paths name the same file.
+    bool HasLinks() const { return hasLinks; }
 
     QList<QFileInfo> fileInfos; ///< changed by the operations above only
     QStringList nameFilters;
@@ -66,11 +74,25 @@ public:
     unsigned int depth = 0;
 
 private:
-    bool IsKnown(int index, const QFileInfo& info) const
+    struct KnownFile
     {
-        return Contains(index) && fileInfos.at(index) == info;
-    }
+        QFileInfo info;
+        qint64 modificationTime; ///< of info, in milliseconds since 1970; `unread` until it was asked for
+    };
+    static constexpr qint64 unread = std::numeric_limits<qint64>::min();
 
+    bool IsKnown(int place, const QFileInfo& info) const
+    {
+        return Contains(place) && fileInfos.at(place) == info;
+    }
+    /// The scanned files that have to be looked at, sorted: all but those whose very path is known.
+    QList<QFileInfo> GetUnknownFiles(const QList<QFileInfo>& scanned);
+    void UpdateIndex();
+
+    /// The files by QFileInfo::filePath(), as the rules for known files need no more than the path in most
+    /// cases. Up to date when it is as long as the list; two entries of one path keep it shorter.
+    QHash<QString, KnownFile> index;
+    bool hasLinks = false;
     /// Grows with every change of the files: tells a pass that a slot or a predicate has changed them
     /// meanwhile.
     unsigned int revision = 0;

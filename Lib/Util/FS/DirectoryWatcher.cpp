@@ -159,15 +159,13 @@ void DirectoryWatcher::OnDirectoryChanged(const QString& path)
 {
     const HandlerScope scope(impl->handlers);
     DirectorySnapshot& snapshot = impl->snapshot;
-    const QList<QFileInfo> scanned =
-        DirectorySnapshot::GetSortedFilesInDirRecursively(path, snapshot.nameFilters, snapshot.depth);
     // Intended: a folder notice only adds; changes and removals come with the file's own notice.
-    snapshot.TakeNewFiles(scanned, impl->watch.Issue(),
-                          [&](int index, const QFileInfo& info, bool snapshotWasEmpty) {
+    snapshot.TakeNewFiles(path, impl->watch.Issue(),
+                          [&](int place, const QFileInfo& info, bool snapshotWasEmpty) {
                               // Intended: files that fill an empty snapshot are not registered.
                               if (!snapshotWasEmpty)
                                   impl->Register(info);
-                              snapshot.Insert(index, info);
+                              snapshot.Insert(place, info);
                               Q_EMIT FileAdded(info);
                           });
 }
