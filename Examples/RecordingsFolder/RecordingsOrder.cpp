@@ -9,7 +9,7 @@ namespace {
 /// The C locale has no rules of its own and compares numbers as text.
 QLocale SortingLocale()
 {
-    return QLocale() == QLocale::c() ? QLocale(QLocale::English) : QLocale();
+    return QLocale().language() == QLocale::C ? QLocale(QLocale::English) : QLocale();
 }
 
 } // namespace

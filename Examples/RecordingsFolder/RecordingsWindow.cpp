@@ -208,6 +208,9 @@ void RecordingsWindow::MakeActions()
 {
     const auto make = [this](const QString& text, const QString& help, const QList<QKeySequence>& keys) {
         auto* action = new QAction(text, this);
+        // Buttons take this text, and without a letter of its own a button is out of the keyboard's quick
+        // reach.
+        action->setIconText(text);
         action->setStatusTip(help);
         action->setShortcuts(keys);
         QString toolTip = help;

@@ -1,0 +1,905 @@
+#include "Examples/RecordingsFolder/FolderFollower.h"
+#include "Examples/RecordingsFolder/LinkFinder.h"
+#include "Examples/RecordingsFolder/Options.h"
+#include "Examples/RecordingsFolder/OtherProgram.h"
+#include "Examples/RecordingsFolder/RecordingWriter.h"
+#include "Examples/RecordingsFolder/RecordingsModel.h"
+#include "Examples/RecordingsFolder/RecordingsOrder.h"
+#include "Examples/RecordingsFolder/RecordingsView.h"
+#include "Examples/RecordingsFolder/RecordingsWindow.h"
+#include "Examples/RecordingsFolder/ThumbnailLoader.h"
+#include "Lib/Interfaces/InstanceRegistry.h"
+#include "Lib/Util/FS/DirectoryUtils.h"
+#include "Lib/Util/FS/FileManager.h"
+#include "Tests/Support/EventLoop.h"
+#include "Tests/Support/TempFolder.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QComboBox>
+#include <QFileInfo>
+#include <QImage>
+#include <QImageReader>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPlainTextEdit>
+#include <QSignalSpy>
+#include <QSpinBox>
+#include <QTest>
+#include <QTimer>
+#include <QToolButton>
+
+#include <gmock/gmock.h>
+
+#include <stdexcept>
+
+using namespace RecordingsFolder;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Tests::TempFolder;
+using Tests::WaitUntil;
+
+/// Found by GoogleTest, which would print the characters one by one.
+static void PrintTo(const QString& text, std::ostream* out)
+{
+    *out << '"' << text.toStdString() << '"';
+}
+
+namespace {
+
+QString operator""_q(const char* text, size_t size)
+{
+    return QString::fromUtf8(text, int(size));
+}
+
+QByteArray ReadFile(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("cannot be read");
+}
+
+WatchEvent FileEvent(WatchEvent::Kind kind, const QString& path)
+{
+    return {kind, QFileInfo(path), {}};
+}
+
+QStringList Column(const QAbstractItemModel& model, int column)
+{
+    QStringList texts;
+    for (int row = 0; row < model.rowCount(); ++row)
+        texts.append(model.index(row, column).data().toString());
+    return texts;
+}
+
+/// Not the small one that clears a box for text.
+bool IsForAnAction(const QToolButton& button)
+{
+    return button.defaultAction() && !button.text().isEmpty();
+}
+
+/// Answers the next message that comes up, and keeps what it said.
+class MessageAnswer : public QObject
+{
+public:
+    explicit MessageAnswer(QMessageBox::StandardButton answer)
+    {
+        timer.start(10);
+        connect(&timer, &QTimer::timeout, this, [this, answer] {
+            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+                texts.append(box->text());
+                box->button(answer)->click();
+            }
+        });
+    }
+
+    QStringList texts;
+
+private:
+    QTimer timer;
+};
+
+} // namespace
+
+// --- writing recordings
+
+TEST(RecordingWriterTest, NumbersRecordingsOneAfterTheOther)
+{
+    const TempFolder folder;
+    const RecordingWriter writer;
+
+    const auto first = writer.Write(folder.Path(), "first");
+    const auto second = writer.Write(folder.Path(), "second");
+
+    EXPECT_EQ(first.path, folder.Path("Recording 1.png"_q));
+    EXPECT_EQ(second.path, folder.Path("Recording 2.png"_q));
+    EXPECT_EQ(ReadFile(first.path), "first");
+    EXPECT_EQ(ReadFile(second.path), "second");
+    EXPECT_EQ(first.error, QString());
+}
+
+TEST(RecordingWriterTest, TakesTheNextNumberWhenSomebodyElseTookTheOneThatWasFree)
+{
+    const TempFolder folder;
+    int asked = 0;
+    const RecordingWriter writer([&](const Zendra::ioPath& path, const std::regex& pattern) {
+        std::string number = Zendra::LW::GetNextAvaliableIndex(path, pattern);
+        if (++asked == 1)
+            folder.Write("Recording 1.png"_q, "somebody else's");
+        return number;
+    });
+
+    const auto result = writer.Write(folder.Path(), "mine");
+
+    EXPECT_EQ(result.path, folder.Path("Recording 2.png"_q));
+    EXPECT_EQ(ReadFile(folder.Path("Recording 1.png"_q)), "somebody else's");
+    EXPECT_EQ(ReadFile(folder.Path("Recording 2.png"_q)), "mine");
+    EXPECT_EQ(asked, 2);
+}
+
+TEST(RecordingWriterTest, LeavesALinkThatLeadsNowhereAlone)
+{
+    const TempFolder folder;
+    int asked = 0;
+    const RecordingWriter writer([&](const Zendra::ioPath&, const std::regex&) {
+        if (++asked == 1)
+            folder.Link("nowhere"_q, "Recording 1.png"_q);
+        return std::to_string(asked);
+    });
+
+    const auto result = writer.Write(folder.Path(), "mine");
+
+    EXPECT_EQ(result.path, folder.Path("Recording 2.png"_q));
+    EXPECT_FALSE(QFileInfo::exists(folder.Path("nowhere"_q)));
+}
+
+TEST(RecordingWriterTest, GivesUpWhenEveryNumberIsTaken)
+{
+    const TempFolder folder;
+    folder.Write("Recording 7.png"_q, "theirs");
+    int asked = 0;
+    const RecordingWriter writer([&](const Zendra::ioPath&, const std::regex&) {
+        ++asked;
+        return std::string("7");
+    });
+
+    const auto result = writer.Write(folder.Path(), "mine");
+
+    EXPECT_EQ(result.path, QString());
+    EXPECT_NE(result.error, QString());
+    EXPECT_EQ(asked, RecordingWriter::attempts);
+    EXPECT_EQ(ReadFile(folder.Path("Recording 7.png"_q)), "theirs");
+}
+
+TEST(RecordingWriterTest, PassesOverNumbersWithLeadingZeros)
+{
+    const TempFolder folder;
+    folder.Write("Recording 08.png"_q);
+    folder.Write("Recording 3.png"_q);
+
+    const auto result = RecordingWriter().Write(folder.Path(), "content");
+
+    EXPECT_EQ(result.path, folder.Path("Recording 4.png"_q));
+}
+
+TEST(RecordingWriterTest, TellsWhyThereIsNoNumber)
+{
+    const TempFolder folder;
+    const RecordingWriter writer([](const Zendra::ioPath&, const std::regex&) -> std::string {
+        throw std::runtime_error("bad luck");
+    });
+
+    const auto result = writer.Write(folder.Path(), "content");
+
+    EXPECT_EQ(result.path, QString());
+    EXPECT_TRUE(result.error.contains("bad luck"_q));
+    EXPECT_THAT(folder.Entries(), IsEmpty());
+}
+
+TEST(RecordingWriterTest, TellsWhyTheFileCannotBeMade)
+{
+    const TempFolder folder;
+    const RecordingWriter writer(
+        [](const Zendra::ioPath&, const std::regex&) { return std::string("no/folder"); });
+
+    const auto result = writer.Write(folder.Path(), "content");
+
+    EXPECT_EQ(result.path, QString());
+    EXPECT_TRUE(result.error.contains("No such file"_q)) << result.error.toStdString();
+}
+
+// --- the table
+
+class RecordingsModelTest : public testing::Test
+{
+protected:
+    RecordingsModelTest()
+    {
+        QObject::connect(&model, &RecordingsModel::ThumbnailNeeded,
+                         [this](const QString& path) { needed.append(QFileInfo(path).fileName()); });
+    }
+
+    QImage Picture() const
+    {
+        QImage image(2, 2, QImage::Format_RGB32);
+        image.fill(Qt::red);
+        return image;
+    }
+    QVariant Thumbnail(int row) const
+    {
+        return model.index(row, RecordingsModel::NameColumn).data(Qt::DecorationRole);
+    }
+
+    TempFolder folder;
+    RecordingsModel model;
+    QStringList needed;
+};
+
+TEST_F(RecordingsModelTest, ShowsTheFilesItIsResetTo)
+{
+    const QString b = folder.Write("b.png"_q, "12345");
+    const QString a = folder.Write("sub/a.png"_q, "1");
+
+    model.Reset(folder.Path(), {QFileInfo(b), QFileInfo(a)});
+
+    EXPECT_THAT(Column(model, RecordingsModel::NameColumn), ElementsAre("b.png"_q, "sub/a.png"_q));
+    EXPECT_THAT(Column(model, RecordingsModel::SizeColumn),
+                ElementsAre(QLocale().formattedDataSize(5), QLocale().formattedDataSize(1)));
+    EXPECT_EQ(model.TotalSize(), 6);
+    EXPECT_THAT(needed, ElementsAre("b.png"_q, "a.png"_q));
+}
+
+TEST_F(RecordingsModelTest, ShowsTheTimeInTheUsersLocale)
+{
+    const QString path = folder.Write("a.png"_q);
+    const QDateTime time(QDate(2020, 2, 3), QTime(4, 5, 6));
+    folder.SetModificationTime("a.png"_q, time);
+
+    model.Reset(folder.Path(), {QFileInfo(path)});
+
+    EXPECT_THAT(Column(model, RecordingsModel::TimeColumn),
+                ElementsAre(QLocale().toString(time, QLocale::ShortFormat)));
+}
+
+TEST_F(RecordingsModelTest, TakesInAFileThatWasAdded)
+{
+    model.Reset(folder.Path(), {QFileInfo(folder.Write("a.png"_q)), QFileInfo(folder.Write("c.png"_q))});
+    const QSignalSpy inserted(&model, &QAbstractItemModel::rowsInserted);
+
+    model.Apply(FileEvent(WatchEvent::Kind::FileAdded, folder.Write("b.png"_q)));
+
+    EXPECT_THAT(Column(model, RecordingsModel::NameColumn), ElementsAre("a.png"_q, "b.png"_q, "c.png"_q));
+    ASSERT_EQ(inserted.size(), 1);
+    EXPECT_EQ(inserted[0][1].toInt(), 1);
+    EXPECT_EQ(needed.last(), "b.png"_q);
+}
+
+TEST_F(RecordingsModelTest, UpdatesAFileThatIsAnnouncedTwice)
+{
+    const QString path = folder.Write("a.png"_q);
+    model.Reset(folder.Path(), {QFileInfo(path)});
+
+    model.Apply(FileEvent(WatchEvent::Kind::FileAdded, path));
+
+    EXPECT_EQ(model.rowCount(), 1);
+}
+
+TEST_F(RecordingsModelTest, UpdatesAFileThatChangedAndAsksForANewThumbnail)
+{
+    const QString path = folder.Write("a.png"_q, "1");
+    model.Reset(folder.Path(), {QFileInfo(path)});
+    model.SetThumbnail(path, Picture());
+    needed.clear();
+    const QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
+    folder.Write("a.png"_q, "longer");
+
+    model.Apply(FileEvent(WatchEvent::Kind::FileChanged, path));
+
+    EXPECT_THAT(Column(model, RecordingsModel::SizeColumn), ElementsAre(QLocale().formattedDataSize(6)));
+    EXPECT_THAT(needed, ElementsAre("a.png"_q));
+    EXPECT_TRUE(Thumbnail(0).isValid()) << "the old one stays until the new one is there";
+    ASSERT_EQ(changed.size(), 1);
+    EXPECT_EQ(changed[0][0].toModelIndex().column(), 0);
+    EXPECT_EQ(changed[0][1].toModelIndex().column(), RecordingsModel::ColumnCount - 1);
+}
+
+TEST_F(RecordingsModelTest, DropsAFileThatWasRemovedAndNoOther)
+{
+    const QString a = folder.Write("a.png"_q);
+    const QString b = folder.Write("b.png"_q);
+    model.Reset(folder.Path(), {QFileInfo(a), QFileInfo(b)});
+
+    model.Apply(FileEvent(WatchEvent::Kind::FileRemoved, a));
+    model.Apply(FileEvent(WatchEvent::Kind::FileRemoved, folder.Path("never there.png"_q)));
+
+    EXPECT_THAT(Column(model, RecordingsModel::NameColumn), ElementsAre("b.png"_q));
+}
+
+TEST_F(RecordingsModelTest, KeepsEverythingThroughEventsThatAreAboutNoFile)
+{
+    model.Reset(folder.Path(), {QFileInfo(folder.Write("a.png"_q))});
+
+    model.Apply({WatchEvent::Kind::WatchingStopped, {}, {}});
+    model.Apply({WatchEvent::Kind::WatchingStarted, {}, {}});
+    model.Apply({WatchEvent::Kind::PathChanged, {}, folder.Path()});
+
+    EXPECT_EQ(model.rowCount(), 1);
+}
+
+TEST_F(RecordingsModelTest, ShowsAThumbnailBesideTheNameOnly)
+{
+    const QString path = folder.Write("a.png"_q);
+    model.Reset(folder.Path(), {QFileInfo(path)});
+
+    model.SetThumbnail(path, Picture());
+    model.SetThumbnail(folder.Path("gone.png"_q), Picture());
+
+    EXPECT_TRUE(Thumbnail(0).isValid());
+    EXPECT_FALSE(model.index(0, RecordingsModel::SizeColumn).data(Qt::DecorationRole).isValid());
+}
+
+TEST_F(RecordingsModelTest, KeepsThumbnailsThatAreStillRightWhenTheWatchBeginsAgain)
+{
+    const QString a = folder.Write("a.png"_q);
+    const QString b = folder.Write("b.png"_q);
+    model.Reset(folder.Path(), {QFileInfo(a), QFileInfo(b)});
+    model.SetThumbnail(a, Picture());
+    model.SetThumbnail(b, Picture());
+    needed.clear();
+    folder.Touch("b.png"_q);
+
+    model.Reset(folder.Path(), {QFileInfo(a), QFileInfo(b)});
+
+    EXPECT_TRUE(Thumbnail(0).isValid());
+    EXPECT_FALSE(Thumbnail(1).isValid());
+    EXPECT_THAT(needed, ElementsAre("b.png"_q));
+}
+
+TEST_F(RecordingsModelTest, ShowsAPathInItsToolTipLetterByLetter)
+{
+    const QString path = folder.Write("<b>&amp;.png"_q);
+    model.Reset(folder.Path(), {QFileInfo(path)});
+
+    const QString toolTip = model.index(0, 0).data(Qt::ToolTipRole).toString();
+
+    EXPECT_TRUE(toolTip.endsWith("&lt;b&gt;&amp;amp;.png</span>"_q)) << toolTip.toStdString();
+}
+
+TEST_F(RecordingsModelTest, IsSortedAsPeopleCount)
+{
+    RecordingsOrder order;
+    order.setSourceModel(&model);
+    QList<QFileInfo> files;
+    for (const QString& name : {"Recording 10.png"_q, "Recording 9.png"_q, "Recording 1.png"_q})
+        files.append(QFileInfo(folder.Write(name, QByteArray(name.size() == 16 ? 1 : 20, 'x'))));
+    model.Reset(folder.Path(), files);
+
+    order.sort(RecordingsModel::NameColumn);
+    const QStringList byName = Column(order, RecordingsModel::NameColumn);
+    order.sort(RecordingsModel::SizeColumn, Qt::DescendingOrder);
+    const QString largest = order.index(2, RecordingsModel::NameColumn).data().toString();
+
+    EXPECT_THAT(byName, ElementsAre("Recording 1.png"_q, "Recording 9.png"_q, "Recording 10.png"_q));
+    EXPECT_EQ(largest, "Recording 10.png"_q);
+}
+
+// --- following a folder
+
+class FolderFollowerTest : public testing::Test
+{
+protected:
+    FolderFollowerTest()
+    {
+        QObject::connect(&follower, &FolderFollower::Noticed, [this](const WatchEvent& event) {
+            const QString file = event.file.fileName();
+            events.append(file.isEmpty() ? SignalName(event.kind) : SignalName(event.kind) + " "_q + file);
+        });
+    }
+
+    bool Comes(const QString& event)
+    {
+        return WaitUntil([&] { return events.contains(event); });
+    }
+
+    TempFolder folder;
+    QStringList events;
+    FolderFollower follower;
+};
+
+TEST_F(FolderFollowerTest, TellsOfFilesByNotices)
+{
+    folder.Write("a.png"_q);
+    follower.Follow({folder.Path(), {}, 0, WatchSettings::Way::Notices});
+
+    folder.Write("b.png"_q);
+    ASSERT_TRUE(Comes("FileAdded b.png"_q));
+    folder.Touch("b.png"_q);
+    ASSERT_TRUE(Comes("FileChanged b.png"_q));
+    folder.Remove("b.png"_q);
+    ASSERT_TRUE(Comes("FileRemoved b.png"_q));
+    follower.Stop();
+
+    EXPECT_THAT(events, ElementsAre("WatchingStarted"_q, "FileAdded b.png"_q, "FileChanged b.png"_q,
+                                    "FileRemoved b.png"_q, "WatchingStopped"_q));
+}
+
+TEST_F(FolderFollowerTest, BeginsAgainAfterTheFirstFilesOfAnEmptyFolder)
+{
+    follower.Follow({folder.Path(), {}, 0, WatchSettings::Way::Notices});
+
+    folder.Write("a.png"_q);
+    ASSERT_TRUE(Comes("WatchingStopped"_q));
+    folder.Touch("a.png"_q);
+
+    EXPECT_TRUE(Comes("FileChanged a.png"_q)) << "the watcher alone would not see it";
+    EXPECT_THAT(events, ElementsAre("WatchingStarted"_q, "FileAdded a.png"_q, "WatchingStopped"_q,
+                                    "WatchingStarted"_q, "FileChanged a.png"_q));
+}
+
+TEST_F(FolderFollowerTest, DoesNotBeginAgainWhenItWasStoppedMeanwhile)
+{
+    follower.Follow({folder.Path(), {}, 0, WatchSettings::Way::Notices});
+    QObject::connect(&follower, &FolderFollower::Noticed, [this](const WatchEvent& event) {
+        if (event.kind == WatchEvent::Kind::FileAdded)
+            QTimer::singleShot(0, &follower, [this] { follower.Stop(); });
+    });
+
+    folder.Write("a.png"_q);
+    ASSERT_TRUE(Comes("WatchingStopped"_q));
+    // What was put off before this has run when this has.
+    bool later = false;
+    QTimer::singleShot(0, &follower, [&later] { later = true; });
+    ASSERT_TRUE(WaitUntil([&later] { return later; }));
+
+    EXPECT_EQ(events.count("WatchingStarted"_q) - events.count("WatchingStopped"_q), 0);
+}
+
+TEST_F(FolderFollowerTest, LooksByItselfWhilePolling)
+{
+    follower.SetInterval(10);
+    follower.Follow({folder.Path(), {}, 0, WatchSettings::Way::Polling});
+
+    folder.Write("a.png"_q);
+    ASSERT_TRUE(Comes("FileAdded a.png"_q));
+    folder.Touch("a.png"_q);
+    ASSERT_TRUE(Comes("FileChanged a.png"_q));
+    folder.Remove("a.png"_q);
+    ASSERT_TRUE(Comes("FileRemoved a.png"_q));
+
+    EXPECT_EQ(events.mid(0, 2), QStringList({"PathChanged"_q, "WatchingStarted"_q}));
+}
+
+TEST_F(FolderFollowerTest, DoesNotLookAnyMoreOnceItIsStopped)
+{
+    follower.SetInterval(1);
+    follower.Follow({folder.Path(), {}, 0, WatchSettings::Way::Polling});
+    follower.Stop();
+    events.clear();
+
+    // An idle checker would take in the current folder; a timer that starts now runs out after the other.
+    bool later = false;
+    QTimer::singleShot(5, &follower, [&later] { later = true; });
+    ASSERT_TRUE(WaitUntil([&later] { return later; }));
+
+    EXPECT_THAT(events, IsEmpty());
+}
+
+TEST_F(FolderFollowerTest, PassesTheSettingsOn)
+{
+    folder.Write("a.png"_q);
+    folder.Write("a.txt"_q);
+    folder.Write("one/b.png"_q);
+    folder.Write("one/two/c.png"_q);
+
+    for (const auto way : {WatchSettings::Way::Notices, WatchSettings::Way::Polling}) {
+        follower.Follow({folder.Path(), {"*.png"_q}, 1, way});
+
+        QStringList names;
+        for (const QFileInfo& file : follower.Files())
+            names.append(file.fileName());
+        EXPECT_THAT(names, ElementsAre("a.png"_q, "b.png"_q));
+    }
+}
+
+TEST_F(FolderFollowerTest, WatchesNothingWithoutAFolder)
+{
+    follower.SetInterval(1);
+    follower.Follow({{}, {}, 0, WatchSettings::Way::Polling});
+
+    EXPECT_THAT(events, IsEmpty());
+    EXPECT_THAT(follower.Files(), IsEmpty());
+}
+
+// --- thumbnails
+
+class ThumbnailLoaderTest : public testing::Test
+{
+protected:
+    ThumbnailLoaderTest()
+    {
+        QObject::connect(&loader, &ThumbnailLoader::Loaded, [this](const QString& path, const QImage& image) {
+            EXPECT_EQ(QThread::currentThread(), qApp->thread());
+            loaded.insert(QFileInfo(path).fileName(), image);
+        });
+        QObject::connect(&loader, &ThumbnailLoader::Progressed, [this](int done, int wanted) {
+            progress.append({done, wanted});
+        });
+    }
+
+    QString WritePicture(const QString& name, const QSize& size, const QColor& colour)
+    {
+        QImage image(size, QImage::Format_RGB32);
+        image.fill(colour);
+        const QString path = folder.Path(name);
+        EXPECT_TRUE(image.save(path, "PNG"));
+        return path;
+    }
+    bool Ends()
+    {
+        return WaitUntil([this] { return loader.IsIdle(); });
+    }
+
+    TempFolder folder;
+    QMap<QString, QImage> loaded;
+    QVector<QPair<int, int>> progress;
+    ThumbnailLoader loader{{80, 45}, 2.0};
+};
+
+TEST_F(ThumbnailLoaderTest, MakesThumbnailsOfOneSizeInTheScreensPixels)
+{
+    loader.Load(WritePicture("wide.png"_q, {800, 100}, Qt::red));
+    loader.Load(WritePicture("small.png"_q, {4, 4}, Qt::green));
+    ASSERT_TRUE(Ends());
+
+    ASSERT_EQ(loaded.size(), 2);
+    for (const QImage& image : qAsConst(loaded)) {
+        EXPECT_EQ(image.size(), QSize(160, 90));
+        EXPECT_EQ(image.devicePixelRatioF(), 2.0);
+    }
+    EXPECT_EQ(loaded["wide.png"_q].pixelColor(80, 45), QColor(Qt::red));
+    EXPECT_EQ(loaded["wide.png"_q].pixelColor(80, 10).alpha(), 0) << "the picture keeps its shape";
+    EXPECT_EQ(loaded["small.png"_q].pixelColor(80, 45), QColor(Qt::green));
+    EXPECT_EQ(loaded["small.png"_q].pixelColor(60, 45).alpha(), 0) << "a small picture is not blown up";
+}
+
+TEST_F(ThumbnailLoaderTest, DrawsAnEmptyFrameForWhatIsNoPicture)
+{
+    loader.Load(folder.Write("text.png"_q, "this is text"));
+    loader.Load(folder.Path("missing.png"_q));
+    ASSERT_TRUE(Ends());
+
+    ASSERT_EQ(loaded.size(), 2);
+    EXPECT_EQ(loaded["text.png"_q], loaded["missing.png"_q]);
+    EXPECT_EQ(loaded["text.png"_q].pixelColor(80, 45).alpha(), 0);
+}
+
+TEST_F(ThumbnailLoaderTest, CountsWhatIsDone)
+{
+    loader.Load(folder.Path("one.png"_q));
+    loader.Load(folder.Path("two.png"_q));
+    ASSERT_TRUE(Ends());
+
+    EXPECT_THAT(progress, ElementsAre(qMakePair(0, 1), qMakePair(0, 2), qMakePair(1, 2), qMakePair(0, 0)));
+}
+
+TEST_F(ThumbnailLoaderTest, BringsNothingThatWasDropped)
+{
+    loader.Load(WritePicture("old.png"_q, {8, 8}, Qt::red));
+    loader.DropAll();
+    EXPECT_TRUE(loader.IsIdle());
+    loader.Load(WritePicture("new.png"_q, {8, 8}, Qt::red));
+    ASSERT_TRUE(Ends());
+
+    EXPECT_THAT(loaded.keys(), ElementsAre("new.png"_q));
+}
+
+TEST_F(ThumbnailLoaderTest, CanGoWhileItIsAtWork)
+{
+    auto hasty = std::make_unique<ThumbnailLoader>(QSize(80, 45), 1.0);
+    for (int i = 0; i < 50; ++i)
+        hasty->Load(folder.Path("missing.png"_q));
+
+    hasty.reset();
+
+    EXPECT_THAT(loaded, IsEmpty());
+}
+
+// --- links, the other program, the command line
+
+TEST(LinkFinderTest, FindsTheLinkThatWasMade)
+{
+    const TempFolder folder;
+    const TempFolder temporary;
+    qputenv("TMPDIR", QFile::encodeName(temporary.Path()));
+    const QString path = folder.Write("ä recording.png"_q);
+
+    const QString first = MakeTemporaryLink(path);
+    const QString second = MakeTemporaryLink(path);
+    const QStringList both = LinksTo(path);
+    qunsetenv("TMPDIR");
+
+    EXPECT_EQ(QFileInfo(first).symLinkTarget(), path);
+    EXPECT_EQ(QFileInfo(second).symLinkTarget(), path);
+    EXPECT_NE(first, second);
+    EXPECT_EQ(QFileInfo(first).absolutePath(), temporary.Path());
+    EXPECT_EQ(QSet<QString>(both.begin(), both.end()), QSet<QString>({first, second}));
+}
+
+TEST(LinkFinderTest, FindsNothingWhereNoLinkCanBeMade)
+{
+    const TempFolder folder;
+    const QString path = folder.Write("a.png"_q);
+    qputenv("TMPDIR", QFile::encodeName(folder.Path("missing"_q)));
+
+    const QString link = MakeTemporaryLink(path);
+    qunsetenv("TMPDIR");
+
+    EXPECT_EQ(link, QString());
+}
+
+TEST(OtherProgramTest, AddsChangesAndDeletesAPicture)
+{
+    const TempFolder folder;
+    const QString path = folder.Path("a.png"_q);
+
+    ASSERT_EQ(RunAsOtherProgram({"add"_q, path}), 0);
+    const QByteArray added = ReadFile(path);
+    const QDateTime addedAt = QFileInfo(path).lastModified();
+    EXPECT_FALSE(QImage(path).isNull());
+    EXPECT_THAT(folder.Entries(), ElementsAre("a.png"_q)) << "no hidden file is left";
+    EXPECT_LE(addedAt.secsTo(QDateTime::currentDateTime()), 3700);
+    EXPECT_GE(addedAt.secsTo(QDateTime::currentDateTime()), 3600);
+
+    ASSERT_EQ(RunAsOtherProgram({"change"_q, path}), 0);
+    EXPECT_FALSE(QImage(path).isNull());
+    EXPECT_NE(ReadFile(path), added);
+    EXPECT_NE(QFileInfo(path).lastModified(), addedAt);
+
+    ASSERT_EQ(RunAsOtherProgram({"delete"_q, path}), 0);
+    EXPECT_THAT(folder.Entries(), IsEmpty());
+}
+
+TEST(OtherProgramTest, SaysThatItFailed)
+{
+    const TempFolder folder;
+
+    EXPECT_EQ(RunAsOtherProgram({"add"_q, folder.Path("missing/a.png"_q)}), 1);
+    EXPECT_EQ(RunAsOtherProgram({"change"_q, folder.Path("missing.png"_q)}), 1);
+    EXPECT_EQ(RunAsOtherProgram({"delete"_q, folder.Path("missing.png"_q)}), 1);
+    EXPECT_EQ(RunAsOtherProgram({"dance"_q}), 1);
+    EXPECT_THAT(folder.Entries(), IsEmpty());
+}
+
+TEST(OptionsTest, TakeAFolderRelativeToTheCurrentOne)
+{
+    const CommandLine commandLine({"program"_q, "--tour"_q, "some/../folder"_q, "--screenshot"_q, "a.png"_q});
+
+    const Options& options = commandLine.Result();
+
+    EXPECT_EQ(options.role, Options::Role::Tour);
+    EXPECT_EQ(options.folder, QDir::current().filePath("folder"_q));
+    EXPECT_EQ(options.screenshot, QDir::current().filePath("a.png"_q));
+    EXPECT_EQ(options.stepLimit, 10000);
+    EXPECT_FALSE(options.dark);
+}
+
+TEST(OptionsTest, OpenTheWindowWithoutAFolder)
+{
+    const CommandLine commandLine({"program"_q, "--dark"_q});
+
+    EXPECT_EQ(commandLine.Result().role, Options::Role::Window);
+    EXPECT_EQ(commandLine.Result().folder, QString());
+    EXPECT_TRUE(commandLine.Result().dark);
+}
+
+// --- the window
+
+class RecordingsWindowTest : public testing::Test
+{
+protected:
+    RecordingsWindowTest() { window.show(); }
+
+    RecordingsView* View() const { return window.findChild<RecordingsView*>(); }
+    QStringList Shown() const { return Column(*View()->model(), RecordingsModel::NameColumn); }
+    QString Log() const { return window.findChild<QPlainTextEdit*>()->toPlainText(); }
+    bool Shows(const QStringList& names)
+    {
+        return WaitUntil([&] { return Shown() == names; });
+    }
+
+    TempFolder folder;
+    Zendra::LW::InstanceRegistry registry;
+    Zendra::LW::FileManager fileManager;
+    RecordingsWindow window;
+};
+
+TEST_F(RecordingsWindowTest, FollowsWhatHappensInTheFolder)
+{
+    folder.Write("a.png"_q);
+    ASSERT_TRUE(window.OpenFolder(folder.Path()));
+    ASSERT_THAT(Shown(), ElementsAre("a.png"_q));
+
+    folder.Write("b.png"_q);
+    folder.Write("no picture.txt"_q);
+    folder.SetModificationTime("b.png"_q, QDateTime(QDate(2000, 1, 1), QTime(0, 0)));
+    ASSERT_TRUE(WaitUntil([this] { return Shown().size() == 2; }));
+    folder.Remove("a.png"_q);
+
+    EXPECT_TRUE(Shows({"b.png"_q}));
+    EXPECT_TRUE(Log().contains("FileAdded \"b.png\""_q));
+    EXPECT_TRUE(Log().contains("FileRemoved \"a.png\""_q));
+}
+
+TEST_F(RecordingsWindowTest, CapturesIntoAFolderThatWasMissingAndFollowsIt)
+{
+    ASSERT_TRUE(window.OpenFolder(folder.Path("new/folder"_q)));
+    EXPECT_TRUE(View()->accessibleDescription().contains("does not exist"_q));
+
+    const QString path = window.Capture();
+
+    EXPECT_EQ(path, folder.Path("new/folder/Recording 1.png"_q));
+    EXPECT_EQ(QImage(path).size(), window.size());
+    EXPECT_TRUE(Shows({"Recording 1.png"_q}));
+    EXPECT_EQ(View()->accessibleDescription(), QString());
+}
+
+TEST_F(RecordingsWindowTest, KeepsItsFolderWhenTheNextOneIsUnusable)
+{
+    ASSERT_TRUE(window.OpenFolder(folder.Path()));
+    MessageAnswer answer(QMessageBox::Ok);
+
+    const bool opened = window.OpenFolder(folder.Write("file"_q));
+
+    EXPECT_FALSE(opened);
+    EXPECT_EQ(answer.texts.size(), 1);
+    EXPECT_EQ(window.Follower().Settings().folder, folder.Path());
+}
+
+TEST_F(RecordingsWindowTest, BeginsAgainWithAnotherFilterAndDepth)
+{
+    folder.Write("a.png"_q);
+    folder.Write("b.txt"_q);
+    folder.Write("sub/c.txt"_q);
+    window.OpenFolder(folder.Path());
+    auto* filter = window.findChildren<QLineEdit*>().at(1);
+
+    filter->setText(" *.txt ;"_q);
+    ASSERT_TRUE(Shows({"b.txt"_q}));
+    window.findChild<QSpinBox*>()->setValue(1);
+
+    EXPECT_TRUE(WaitUntil([this] { return Shown().size() == 2; }));
+    EXPECT_EQ(window.Follower().Settings().nameFilters, QStringList("*.txt"_q));
+    EXPECT_EQ(window.Follower().Settings().depth, 1U);
+}
+
+TEST_F(RecordingsWindowTest, SwitchesToPolling)
+{
+    window.OpenFolder(folder.Path());
+
+    window.SetInterval(50);
+    window.SetWay(WatchSettings::Way::Polling);
+    folder.Write("a.png"_q);
+
+    EXPECT_TRUE(Shows({"a.png"_q}));
+    EXPECT_TRUE(Log().contains("PathChanged"_q));
+}
+
+TEST_F(RecordingsWindowTest, DeletesOnlyWhenTheUserSaysYes)
+{
+    const QString path = folder.Write("a <b>.png"_q);
+    window.OpenFolder(folder.Path());
+    window.Select(path);
+    {
+        MessageAnswer no(QMessageBox::Cancel);
+        window.DeleteSelected();
+        EXPECT_EQ(no.texts.size(), 1);
+    }
+    EXPECT_TRUE(QFileInfo::exists(path));
+
+    MessageAnswer yes(QMessageBox::Yes);
+    window.DeleteSelected();
+
+    EXPECT_FALSE(QFileInfo::exists(path));
+    EXPECT_TRUE(Log().contains("OnFileRemoved \"a <b>.png\""_q));
+    EXPECT_TRUE(Shows({}));
+}
+
+TEST_F(RecordingsWindowTest, SaysWhatCouldNotBeDeleted)
+{
+    const QString path = folder.Write("a.png"_q);
+    window.OpenFolder(folder.Path());
+    window.Select(path);
+    folder.Remove("a.png"_q);
+    MessageAnswer answer(QMessageBox::Ok);
+
+    window.MoveSelectedToTrash();
+
+    ASSERT_EQ(answer.texts.size(), 1);
+    EXPECT_TRUE(answer.texts[0].contains(path));
+    EXPECT_FALSE(Log().contains("OnFileMovedToTrash"_q));
+}
+
+TEST_F(RecordingsWindowTest, RemovesItsLinksWhenItGoes)
+{
+    const QString path = folder.Write("a.png"_q);
+    QString link;
+    {
+        RecordingsWindow other;
+        other.OpenFolder(folder.Path());
+        other.Select(path);
+        MessageAnswer answer(QMessageBox::Close);
+        other.OpenLink();
+        link = other.Links().value(0);
+        EXPECT_EQ(QFileInfo(link).symLinkTarget(), path);
+        ASSERT_EQ(answer.texts.size(), 1);
+        EXPECT_TRUE(answer.texts[0].contains(link));
+    }
+
+    EXPECT_FALSE(QFileInfo(link).isSymLink());
+    EXPECT_TRUE(QFileInfo::exists(path));
+}
+
+TEST_F(RecordingsWindowTest, OffersOperationsOnlyForASelection)
+{
+    const QString path = folder.Write("a.png"_q);
+    folder.Write("b.png"_q);
+    window.OpenFolder(folder.Path());
+    const auto enabled = [this] {
+        QStringList texts;
+        for (const QToolButton* button : window.findChildren<QToolButton*>()) {
+            if (IsForAnAction(*button) && button->isEnabled())
+                texts.append(button->text().remove(QLatin1Char('&')));
+        }
+        return texts;
+    };
+
+    View()->clearSelection();
+    const QStringList forNone = enabled();
+    window.Select(path);
+    const QStringList forOne = enabled();
+    View()->selectAll();
+    const QStringList forTwo = enabled();
+
+    EXPECT_THAT(forNone, ElementsAre("Browse…"_q, "Capture"_q));
+    EXPECT_THAT(forOne, ElementsAre("Browse…"_q, "Capture"_q, "Reveal"_q, "Move to Trash"_q, "Delete…"_q,
+                                    "Open a Link…"_q));
+    EXPECT_THAT(forTwo, ElementsAre("Browse…"_q, "Capture"_q, "Reveal"_q, "Move to Trash"_q, "Delete…"_q));
+}
+
+TEST_F(RecordingsWindowTest, CanBeUsedByKeyboardAlone)
+{
+    QStringList letters;
+    for (const QLabel* label : window.findChildren<QLabel*>()) {
+        if (label->buddy())
+            letters.append(QKeySequence::mnemonic(label->text()).toString());
+    }
+    for (const QToolButton* button : window.findChildren<QToolButton*>()) {
+        if (IsForAnAction(*button)) {
+            letters.append(QKeySequence::mnemonic(button->text()).toString());
+            EXPECT_TRUE(button->focusPolicy() & Qt::TabFocus) << button->text().toStdString();
+        }
+    }
+
+    EXPECT_EQ(letters.size(), 13);
+    EXPECT_FALSE(letters.contains(QString()));
+    letters.removeDuplicates();
+    EXPECT_EQ(letters.size(), 13) << "two parts share a letter";
+    for (QWidget* part :
+         {static_cast<QWidget*>(View()), static_cast<QWidget*>(window.findChild<QPlainTextEdit*>())})
+        EXPECT_NE(part->accessibleName(), QString());
+}
+
+TEST_F(RecordingsWindowTest, DeletesTextAndNoRecordingInABoxForText)
+{
+    const QString path = folder.Write("a.png"_q);
+    window.OpenFolder(folder.Path());
+    window.Select(path);
+    auto* filter = window.findChildren<QLineEdit*>().at(1);
+    filter->setFocus();
+    filter->setCursorPosition(0);
+
+    QTest::keyClick(filter, Qt::Key_Delete);
+
+    EXPECT_EQ(filter->text(), ".png"_q);
+    EXPECT_TRUE(QFileInfo::exists(path));
+}
