@@ -47,11 +47,15 @@ struct SystemCalls
     int errorOfClosing = 0;
     int errorOfRemoving = 0;
     int errorOfListing = 0;
+    bool listsNothing = false;
     int errorOfFdopendir = 0;
 
     std::vector<std::string> made;
     std::vector<unsigned int> modes;
+    /// Whether a program that is started meanwhile would get a descriptor of the folder or of the file.
+    bool leaksIntoPrograms = false;
     std::vector<std::string> removed;
+    bool removesOpenFile = false;
     int bytesWritten = 0;
     /// The file made last, until it is closed.
     int file = -1;
@@ -86,6 +90,8 @@ int openat(int folder, const char* name, int flags, ...)
 
     calls->made.emplace_back(name);
     calls->modes.push_back(mode);
+    if (!(flags & O_CLOEXEC))
+        calls->leaksIntoPrograms = true;
     if (const auto prepare = std::exchange(calls->beforeMaking, nullptr)) {
         meddler = nullptr;
         prepare(QString::fromLatin1(name));
@@ -120,6 +126,7 @@ int unlinkat(int folder, const char* name, int flags) noexcept
 {
     if (meddler) {
         meddler->removed.emplace_back(name);
+        meddler->removesOpenFile = meddler->file >= 0;
         if (meddler->errorOfRemoving != 0)
             return Fail(meddler->errorOfRemoving);
     }
@@ -132,6 +139,8 @@ struct dirent* readdir(DIR* folder)
         errno = meddler->errorOfListing;
         return nullptr;
     }
+    if (meddler && meddler->listsNothing)
+        return nullptr;
     using Function = struct dirent* (*)(DIR*);
     static const auto original = reinterpret_cast<Function>(::dlsym(RTLD_NEXT, "readdir"));
     return original(folder);
@@ -143,6 +152,8 @@ DIR* fdopendir(int folder)
         errno = meddler->errorOfFdopendir;
         return nullptr;
     }
+    if (meddler && !(::fcntl(folder, F_GETFD) & FD_CLOEXEC))
+        meddler->leaksIntoPrograms = true;
     using Function = DIR* (*)(int);
     static const auto original = reinterpret_cast<Function>(::dlsym(RTLD_NEXT, "fdopendir"));
     return original(folder);
@@ -418,6 +429,14 @@ TEST_F(PathValidationTest, RefusesAPathUnderAFileAsMissing)
     EXPECT_EQ(Validate(file + QStringLiteral("/sub")), Missing());
 }
 
+TEST_F(PathValidationTest, RefusesALinkToAPathUnderAFileAsMissing)
+{
+    folder.Write(QStringLiteral("file"));
+    const QString link = folder.Link(QStringLiteral("file/sub"), QStringLiteral("link"));
+
+    EXPECT_EQ(Validate(link), Missing());
+}
+
 TEST_F(PathValidationTest, DoesNotReadAPathWithANullCharacterOnlyUpToThere)
 {
     EXPECT_EQ(Validate(folder.Path() + QChar(QChar::Null) + QStringLiteral("more")), Missing());
@@ -671,6 +690,37 @@ TEST_F(PathValidationTest, RefusesAFolderThatOpensButCannotBeListed)
 
     EXPECT_EQ(Validate(folder.Path()), Unreadable());
     EXPECT_TRUE(calls.made.empty());
+}
+
+// Network file systems keep an open file that is removed, under another name, and don't tell of errors any
+// more.
+TEST_F(PathValidationTest, RemovesTheFileOnceItIsClosed)
+{
+    Meddling calls;
+
+    Validate(folder.Path());
+
+    EXPECT_EQ(calls.removed.size(), 1U);
+    EXPECT_FALSE(calls.removesOpenFile);
+}
+
+TEST_F(PathValidationTest, AcceptsAFolderThatListsNotEvenItself)
+{
+    Meddling calls;
+    calls.listsNothing = true;
+    errno = EIO;
+
+    EXPECT_EQ(Validate(folder.Path()), Valid());
+}
+
+TEST_F(PathValidationTest, KeepsWhatItOpensFromProgramsThatAreStartedMeanwhile)
+{
+    Meddling calls;
+
+    Validate(folder.Path());
+
+    EXPECT_EQ(calls.made.size(), 1U);
+    EXPECT_FALSE(calls.leaksIntoPrograms);
 }
 
 TEST_F(PathValidationTest, RefusesAFolderThatOpensButTakesTooMuchMemoryToList)

@@ -4,7 +4,6 @@
 
 #include <QByteArray>
 #include <QDesktopServices>
-#include <QList>
 #include <QUrl>
 
 #include <boost/filesystem/operations.hpp>
@@ -70,7 +69,7 @@ bool ExploreFile(const ioPath& path)
     if (given.empty() || given.find('\0') != std::string::npos)
         return false;
     const QByteArray entry = PlainAbsolutePath(given);
-    if (entry.isEmpty() || !IsThere(entry))
+    if (!IsThere(entry))
         return false;
 
     return RevealFile(FileUrl(entry), exploreFileLimit)

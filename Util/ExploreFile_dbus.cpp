@@ -3,23 +3,19 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDeadlineTimer>
-#include <QFile>
 #include <QStringList>
 #include <QUuid>
 
 namespace Zendra::Util {
 namespace {
 
-/// Where the session bus listens; empty when there is none.
+/// Where the session bus listens, if there is one. None is started where none runs: nobody would be on it.
 QString SessionBusAddress()
 {
     const QByteArray address = qgetenv("DBUS_SESSION_BUS_ADDRESS");
     if (!address.isEmpty())
         return QString::fromLatin1(address);
     const QByteArray socket = qgetenv("XDG_RUNTIME_DIR") + "/bus";
-    // No bus is started where none runs: nobody would be on it.
-    if (!QFile::exists(QFile::decodeName(socket)))
-        return QString();
     return QStringLiteral("unix:path=") + QString::fromLatin1(socket.toPercentEncoding("/", "~"));
 }
 

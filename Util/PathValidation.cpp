@@ -118,6 +118,7 @@ Verdict TryToWrite(int folder)
     if (file < 0)
         return VerdictOnWriting(errno);
 
+    // Closed before it is removed: network file systems keep an open file under another name.
     const Verdict verdict = TryToFill(file);
     const bool removed = ::unlinkat(folder, name.constData(), 0) == 0;
     return verdict == Verdict::Valid && !removed ? Verdict::Unwritable : verdict;
