@@ -63,8 +63,8 @@ bool DirectoryChecker::StartWatching(const QString& dirPath, const QStringList& 
 
     impl->watch.Renew();
     const WatchTicket watch = impl->watch.Issue();
-    const QList<QFileInfo> accepted =
-        DirectorySnapshot::GetAcceptedFiles(dirPath, nameFilters, filter, depth, watch);
+    const QList<QFileInfo> accepted = DirectorySnapshot::GetAcceptedFiles(
+        dirPath, nameFilters, filter, depth, DirectorySnapshot::Metadata::ReadWithTheScan, watch);
     // The predicate has started the checker itself.
     if (watch.IsOver())
         return false;

@@ -1,10 +1,9 @@
 #include "Lib/Util/FS/DirectorySnapshot.h"
 
 #include "Lib/Util/FS/FileTime.h"
+#include "Lib/Util/FS/FolderListing.h"
 
 #include <QDateTime>
-#include <QDir>
-#include <QDirIterator>
 #include <QVector>
 
 #include <algorithm>
@@ -28,50 +27,75 @@ struct Scan
 
 void ScanFolder(const QString& dirPath, const QStringList& nameFilters, unsigned int depth, Scan& scan)
 {
-    // One listing gives the files and the folders: AllDirs exempts folders from the name filters.
-    QDir::Filters wanted = QDir::Files;
-    if (depth > 0)
-        wanted |= QDir::AllDirs | QDir::NoDotAndDotDot;
-
-    QStringList subfolders;
-    // By way of QDir, which takes an empty path for the current folder.
-    QDirIterator entry(QDir(dirPath).path(), nameFilters, wanted);
-    while (entry.hasNext()) {
-        entry.next();
-        const QFileInfo info = entry.fileInfo();
-        scan.followedLinks = scan.followedLinks || info.isSymLink();
-        if (info.isDir())
-            subfolders.append(info.absoluteFilePath());
-        else
-            scan.files.append(info);
-    }
-    for (const QString& subfolder : qAsConst(subfolders))
+    const FolderListing listing =
+        ListFolder(dirPath, nameFilters, depth == 0 ? ListedFolders::None : ListedFolders::All);
+    scan.files.append(listing.files);
+    scan.followedLinks = scan.followedLinks || listing.hasLinks;
+    for (const QString& subfolder : listing.subfolders)
         ScanFolder(subfolder, nameFilters, depth - 1, scan);
+}
+
+/// A file as the sort sees it.
+struct SortedFile
+{
+    quint64 key; // decides most comparisons without a look at the names, which lie scattered in memory
+    QStringView name;
+    int index;
+};
+
+/// The file's name inside of a path that outlives the result. QFileInfo::fileName() makes a new string each
+/// time.
+QStringView NameIn(const QString& path)
+{
+    return QStringView(path).mid(path.lastIndexOf(QLatin1Char('/')) + 1);
+}
+
+/// The number of characters with which all names begin.
+int CommonPrefixLength(const QVector<SortedFile>& files)
+{
+    if (files.isEmpty())
+        return 0;
+    const QStringView first = files.first().name;
+    auto end = first.end();
+    for (const SortedFile& file : files) {
+        const auto most = std::min(end - first.begin(), file.name.end() - file.name.begin());
+        end = std::mismatch(first.begin(), first.begin() + most, file.name.begin()).first;
+    }
+    return static_cast<int>(end - first.begin());
+}
+
+/// The four characters from a place on, as a number that compares as they do. A name that ends earlier is
+/// filled up with the character zero, which no name contains.
+quint64 SortKey(QStringView name, int place)
+{
+    quint64 key = 0;
+    for (int i = place; i < place + 4; ++i)
+        key = key << 16 | (i < name.size() ? name[i].unicode() : 0u);
+    return key;
 }
 
 QList<QFileInfo> SortByName(const QList<QFileInfo>& files)
 {
-    struct Place
-    {
-        QStringView name;
-        int index;
-    };
-
-    // QFileInfo::fileName() makes a new string each time, so the sort must not ask for it.
-    QVector<QString> names;
-    names.reserve(files.size());
-    QVector<Place> places;
-    places.reserve(files.size());
+    QVector<QString> paths;
+    paths.reserve(files.size());
+    QVector<SortedFile> order;
+    order.reserve(files.size());
     for (const QFileInfo& info : files) {
-        names.append(info.fileName());
-        places.append({names.last(), places.size()});
+        paths.append(info.filePath());
+        order.append({0, NameIn(paths.last()), order.size()});
     }
-    std::sort(places.begin(), places.end(), [](const Place& a, const Place& b) { return a.name < b.name; });
+    const int prefixLength = CommonPrefixLength(order);
+    for (SortedFile& file : order)
+        file.key = SortKey(file.name, prefixLength);
+
+    std::sort(order.begin(), order.end(), [](const SortedFile& a, const SortedFile& b) {
+        return a.key != b.key ? a.key < b.key : a.name < b.name;
+    });
 
     QList<QFileInfo> sorted;
     sorted.reserve(files.size());
-    for (const Place& place : qAsConst(places))
-        sorted.append(files.at(place.index));
+    for (const SortedFile& file : qAsConst(order))
+        sorted.append(files.at(file.index));
     return sorted;
 }
 
@@ -95,11 +119,18 @@ QList<QFileInfo> DirectorySnapshot::GetSortedFilesInDirRecursively(const QString
 
 QList<QFileInfo> DirectorySnapshot::GetAcceptedFiles(const QString& dirPath, const QStringList& nameFilters,
                                                      const Predicate& filter, unsigned int depth,
-                                                     const WatchTicket& watch)
+                                                     Metadata metadata, const WatchTicket& watch)
 {
+    const QList<QFileInfo> files = GetFilesInDirRecursively(dirPath, nameFilters, depth);
+    if (!filter) {
+        if (metadata == Metadata::ReadWithTheScan)
+            std::for_each(files.begin(), files.end(), ReadMetadata);
+        return SortByName(files);
+    }
+
     QList<QFileInfo> accepted;
-    for (const QFileInfo& info : GetSortedFilesInDirRecursively(dirPath, nameFilters, depth)) {
-        if (!filter || filter(info))
+    for (const QFileInfo& info : SortByName(files)) {
+        if (filter(info))
             accepted.append(info);
         if (watch.IsOver())
             break;

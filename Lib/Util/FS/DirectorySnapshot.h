@@ -34,9 +34,16 @@ public:
     static QList<QFileInfo> GetSortedFilesInDirRecursively(const QString& dirPath,
                                                            const QStringList& nameFilters,
                                                            unsigned int depth);
+    /// When the files that will enter a snapshot get their sizes and times.
+    enum class Metadata
+    {
+        ReadOnEntering, ///< for a watcher that registers them first: what happens to them from then on is
+                        ///< noticed
+        ReadWithTheScan ///< folder by folder, which is faster
+    };
     /// A sorted scan without the files that the predicate turns away. Ends early when the watch does.
     static QList<QFileInfo> GetAcceptedFiles(const QString& dirPath, const QStringList& nameFilters,
-                                             const Predicate& filter, unsigned int depth,
+                                             const Predicate& filter, unsigned int depth, Metadata metadata,
                                              const WatchTicket& watch);
 
     /// The place of a file in the snapshot, or of its name when the file is not in it.

@@ -112,8 +112,8 @@ bool DirectoryWatcher::StartWatching(const QString& dirPath, const QStringList& 
         if (!watch.IsOver())
             impl->LetGoOfWatcher(this);
     });
-    const QList<QFileInfo> accepted =
-        DirectorySnapshot::GetAcceptedFiles(dirPath, nameFilters, filter, depth, watch);
+    const QList<QFileInfo> accepted = DirectorySnapshot::GetAcceptedFiles(
+        dirPath, nameFilters, filter, depth, DirectorySnapshot::Metadata::ReadOnEntering, watch);
     giveUp.dismiss();
     if (watch.IsOver())
         return false;

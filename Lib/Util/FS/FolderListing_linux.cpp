@@ -1,0 +1,97 @@
+#include "Lib/Util/FS/FolderListing.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <algorithm>
+#include <memory>
+
+#include <dirent.h>
+
+namespace Zendra::LW {
+namespace {
+
+struct CloseFolder
+{
+    void operator()(DIR* folder) const { ::closedir(folder); }
+};
+
+enum class Kind
+{
+    File,
+    Folder,
+    Other
+};
+
+/// Asks the file system, for a link or where the listing does not tell.
+Kind KindOf(const QFileInfo& info)
+{
+    if (info.isDir())
+        return Kind::Folder;
+    const bool counts = info.isSymLink() ? info.exists() : info.isFile();
+    return counts ? Kind::File : Kind::Other;
+}
+
+Kind KindOf(const dirent& entry, const QFileInfo& info)
+{
+    switch (entry.d_type) {
+    case DT_REG:
+        return Kind::File;
+    case DT_DIR:
+        return Kind::Folder;
+    case DT_LNK:
+    case DT_UNKNOWN:
+        return KindOf(info);
+    default:
+        return Kind::Other;
+    }
+}
+
+bool IsLink(const dirent& entry, const QFileInfo& info)
+{
+    return entry.d_type == DT_LNK || (entry.d_type == DT_UNKNOWN && info.isSymLink());
+}
+
+/// Such a name is the same in every encoding.
+bool IsAscii(const QString& name)
+{
+    return std::all_of(name.begin(), name.end(), [](QChar character) { return character.unicode() < 0x80; });
+}
+
+} // namespace
+
+FolderListing ListFolder(const QString& dirPath, const QStringList& nameFilters, ListedFolders folders)
+{
+    // QDir knows what a wildcard matches, and the paths that are none of the file system's.
+    if (!nameFilters.isEmpty() || !dirPath.startsWith(QLatin1Char('/')))
+        return ListFolderWithQt(dirPath, nameFilters, folders);
+
+    FolderListing listing;
+    QString prefix = QDir(dirPath).path();
+    const std::unique_ptr<DIR, CloseFolder> folder(::opendir(QFile::encodeName(prefix).constData()));
+    if (!folder)
+        return listing;
+    if (!prefix.endsWith(QLatin1Char('/')))
+        prefix.append(QLatin1Char('/'));
+
+    while (const dirent* entry = ::readdir(folder.get())) {
+        if (entry->d_name[0] == '.')
+            continue;
+        const QString name = QFile::decodeName(entry->d_name);
+        if (!IsAscii(name) && QFile::encodeName(name) != entry->d_name)
+            continue; // no text in the locale's encoding: its QString would not open it
+
+        const QFileInfo info(prefix + name);
+        const Kind kind = KindOf(*entry, info);
+        if (kind == Kind::File)
+            listing.files.append(info);
+        else if (kind == Kind::Folder && folders == ListedFolders::All)
+            listing.subfolders.append(info.absoluteFilePath());
+        else
+            continue;
+        listing.hasLinks = listing.hasLinks || IsLink(*entry, info);
+    }
+    return listing;
+}
+
+} // namespace Zendra::LW
