@@ -1,12 +1,12 @@
 #include "Lib/Util/FS/DirectoryWatcher.h"
 
+#include "Tests/Support/CurrentFolder.h"
 #include "Tests/Support/LogCapture.h"
 #include "Tests/Support/SignalLog.h"
-#include "Tests/Support/TempFolder.h"
 #include "Tests/Support/Unprivileged.h"
+#include "Tests/Support/WatcherFixture.h"
 
 #include <QDateTime>
-#include <QDir>
 #include <QFileSystemWatcher>
 #include <QPointer>
 
@@ -70,96 +70,18 @@ using testing::EndsWith;
 using testing::IsEmpty;
 using testing::SizeIs;
 using testing::UnorderedElementsAre;
+using Tests::CurrentFolder;
 using Tests::LogCapture;
 using Tests::SignalLog;
-using Tests::TempFolder;
 using Tests::Unprivileged;
+using Tests::WatcherFixture;
 using Zendra::LW::DirectoryWatcher;
 using Zendra::LW::IDirectoryWatcher;
 
-using Texts = std::vector<std::string>;
-using Predicate = std::function<bool(const QFileInfo&)>;
-
-class DirectoryWatcherTest : public testing::Test
+class DirectoryWatcherTest : public WatcherFixture
 {
 protected:
     ~DirectoryWatcherTest() override { Notices() = {}; }
-
-    QString Path(const char* path) const { return folder.Path(QString::fromUtf8(path)); }
-
-    void Write(std::initializer_list<const char*> paths) const
-    {
-        for (const char* path : paths)
-            folder.Write(QString::fromUtf8(path));
-    }
-    void Remove(const char* path) const { folder.Remove(QString::fromUtf8(path)); }
-    void Touch(const char* path) const { folder.Touch(QString::fromUtf8(path)); }
-    void SetTime(const char* path, const QDateTime& time) const
-    {
-        folder.SetModificationTime(QString::fromUtf8(path), time);
-    }
-
-    /// Starts in a folder that has these files, and forgets the signal of the start.
-    void StartWith(std::initializer_list<const char*> paths, unsigned int depth = 0,
-                   const Predicate& filter = {}, const QStringList& nameFilters = {})
-    {
-        Write(paths);
-        ASSERT_TRUE(watcher->StartWatching(folder.Path(), nameFilters, filter, depth));
-        signalLog.Clear();
-    }
-
-    QFileSystemWatcher* System() const { return watcher->findChild<QFileSystemWatcher*>(); }
-
-    /// What is registered with the system, relative to the folder where it is below it.
-    Texts RegisteredFiles() const { return System() ? Relative(System()->files()) : Texts(); }
-    Texts RegisteredFolders() const { return System() ? Relative(System()->directories()) : Texts(); }
-
-    /// Gives the watcher a notice as it comes from the system, at once.
-    void Notify(const char* signal, const QString& path) const
-    {
-        ASSERT_TRUE(QMetaObject::invokeMethod(System(), signal, Qt::DirectConnection, Q_ARG(QString, path)));
-    }
-
-    Texts Files() const
-    {
-        QStringList paths;
-        for (const QFileInfo& info : watcher->GetFileInfoList())
-            paths.append(info.filePath());
-        return Relative(paths);
-    }
-
-    QFileInfo Entry(int index) const { return watcher->GetFileInfoList().at(index); }
-
-    TempFolder folder;
-    std::unique_ptr<DirectoryWatcher> watcher = std::make_unique<DirectoryWatcher>();
-    SignalLog signalLog{*watcher, folder.Path()};
-
-private:
-    Texts Relative(const QStringList& paths) const
-    {
-        const QString prefix = folder.Path() + QLatin1Char('/');
-        Texts texts;
-        for (const QString& path : paths)
-            texts.push_back((path.startsWith(prefix) ? path.mid(prefix.size()) : path).toStdString());
-        return texts;
-    }
-};
-
-/// Makes a folder the process's current one while it lives.
-class CurrentFolder
-{
-public:
-    explicit CurrentFolder(const QString& path)
-    {
-        if (!QDir::setCurrent(path))
-            throw std::runtime_error("enter the folder");
-    }
-    ~CurrentFolder() { QDir::setCurrent(before); }
-    CurrentFolder(const CurrentFolder&) = delete;
-    CurrentFolder& operator=(const CurrentFolder&) = delete;
-
-private:
-    const QString before = QDir::currentPath();
 };
 
 bool Refuse(const QFileInfo&)
@@ -543,17 +465,14 @@ TEST_F(DirectoryWatcherStopTest, LetsGoOfADepth)
 
 TEST_F(DirectoryWatcherStopTest, EndsTheNotices)
 {
-    StartWith({"a.txt"});
-    DirectoryWatcher fence;
-    const SignalLog fenceLog(fence, folder.Path());
-    fence.StartWatching(folder.Path(), {}, {}, 0);
+    StartWith({"a.txt", "b.txt"});
+    Remove("b.txt");
 
     watcher->StopWatching();
     Touch("a.txt");
-    Write({"b.txt"});
+    Write({"c.txt"});
+    HandleAllNotices();
 
-    ASSERT_TRUE(fenceLog.WaitFor("FileChanged a.txt"));
-    ASSERT_TRUE(fenceLog.WaitFor("FileAdded b.txt"));
     EXPECT_THAT(signalLog.Entries(), ElementsAre("WatchingStopped"));
 }
 
@@ -1418,7 +1337,7 @@ struct ImplFields
     QFileSystemWatcher* watcher;
     QList<QFileInfo> fileInfos;
     QStringList nameFilters;
-    Predicate filter;
+    std::function<bool(const QFileInfo&)> filter;
     QString dirPath;
     unsigned int depth;
 };

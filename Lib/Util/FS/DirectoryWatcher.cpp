@@ -5,11 +5,14 @@
 #include <QDateTime>
 #include <QFileSystemWatcher>
 #include <QScopeGuard>
+#include <QSocketNotifier>
 #include <QVector>
 
 #include <glog/logging.h>
 
 #include <utility>
+
+#include <fcntl.h>
 
 namespace Zendra::LW {
 namespace {
@@ -50,6 +53,19 @@ public:
 private:
     std::shared_ptr<RunningHandlers> handlers;
 };
+
+/// Keeps Qt from waiting for notices that are not there.
+///
+/// When a slot runs an event loop in which another watcher reads its notices, Qt announces them to that one
+/// once more after the loop, and its inotify engine would then block for good in reading none.
+void NeverWaitForNotices(const QFileSystemWatcher& watcher)
+{
+    const QList<QSocketNotifier*> notifiers = watcher.findChildren<QSocketNotifier*>();
+    for (const QSocketNotifier* notifier : notifiers) {
+        const int descriptor = static_cast<int>(notifier->socket());
+        ::fcntl(descriptor, F_SETFL, ::fcntl(descriptor, F_GETFL) | O_NONBLOCK);
+    }
+}
 
 } // namespace
 
@@ -105,6 +121,7 @@ bool DirectoryWatcher::StartWatching(const QString& dirPath, const QStringList& 
     impl->watch.Renew();
     const WatchTicket watch = impl->watch.Issue();
     impl->watcher = new QFileSystemWatcher(QStringList{dirPath}, this);
+    NeverWaitForNotices(*impl->watcher);
     connect(impl->watcher, &QFileSystemWatcher::fileChanged, this, &DirectoryWatcher::OnFileChanged);
     connect(impl->watcher, &QFileSystemWatcher::directoryChanged, this,
             &DirectoryWatcher::OnDirectoryChanged);
