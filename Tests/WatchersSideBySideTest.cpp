@@ -1,0 +1,469 @@
+#include "Lib/Util/FS/DirectoryChecker.h"
+#include "Lib/Util/FS/DirectoryWatcher.h"
+
+#include "Tests/Support/SignalLog.h"
+#include "Tests/Support/WatcherFixture.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+
+// What each of the two watchers sees of the same events: the choice between them.
+
+namespace {
+
+using testing::AnyOf;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+using Tests::SignalLog;
+using Tests::WatcherFixture;
+using Zendra::LW::DirectoryChecker;
+using Zendra::LW::IDirectoryWatcher;
+
+class WatchersSideBySideTest : public WatcherFixture
+{
+protected:
+    /// Starts both in a folder below the test's own, which the test may then delete or rename.
+    void StartBoth(unsigned int depth = 0)
+    {
+        ASSERT_TRUE(watcher->StartWatching(Path("root"), {}, {}, depth));
+        ASSERT_TRUE(checker.StartWatching(Path("root"), {}, {}, depth));
+        Clear();
+    }
+
+    void Clear()
+    {
+        signalLog.Clear();
+        checkerLog.Clear();
+    }
+
+    /// Lets both see all that has happened, and both report it.
+    void Settle()
+    {
+        HandleAllNotices();
+        checker.CheckFolder();
+    }
+
+    // Notices of one batch come in no particular order.
+    Texts WatcherSaw() const { return Sorted(signalLog.Entries()); }
+    Texts CheckerSaw() const { return Sorted(checkerLog.Entries()); }
+
+    Texts CheckerFiles() const
+    {
+        Texts files;
+        for (const QFileInfo& info : checker.GetFileInfoList())
+            files.push_back(info.filePath().mid(folder.Path().size() + 1).toStdString());
+        return files;
+    }
+
+    DirectoryChecker checker;
+    SignalLog checkerLog{checker, folder.Path()};
+
+private:
+    static Texts Sorted(Texts entries)
+    {
+        std::sort(entries.begin(), entries.end());
+        return entries;
+    }
+};
+
+TEST_F(WatchersSideBySideTest, BothSeeFilesComeChangeAndGo)
+{
+    Write({"root/a", "root/b"});
+    StartBoth();
+
+    Write({"root/c"});
+    Touch("root/a");
+    Remove("root/b");
+    Settle();
+
+    EXPECT_THAT(WatcherSaw(), ElementsAre("FileAdded root/c", "FileChanged root/a", "FileRemoved root/b"));
+    EXPECT_EQ(WatcherSaw(), CheckerSaw());
+    EXPECT_EQ(Files(), CheckerFiles());
+}
+
+TEST_F(WatchersSideBySideTest, BothTellARenamedFileByItsTwoNames)
+{
+    Write({"root/a", "root/c"});
+    StartBoth();
+
+    folder.Rename(QStringLiteral("root/a"), QStringLiteral("root/b"));
+    Settle();
+
+    EXPECT_THAT(WatcherSaw(), ElementsAre("FileAdded root/b", "FileRemoved root/a"));
+    EXPECT_EQ(WatcherSaw(), CheckerSaw());
+    EXPECT_THAT(Files(), ElementsAre("root/b", "root/c"));
+}
+
+TEST_F(WatchersSideBySideTest, BothSeeAFileThatIsReplacedByAnOlderOne)
+{
+    Write({"root/a"});
+    StartBoth();
+    Write({"new"});
+    SetTime("new", QDateTime::fromMSecsSinceEpoch(1000000000000));
+
+    folder.Rename(QStringLiteral("new"), QStringLiteral("root/a"));
+    Settle();
+
+    EXPECT_THAT(WatcherSaw(), ElementsAre("FileChanged root/a"));
+    EXPECT_EQ(WatcherSaw(), CheckerSaw());
+}
+
+TEST_F(WatchersSideBySideTest, OnlyTheCheckerSeesWhatHappensToAFileAfterItWasReplaced)
+{
+    Write({"root/a", "root/b", "root/c", "new"});
+    Touch("new");
+    StartBoth();
+    folder.Rename(QStringLiteral("new"), QStringLiteral("root/a"));
+    Settle();
+    Clear();
+
+    SetTime("root/a", QDateTime::fromMSecsSinceEpoch(1000000000000));
+    Settle();
+    EXPECT_THAT(WatcherSaw(), IsEmpty());
+    EXPECT_THAT(CheckerSaw(), ElementsAre("FileChanged root/a"));
+    Clear();
+
+    Remove("root/a");
+    Settle();
+    EXPECT_THAT(WatcherSaw(), IsEmpty());
+    EXPECT_THAT(CheckerSaw(), ElementsAre("FileRemoved root/a"));
+    EXPECT_THAT(Files(), ElementsAre("root/a", "root/b", "root/c"));
+    EXPECT_THAT(CheckerFiles(), ElementsAre("root/b", "root/c"));
+}
+
+TEST_F(WatchersSideBySideTest, BothSeeAFileThatIsDeletedAndMadeAgain)
+{
+    Write({"root/a", "root/b"});
+    SetTime("root/a", QDateTime::fromMSecsSinceEpoch(1000000000000));
+    StartBoth();
+
+    Remove("root/a");
+    Write({"root/a"});
+    Settle();
+
+    EXPECT_THAT(WatcherSaw(), ElementsAre("FileChanged root/a"));
+    EXPECT_EQ(WatcherSaw(), CheckerSaw());
+}
+
+TEST_F(WatchersSideBySideTest, OnlyTheCheckerSeesWhatHappensToFilesThatFilledAnEmptyFolder)
+{
+    folder.MakeFolder(QStringLiteral("root"));
+    StartBoth();
+
+    Write({"root/a"});
+    Settle();
+    EXPECT_THAT(WatcherSaw(), ElementsAre("FileAdded root/a"));
+    EXPECT_EQ(WatcherSaw(), CheckerSaw());
+    Clear();
+
+    Touch("root/a");
+    Settle();
+    EXPECT_THAT(WatcherSaw(), IsEmpty());
+    EXPECT_THAT(CheckerSaw(), ElementsAre("FileChanged root/a"));
+    Clear();
+
+    Remove("root/a");
+    Settle();
+    EXPECT_THAT(WatcherSaw(), IsEmpty());
+    EXPECT_THAT(CheckerSaw(), ElementsAre("FileRemoved root/a"));
+    EXPECT_THAT(Files(), ElementsAre("root/a"));
+    EXPECT_THAT(CheckerFiles(), IsEmpty());
+}
+
+TEST_F(WatchersSideBySideTest, BothSeeTheFilesGoWhenTheRootIsDeletedAndOnlyTheCheckerThoseOfTheNext)
+{
+    Write({"root/a", "root/b"});
+    StartBoth();
+
+    folder.RemoveFolder(QStringLiteral("root"));
+    Settle();
+    EXPECT_THAT(WatcherSaw(), ElementsAre("FileRemoved root/a", "FileRemoved root/b"));
+    EXPECT_EQ(WatcherSaw(), CheckerSaw());
+    EXPECT_THAT(RegisteredFolders(), IsEmpty());
+    Clear();
+
+    Write({"root/a", "root/c"});
+    Settle();
+    EXPECT_THAT(WatcherSaw(), IsEmpty());
+    EXPECT_THAT(CheckerSaw(), ElementsAre("FileAdded root/a", "FileAdded root/c"));
+}
+
+TEST_F(WatchersSideBySideTest, AWatcherSeesARootThatWasMadeAgainWhenItIsStartedAgain)
+{
+    Write({"root/a"});
+    StartBoth();
+    folder.RemoveFolder(QStringLiteral("root"));
+    Write({"root/b"});
+    Settle();
+    watcher->StopWatching();
+    Clear();
+
+    watcher->StartWatching(Path("root"), {}, {}, 0);
+    Write({"root/c"});
+    Settle();
+
+    EXPECT_THAT(WatcherSaw(), ElementsAre("FileAdded root/c", "WatchingStarted"));
+    EXPECT_EQ(Files(), CheckerFiles());
+}
+
+TEST_F(WatchersSideBySideTest, ARenamedRootIsEmptyForTheCheckerAndLostForTheWatcher)
+{
+    Write({"root/a", "root/b"});
+    StartBoth();
+
+    folder.Rename(QStringLiteral("root"), QStringLiteral("elsewhere"));
+    Settle();
+    EXPECT_THAT(WatcherSaw(), IsEmpty());
+    EXPECT_THAT(CheckerSaw(), ElementsAre("FileRemoved root/a", "FileRemoved root/b"));
+    EXPECT_THAT(Files(), ElementsAre("root/a", "root/b"));
+    EXPECT_THAT(CheckerFiles(), IsEmpty());
+    Clear();
+
+    Write({"root/a", "root/c"});
+    Settle();
+    EXPECT_THAT(WatcherSaw(), IsEmpty());
+    EXPECT_THAT(CheckerSaw(), ElementsAre("FileAdded root/a", "FileAdded root/c"));
+}
+
+TEST_F(WatchersSideBySideTest, TheWatcherStillHearsOfTheFilesOfARenamedRootAndFindsThemGone)
+{
+    Write({"root/a", "root/b"});
+    StartBoth();
+
+    folder.Rename(QStringLiteral("root"), QStringLiteral("elsewhere"));
+    Touch("elsewhere/a");
+    HandleAllNotices();
+
+    EXPECT_THAT(WatcherSaw(), ElementsAre("FileRemoved root/a"));
+    EXPECT_THAT(Files(), ElementsAre("root/b"));
+}
+
+TEST_F(WatchersSideBySideTest, OnlyTheCheckerSeesARootThatIsMadeAfterTheStart)
+{
+    StartBoth();
+
+    Write({"root/a"});
+    Settle();
+
+    EXPECT_THAT(WatcherSaw(), IsEmpty());
+    EXPECT_THAT(Files(), IsEmpty());
+    EXPECT_THAT(CheckerSaw(), ElementsAre("FileAdded root/a"));
+}
+
+TEST_F(WatchersSideBySideTest, OnlyTheCheckerSeesANewFileInASubfolderAtOnce)
+{
+    Write({"root/a", "root/sub/b"});
+    StartBoth(1);
+
+    Write({"root/sub/c"});
+    Settle();
+    EXPECT_THAT(WatcherSaw(), IsEmpty());
+    EXPECT_THAT(CheckerSaw(), ElementsAre("FileAdded root/sub/c"));
+
+    Write({"root/d"});
+    Settle();
+    EXPECT_THAT(WatcherSaw(), ElementsAre("FileAdded root/d", "FileAdded root/sub/c"));
+    EXPECT_EQ(Files(), CheckerFiles());
+}
+
+TEST_F(WatchersSideBySideTest, BothSeeANewSubfolderWithItsFiles)
+{
+    Write({"root/a", "sub/b", "sub/c"});
+    StartBoth(1);
+
+    folder.Rename(QStringLiteral("sub"), QStringLiteral("root/sub"));
+    Settle();
+
+    EXPECT_THAT(WatcherSaw(), ElementsAre("FileAdded root/sub/b", "FileAdded root/sub/c"));
+    EXPECT_EQ(WatcherSaw(), CheckerSaw());
+}
+
+TEST_F(WatchersSideBySideTest, ADeletedSubfolderTakesItsFilesWithItForBoth)
+{
+    Write({"root/a", "root/sub/b", "root/sub/c"});
+    StartBoth(1);
+
+    folder.RemoveFolder(QStringLiteral("root/sub"));
+    Settle();
+
+    EXPECT_THAT(WatcherSaw(), ElementsAre("FileRemoved root/sub/b", "FileRemoved root/sub/c"));
+    EXPECT_EQ(WatcherSaw(), CheckerSaw());
+    EXPECT_THAT(Files(), ElementsAre("root/a"));
+}
+
+TEST_F(WatchersSideBySideTest, FilesOfOneNameInDifferentFoldersAreFilesOfTheirOwnForBoth)
+{
+    Write({"root/a", "root/1/a", "root/2/a"});
+    StartBoth(1);
+
+    Touch("root/1/a");
+    Settle();
+    EXPECT_THAT(WatcherSaw(), ElementsAre("FileChanged root/1/a"));
+    EXPECT_EQ(WatcherSaw(), CheckerSaw());
+    Clear();
+
+    Remove("root/2/a");
+    Settle();
+    EXPECT_THAT(WatcherSaw(), ElementsAre("FileRemoved root/2/a"));
+    EXPECT_EQ(WatcherSaw(), CheckerSaw());
+    EXPECT_THAT(Files(), UnorderedElementsAre("root/a", "root/1/a"));
+    EXPECT_THAT(CheckerFiles(), UnorderedElementsAre("root/a", "root/1/a"));
+    Clear();
+
+    Write({"root/2/a", "root/b"});
+    Settle();
+    EXPECT_THAT(WatcherSaw(), ElementsAre("FileAdded root/2/a", "FileAdded root/b"));
+    EXPECT_EQ(WatcherSaw(), CheckerSaw());
+}
+
+TEST_F(WatchersSideBySideTest, AllFilesOfOneNameMayGoAtOnce)
+{
+    Write({"root/a", "root/1/a", "root/2/a", "root/b"});
+    StartBoth(1);
+
+    Remove("root/a");
+    Remove("root/1/a");
+    Remove("root/2/a");
+    Settle();
+
+    EXPECT_THAT(WatcherSaw(),
+                ElementsAre("FileRemoved root/1/a", "FileRemoved root/2/a", "FileRemoved root/a"));
+    EXPECT_EQ(WatcherSaw(), CheckerSaw());
+    EXPECT_THAT(Files(), ElementsAre("root/b"));
+    EXPECT_THAT(CheckerFiles(), ElementsAre("root/b"));
+}
+
+TEST_F(WatchersSideBySideTest, AChangeThroughAnyHardLinkIsAChangeOfAllOfThemForTheChecker)
+{
+    Write({"root/a", "root/c"});
+    folder.HardLink(QStringLiteral("root/a"), QStringLiteral("root/b"));
+    StartBoth();
+
+    Touch("root/a");
+    Settle();
+
+    EXPECT_THAT(CheckerSaw(), ElementsAre("FileChanged root/a", "FileChanged root/b"));
+    EXPECT_THAT(WatcherSaw(), AnyOf(ElementsAre("FileChanged root/a"), ElementsAre("FileChanged root/b")))
+        << "the notice has one name";
+}
+
+TEST_F(WatchersSideBySideTest, AHardLinkThatGoesWhileTheOtherStaysIsSeenByTheCheckerAlways)
+{
+    Write({"root/a", "root/c"});
+    folder.HardLink(QStringLiteral("root/a"), QStringLiteral("root/b"));
+    StartBoth();
+
+    Remove("root/b");
+    Settle();
+
+    EXPECT_THAT(CheckerSaw(), ElementsAre("FileRemoved root/b"));
+    EXPECT_THAT(WatcherSaw(), AnyOf(IsEmpty(), ElementsAre("FileRemoved root/b")))
+        << "the notice may have the other name, whose file is as it was";
+}
+
+TEST_F(WatchersSideBySideTest, ALinkToAFileChangesWithItForTheChecker)
+{
+    Write({"target", "root/c"});
+    folder.Link(QStringLiteral("../target"), QStringLiteral("root/link"));
+    StartBoth();
+
+    Touch("target");
+    Settle();
+    EXPECT_THAT(WatcherSaw(), ElementsAre("FileChanged root/link"));
+    EXPECT_EQ(WatcherSaw(), CheckerSaw());
+    Clear();
+
+    Remove("target");
+    Settle();
+    EXPECT_THAT(WatcherSaw(), ElementsAre("FileRemoved root/link"));
+    EXPECT_EQ(WatcherSaw(), CheckerSaw());
+}
+
+TEST_F(WatchersSideBySideTest, TwoLinksToOneFileChangeForTheChecker)
+{
+    Write({"target", "root/c"});
+    folder.Link(QStringLiteral("../target"), QStringLiteral("root/link1"));
+    folder.Link(QStringLiteral("../target"), QStringLiteral("root/link2"));
+    StartBoth();
+
+    Touch("target");
+    Settle();
+
+    EXPECT_THAT(CheckerSaw(), ElementsAre("FileChanged root/link1", "FileChanged root/link2"));
+    EXPECT_THAT(WatcherSaw(),
+                AnyOf(ElementsAre("FileChanged root/link1"), ElementsAre("FileChanged root/link2")))
+        << "the notice has one name";
+}
+
+TEST_F(WatchersSideBySideTest, ALinkThatGoesWhileItsTargetStaysIsSeenByTheCheckerOnly)
+{
+    Write({"target", "root/c"});
+    folder.Link(QStringLiteral("../target"), QStringLiteral("root/link"));
+    StartBoth();
+
+    Remove("root/link");
+    Settle();
+
+    EXPECT_THAT(CheckerSaw(), ElementsAre("FileRemoved root/link"));
+    EXPECT_THAT(WatcherSaw(), IsEmpty());
+    EXPECT_THAT(Files(), ElementsAre("root/c", "root/link"));
+}
+
+TEST_F(WatchersSideBySideTest, BothSeeAChangeThroughALinkedRoot)
+{
+    Write({"real/a"});
+    folder.Link(QStringLiteral("real"), QStringLiteral("root"));
+    StartBoth();
+
+    Touch("real/a");
+    Write({"real/b"});
+    Settle();
+
+    EXPECT_THAT(WatcherSaw(), ElementsAre("FileAdded root/b", "FileChanged root/a"));
+    EXPECT_EQ(WatcherSaw(), CheckerSaw());
+}
+
+TEST_F(WatchersSideBySideTest, BothFindAClockThatWasSetBackAChange)
+{
+    Write({"root/a"});
+    StartBoth();
+
+    SetTime("root/a", QDateTime::fromMSecsSinceEpoch(0));
+    Settle();
+
+    EXPECT_THAT(WatcherSaw(), ElementsAre("FileChanged root/a"));
+    EXPECT_EQ(WatcherSaw(), CheckerSaw());
+}
+
+TEST_F(WatchersSideBySideTest, NeitherSeesContentThatChangesUnderTheSameTime)
+{
+    const QDateTime time = QDateTime::fromMSecsSinceEpoch(1000000000000);
+    Write({"root/a"});
+    SetTime("root/a", time);
+    StartBoth();
+
+    folder.Write(QStringLiteral("root/a"), "longer than before");
+    SetTime("root/a", time);
+    Settle();
+
+    EXPECT_THAT(WatcherSaw(), IsEmpty());
+    EXPECT_THAT(CheckerSaw(), IsEmpty());
+}
+
+TEST_F(WatchersSideBySideTest, BothTakeAFolderInThePlaceOfAFileForTheFile)
+{
+    Write({"root/a", "root/b"});
+    SetTime("root/a", QDateTime::fromMSecsSinceEpoch(1000000000000));
+    StartBoth();
+
+    Remove("root/a");
+    folder.MakeFolder(QStringLiteral("root/a"));
+    Settle();
+
+    EXPECT_THAT(WatcherSaw(), ElementsAre("FileChanged root/a"));
+    EXPECT_EQ(WatcherSaw(), CheckerSaw());
+}
+
+} // namespace
