@@ -2,12 +2,14 @@
 
 #include "Tests/Support/TempFolder.h"
 
+#include <boost/filesystem/directory.hpp>
 #include <boost/filesystem/exception.hpp>
 
 #include <gmock/gmock.h>
 
 #include <cerrno>
 #include <limits>
+#include <utility>
 
 #include <dirent.h>
 #include <dlfcn.h>
@@ -17,11 +19,15 @@ namespace {
 /// How many more entries can be read before the disk fails.
 int readableEntries = std::numeric_limits<int>::max();
 
+/// How many reads there were in all.
+int reads = 0;
+
 } // namespace
 
 /// Takes the system's place for the whole program.
 extern "C" dirent64* readdir64(DIR* folder)
 {
+    ++reads;
     if (readableEntries == 0) {
         errno = EIO;
         return nullptr;
@@ -75,6 +81,20 @@ TEST_F(NextIndexReadErrorTest, GivesTheNumberAgainOnceTheFolderCanBeRead)
     readableEntries = std::numeric_limits<int>::max();
 
     EXPECT_EQ(Next(), "4");
+}
+
+TEST_F(NextIndexReadErrorTest, ReadsTheFolderOnce)
+{
+    reads = 0;
+    for (boost::filesystem::directory_iterator entry(folder.Path().toStdString()), end; entry != end;
+         ++entry) {
+    }
+    const int readsOfAWalk = std::exchange(reads, 0);
+
+    Next();
+
+    EXPECT_GT(readsOfAWalk, 3);
+    EXPECT_EQ(reads, readsOfAWalk);
 }
 
 } // namespace

@@ -17,6 +17,9 @@
 #include <type_traits>
 #include <vector>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 namespace {
 
 using testing::ElementsAre;
@@ -63,7 +66,17 @@ struct Stage
 
 Stage* stage = nullptr;
 
+/// How often the system was asked to make a folder.
+int folderMakings = 0;
+
 } // namespace
+
+/// Takes the system's place for the whole program.
+extern "C" int mkdir(const char* path, mode_t mode)
+{
+    ++folderMakings;
+    return ::mkdirat(AT_FDCWD, path, mode);
+}
 
 namespace Zendra::Util {
 
@@ -386,6 +399,20 @@ TEST_F(FolderMakingTest, IsNoPartOfTheCheckAlone)
     EXPECT_TRUE(CheckPathAndAnnoyUserIfInvalid(folder.Path(QStringLiteral("one")), nullptr));
 
     EXPECT_EQ(folder.Entries(), QStringList());
+}
+
+TEST_F(FolderMakingTest, IsNotTriedWhenTheFolderIsThere)
+{
+    folderMakings = 0;
+    PrepareFolder(folder.Path(QStringLiteral("one")), nullptr);
+    if (folderMakings == 0)
+        GTEST_SKIP() << "the system's function cannot be replaced here";
+
+    folderMakings = 0;
+    PrepareFolder(folder.Path(QStringLiteral("one")), nullptr);
+    PrepareFolder(QString(), nullptr);
+
+    EXPECT_EQ(folderMakings, 0);
 }
 
 TEST_F(FolderMakingTest, MakesNothingForAnEmptyPath)
