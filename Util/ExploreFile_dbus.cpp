@@ -4,7 +4,6 @@
 #include <QDBusMessage>
 #include <QDeadlineTimer>
 #include <QStringList>
-#include <QUuid>
 
 namespace Zendra::Util {
 namespace {
@@ -40,7 +39,8 @@ public:
     }
 
 private:
-    const QString name = QUuid::createUuid().toString();
+    /// Of use to nobody else; a second line at the same time, from another thread, is not provided for.
+    const QString name = QStringLiteral("Zendra::Util::ExploreFile");
     const QDBusConnection bus;
 };
 
