@@ -1,0 +1,49 @@
+#pragma once
+
+#include <QFileInfo>
+#include <QList>
+#include <QString>
+
+#include <cstddef>
+#include <filesystem>
+#include <string>
+#include <unordered_map>
+
+/// What the library is measured against, each as somebody would write it without the library.
+namespace Benchmarks {
+
+/// The file system's own cost: readdir alone. @return the number of files
+std::size_t ListRaw(const std::string& path);
+/// The file system's own cost: readdir, and fstatat for each file.
+std::size_t ListAndStatRaw(const std::string& path);
+
+/// The polling loop that a user would write with the standard library.
+class PollingLoop
+{
+public:
+    /// Call it once.
+    void Start(const std::filesystem::path& root);
+    /// @return the number of differences
+    std::size_t Check(const std::filesystem::path& root);
+
+private:
+    std::unordered_map<std::string, std::filesystem::file_time_type> known;
+};
+
+/// The checker's rules written down with QDir, std::sort and QFileInfo, and no thought of speed.
+class Transcription
+{
+public:
+    void Start(const QString& root);
+    /// Both halves of a pass. @return the number of differences
+    std::size_t Check(const QString& root);
+    /// The half that looks for new files.
+    std::size_t LookForNewFiles(const QString& root);
+
+private:
+    int IndexOf(const QFileInfo& info) const;
+
+    QList<QFileInfo> files;
+};
+
+} // namespace Benchmarks

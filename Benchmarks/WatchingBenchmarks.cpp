@@ -1,0 +1,121 @@
+#include "Benchmarks/Support/Baselines.h"
+#include "Benchmarks/Support/FolderTree.h"
+#include "Benchmarks/Support/Work.h"
+#include "Lib/Util/FS/DirectoryWatcher.h"
+
+#include <QDirIterator>
+#include <QFile>
+#include <QFileSystemWatcher>
+
+#include <limits>
+#include <memory>
+
+namespace Benchmarks {
+namespace {
+
+constexpr unsigned int anyDepth = std::numeric_limits<unsigned int>::max();
+
+/// A watcher that was started on an empty folder knows the files that came later without having registered
+/// each, which would take Qt minutes for so many.
+struct WatchedTree
+{
+    int folders;
+    std::unique_ptr<QTemporaryDir> root;
+    Zendra::LW::DirectoryWatcher watcher;
+
+    void Prepare()
+    {
+        if (root)
+            return;
+        root = std::make_unique<QTemporaryDir>();
+        watcher.StartWatching(root->path(), {}, {}, anyDepth);
+        FolderTree::Fill(root->path(), folders, 1000);
+        watcher.OnDirectoryChanged(root->path());
+        watcher.OnDirectoryChanged(root->path());
+    }
+    std::string NativePath() const { return QFile::encodeName(root->path()).toStdString(); }
+};
+
+void AddFolderNotice()
+{
+    const Work work{"DirectoryWatcher, folder notice, nothing changed, 100,000 files in 100 folders",
+                    Doer::polling, 0.5};
+    const auto tree = std::make_shared<WatchedTree>();
+    tree->folders = IsBrief() ? 1 : 100;
+
+    AddDoer(work, Doer::raw, [tree](benchmark::State& state) {
+        tree->Prepare();
+        for (auto _ : state)
+            benchmark::DoNotOptimize(ListRaw(tree->NativePath()));
+    });
+    AddDoer(work, Doer::polling, [tree](benchmark::State& state) {
+        tree->Prepare();
+        PollingLoop polling;
+        polling.Start(tree->NativePath());
+        for (auto _ : state)
+            benchmark::DoNotOptimize(polling.Check(tree->NativePath()));
+    });
+    AddDoer(work, Doer::transcription, [tree](benchmark::State& state) {
+        tree->Prepare();
+        Transcription transcription;
+        transcription.Start(tree->root->path());
+        for (auto _ : state)
+            benchmark::DoNotOptimize(transcription.LookForNewFiles(tree->root->path()));
+    });
+    AddDoer(work, Doer::library, [tree](benchmark::State& state) {
+        tree->Prepare();
+        for (auto _ : state)
+            tree->watcher.OnDirectoryChanged(tree->root->path());
+    });
+}
+
+QStringList FilesBelow(const QString& path)
+{
+    QStringList files;
+    QDirIterator entry(path, QDir::Files, QDirIterator::Subdirectories);
+    while (entry.hasNext())
+        files.append(entry.next());
+    return files;
+}
+
+/// Registers each file and does nothing else: Qt's own share of a start.
+void AddStart(int fileCount, double mostRatio)
+{
+    const Work work{"DirectoryWatcher::StartWatching, " + std::to_string(fileCount) + " files", Doer::bare,
+                    mostRatio};
+    const auto tree = std::make_shared<FolderTree>(1, IsBrief() ? 10 : fileCount);
+
+    AddDoer(
+        work, Doer::bare,
+        [tree](benchmark::State& state) {
+            const QStringList files = FilesBelow(tree->Path());
+            std::unique_ptr<QFileSystemWatcher> watcher; // its end is not timed
+            for (auto _ : state) {
+                watcher = std::make_unique<QFileSystemWatcher>(QStringList{tree->Path()});
+                for (const QString& file : files)
+                    watcher->addPath(file);
+            }
+        },
+        9);
+    AddDoer(
+        work, Doer::library,
+        [tree](benchmark::State& state) {
+            Zendra::LW::DirectoryWatcher watcher;
+            for (auto _ : state)
+                watcher.StartWatching(tree->Path(), {}, {}, anyDepth);
+        },
+        9);
+}
+
+} // namespace
+
+void AddWatchingBenchmarks()
+{
+    AddFolderNotice();
+    AddStart(1000, 1.3);
+    AddStart(2000, 0);
+    AddStart(5000, 0);
+    AddStart(10000, 0);
+}
+
+} // namespace Benchmarks
