@@ -22,18 +22,12 @@ bool IsTooLong(const fs::path& path)
     return error == boost::system::errc::filename_too_long;
 }
 
-bool IsFolder(const fs::path& path)
-{
-    boost::system::error_code ignored;
-    return fs::is_directory(path, ignored);
-}
-
-/// Looks afterwards instead of asking how it went: somebody else may have been quicker, and that is as good.
+/// Looks afterwards instead of asking how it went: the folder may have been there, or come meanwhile.
 bool MakeFolder(const fs::path& path)
 {
     boost::system::error_code ignored;
     fs::create_directory(path, ignored);
-    return IsFolder(path);
+    return fs::is_directory(path, ignored);
 }
 
 } // namespace
@@ -70,8 +64,7 @@ bool ioPath::create_directories(const ioPath& folder)
 
     for (size_t end = 0; end != std::string::npos;) {
         end = whole.find('/', end + 1);
-        const fs::path upToHere = whole.substr(0, end);
-        if (!IsFolder(upToHere) && !MakeFolder(upToHere))
+        if (!MakeFolder(whole.substr(0, end)))
             return false;
     }
     return true;

@@ -184,6 +184,7 @@ TEST_F(RemoveFileTest, RefusesInsideAFolderThatMayNotBeEntered)
         EXPECT_NO_THROW(EXPECT_FALSE(RemoveFile(file)));
     }
 
+    SetMode("closed", 0755);
     EXPECT_TRUE(std::filesystem::exists(file));
 }
 

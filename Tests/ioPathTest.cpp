@@ -180,6 +180,8 @@ TEST_F(ioPathTest, DiffersInOrderNameByName)
     for (const auto& [smaller, greater] :
          std::multimap<std::string, std::string>{{"", "a"},
                                                  {"a", "b"},
+                                                 {"a/../b", "b"},
+                                                 {"a/./b", "a/b"},
                                                  {"a", "a/"},
                                                  {"./a", "a"},
                                                  {"B", "a"},
@@ -322,6 +324,15 @@ TEST_F(ioPathTest, MakesAFolderWithEveryMissingOneAbove)
     EXPECT_TRUE(IsRealFolder("one/two/three"));
 }
 
+TEST_F(ioPathTest, MakesFoldersOfTheShortestNames)
+{
+    const CurrentFolder current(Path());
+
+    EXPECT_TRUE(ioPath::create_directories("a/b/c"));
+
+    EXPECT_THAT(Tree(), UnorderedElementsAre("a", "a/b", "a/b/c"));
+}
+
 TEST_F(ioPathTest, IsContentWithAFolderThatIsThere)
 {
     MakeFolder("one");
@@ -462,8 +473,8 @@ TEST_F(ioPathTest, MakesNothingOfAPathWithANullCharacter)
 
 TEST_F(ioPathTest, MakesNoFolderWhereTheUserMayNotWrite)
 {
-    MakeFolder("guarded", 0555);
     MakeFolder("guarded/there");
+    MakeFolder("guarded", 0555);
     {
         const Tests::Unprivileged user;
 
@@ -491,6 +502,7 @@ TEST_F(ioPathTest, TellsOfNoFolderThatItCannotSee)
         EXPECT_TRUE(ioPath::create_directories(Path("closed")));
     }
 
+    SetMode("closed", 0755);
     EXPECT_THAT(Tree(), UnorderedElementsAre("closed", "closed/there"));
 }
 

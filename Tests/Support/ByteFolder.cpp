@@ -18,6 +18,16 @@ void Require(bool done, const char* step, const std::string& path)
         throw std::runtime_error(std::string("cannot ") + step + " " + path);
 }
 
+/// Only root can delete what is in a folder that a test has closed.
+void Open(const fs::path& folder)
+{
+    std::error_code ignored;
+    fs::permissions(folder, fs::perms::owner_all, ignored);
+    for (fs::directory_iterator entry(folder, ignored), end; entry != end; entry.increment(ignored))
+        if (entry->symlink_status(ignored).type() == fs::file_type::directory)
+            Open(entry->path());
+}
+
 } // namespace
 
 ByteFolder::ByteFolder()
@@ -30,6 +40,7 @@ ByteFolder::ByteFolder()
 
 ByteFolder::~ByteFolder()
 {
+    Open(root);
     std::error_code ignored;
     fs::remove_all(root, ignored);
 }
