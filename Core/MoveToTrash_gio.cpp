@@ -38,8 +38,8 @@ bool SameFile(const Status& left, const Status& right)
 /// The highest folder above the entry that lies on the same disk.
 fs::path TopOfDisk(const fs::path& entry, dev_t disk)
 {
-    fs::path top = entry.parent_path();
-    while (top.has_parent_path() && StatusOf(top.parent_path()).st_dev == disk)
+    fs::path top = entry;
+    while (StatusOf(top.parent_path()).st_dev == disk)
         top = top.parent_path();
     return top;
 }
@@ -71,12 +71,14 @@ fs::path FindWithoutNote(const fs::path& trash, const Status& status)
     return {};
 }
 
+/// Unless something else has come to the entry's place: then the trash keeps it, rather than one of both be
+/// lost.
 void TakeBack(const fs::path& trash, const fs::path& name, const fs::path& entry)
 {
-    const auto flags =
-        static_cast<GFileCopyFlags>(G_FILE_COPY_NOFOLLOW_SYMLINKS | G_FILE_COPY_NO_FALLBACK_FOR_MOVE);
     const File source = MakeFile(trash / "files" / name);
-    if (g_file_move(source.get(), MakeFile(entry).get(), flags, nullptr, nullptr, nullptr, nullptr))
+    const File target = MakeFile(entry);
+    if (g_file_move(source.get(), target.get(), G_FILE_COPY_NOFOLLOW_SYMLINKS, nullptr, nullptr, nullptr,
+                    nullptr))
         ::unlink(NoteOf(trash, name).c_str());
 }
 

@@ -15,9 +15,11 @@
 #include <iterator>
 #include <map>
 #include <stdexcept>
+#include <vector>
 
 #include <sched.h>
 #include <sys/mount.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 // What comes into the trash is looked at, and taken out again, by programs that were not written here.
@@ -29,6 +31,7 @@ namespace {
 
 const QString asStranger = QStringLiteral("--as-stranger");
 const QString unableToWrite = QStringLiteral("--unable-to-write");
+const QString replaceAtOnce = QStringLiteral("--replace-at-once");
 
 struct Outcome
 {
@@ -40,6 +43,14 @@ struct Outcome
 bool IsThere(const std::string& path)
 {
     return std::filesystem::exists(std::filesystem::symlink_status(path));
+}
+
+ino_t NumberOf(const std::string& path)
+{
+    struct stat status = {};
+    if (::lstat(path.c_str(), &status) != 0)
+        throw std::runtime_error("nothing at " + path);
+    return status.st_ino;
 }
 
 QString FindProgram(const char* name)
@@ -452,11 +463,11 @@ TEST_P(MoveToTrashObstacleTest, LeavesTheFileWhereTheUserMayNotWriteToTheTrash)
 {
     for (const char* name : {"home/data", "home/data/Trash", "home/data/Trash/info", "home/data/Trash/files"})
         MakeFolder(name, 0777);
-    MakeFolder("home/"s + GetParam(), 0555);
     if (GetParam() == "data"s)
         std::filesystem::remove_all(Path("home/data/Trash"));
     if (GetParam() == "data/Trash"s)
         std::filesystem::remove(Path("home/data/Trash/info"));
+    MakeFolder("home/"s + GetParam(), 0555);
 
     ExpectRefused(Write("work/file"), {asStranger});
 }
@@ -515,6 +526,20 @@ TEST_F(MoveToTrashTest, LeavesAFileOnAFullDiskBesideOthersInTheTrash)
     EXPECT_EQ(TheOneInTheTrash(), first);
 }
 
+TEST_F(MoveToTrashTest, MindsNoStrangersFileThatCannotBeRestored)
+{
+    const std::string orphan = Write("home/data/Trash/files/orphan", "orphan");
+    MakeFolder("home/data/Trash/info");
+    const std::string file = Write("work/file");
+
+    EXPECT_TRUE(Trash(file));
+    EXPECT_FALSE(IsThere(file));
+    EXPECT_TRUE(IsThere(orphan));
+
+    Restore();
+    ExpectRefused(file, {unableToWrite});
+}
+
 TEST_F(MoveToTrashTest, LeavesAHardLinkOnAFullDiskWhoseTwinIsInTheTrash)
 {
     const std::string twin = Write("work/twin");
@@ -527,6 +552,18 @@ TEST_F(MoveToTrashTest, LeavesAHardLinkOnAFullDiskWhoseTwinIsInTheTrash)
     EXPECT_EQ(TheOneInTheTrash(), twin);
 }
 
+TEST_F(MoveToTrashTest, KeepsBothWhenAnotherFileCameWhereOneCannotBeRestoredTo)
+{
+    const std::string file = Write("work/file", "the first");
+
+    EXPECT_FALSE(Trash(file, {unableToWrite, replaceAtOnce}));
+
+    const auto files = Files();
+    EXPECT_EQ(files.at(file), "");
+    EXPECT_EQ(files.at(Path("home/data/Trash/files/file")), "the first");
+    EXPECT_EQ(files.count(Path("home/data/Trash/info/file.trashinfo")), 1U);
+}
+
 // Another disk
 
 class MoveToTrashOnOtherDiskTest : public MoveToTrashTest
@@ -536,18 +573,17 @@ protected:
     {
         MoveToTrashTest::SetUp();
         if (!IsSkipped())
-            Mount();
+            Mount("disk");
     }
 
     void TearDown() override
     {
-        if (!mounted)
-            return;
-        EXPECT_EQ(::umount(Path("disk").c_str()), 0);
+        for (const std::string& path : mounted)
+            EXPECT_EQ(::umount(path.c_str()), 0);
     }
 
     /// In a namespace of this process, so that nobody else ever sees the disk.
-    void Mount()
+    void Mount(const std::string& name)
     {
         if (::geteuid() != 0)
             GTEST_SKIP() << "only root may mount a disk";
@@ -557,21 +593,20 @@ protected:
         if (::unshare(CLONE_NEWNS) != 0 || ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)
             GTEST_SKIP() << "no mount namespace: " << std::strerror(errno);
 
-        MakeFolder("disk");
-        const QString image = QString::fromStdString(Write("image", ""));
+        const QString disk = QString::fromStdString(MakeFolder(name));
+        const QString image = QString::fromStdString(Write(name + ".image", ""));
         std::filesystem::resize_file(image.toStdString(), 2 << 20);
         const Outcome formatted =
             Run(mkfs, {QStringLiteral("-q"), QStringLiteral("-m0"), QStringLiteral("-O^has_journal"), image});
         ASSERT_EQ(formatted.exitCode, 0) << formatted.errors;
-        const Outcome outcome = Run(FindProgram("mount"),
-                                    {QStringLiteral("-oloop"), image, QString::fromStdString(Path("disk"))});
+        const Outcome outcome = Run(FindProgram("mount"), {QStringLiteral("-oloop"), image, disk});
         if (outcome.exitCode != 0)
             GTEST_SKIP() << "no disk to mount: " << outcome.errors;
-        mounted = true;
+        mounted.push_back(Path(name));
         std::filesystem::remove(image.toStdString());
     }
 
-    bool mounted = false;
+    std::vector<std::string> mounted;
 };
 
 TEST_F(MoveToTrashOnOtherDiskTest, TrashesOntoTheSameDisk)
@@ -628,6 +663,29 @@ TEST_F(MoveToTrashOnOtherDiskTest, LeavesWhatCouldNotBeRestored)
     MakeFolder("disk/.Trash", 01777);
     ExpectRefused(Path("disk/one/two/file"), {unableToWrite});
     EXPECT_TRUE(IsThere(Path("disk/.Trash/" + std::to_string(::getuid()))));
+}
+
+// Two disks number their files alike, and the trash of the one is looked at for a file of the other.
+TEST_F(MoveToTrashOnOtherDiskTest, TakesAFileOfAnotherDiskForNoneOfItsOwn)
+{
+    Mount("disk2");
+    if (IsSkipped())
+        return;
+    dataHome = QString::fromStdString(Path("disk2/data"));
+    Write("disk2/data/Trash/info/orphan.trashinfo", "");
+    const std::string orphan = Write("disk2/data/Trash/files/orphan", "orphan");
+    const std::string file = Write("disk/file");
+    for (int i = 0; NumberOf(file) != NumberOf(orphan); ++i) {
+        ASSERT_LT(i, 100);
+        const std::string& lower = NumberOf(file) < NumberOf(orphan) ? file : orphan;
+        std::filesystem::rename(lower, lower + std::to_string(i));
+        std::ofstream(lower) << "content";
+    }
+
+    EXPECT_TRUE(Trash(file));
+
+    EXPECT_FALSE(IsThere(file));
+    EXPECT_TRUE(IsThere(orphan));
 }
 
 TEST_F(MoveToTrashOnOtherDiskTest, LeavesAFileOnADiskThatIsFull)

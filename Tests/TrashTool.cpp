@@ -1,7 +1,7 @@
 // Calls MoveToTrash() in a process of its own, since a process looks at its environment for a trash only
 // once.
 //
-//     TrashTool [--as-stranger] [--unable-to-write] <path, percent-encoded>
+//     TrashTool [--as-stranger] [--unable-to-write] [--replace-at-once] <path, percent-encoded>
 //
 // Ends with 0 when the call returned true and with 1 when it returned false.
 
@@ -14,11 +14,17 @@
 #include <cstdlib>
 #include <memory>
 
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <gio/gio.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
 namespace {
 
 constexpr int cannotTell = 2;
+
+bool replaceAtOnce = false;
 
 /// From now on files can be made, moved and deleted, but nothing written to them, as on a full disk.
 bool LoseTheAbilityToWrite()
@@ -28,6 +34,17 @@ bool LoseTheAbilityToWrite()
 }
 
 } // namespace
+
+/// Stands before GIO's own: somebody makes an empty file where one has just gone to the trash.
+extern "C" __attribute__((visibility("default"))) gboolean
+g_file_trash(GFile* file, GCancellable* cancellable, GError** error)
+{
+    const auto original = reinterpret_cast<decltype(&g_file_trash)>(::dlsym(RTLD_NEXT, "g_file_trash"));
+    const gboolean done = original(file, cancellable, error);
+    if (replaceAtOnce)
+        ::close(::open(g_file_peek_path(file), O_WRONLY | O_CREAT | O_EXCL, 0600));
+    return done;
+}
 
 int main(int argc, char* argv[])
 {
@@ -39,6 +56,8 @@ int main(int argc, char* argv[])
         const QByteArray option = argv[i];
         if (option == "--as-stranger")
             stranger = std::make_unique<Tests::Unprivileged>();
+        else if (option == "--replace-at-once")
+            replaceAtOnce = true;
         else if (option != "--unable-to-write" || !LoseTheAbilityToWrite())
             return cannotTell;
     }
