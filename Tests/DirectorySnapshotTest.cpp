@@ -4,6 +4,7 @@
 #include "Tests/Support/CurrentFolder.h"
 #include "Tests/Support/TempFolder.h"
 #include "Tests/Support/Unprivileged.h"
+#include "Tests/Support/WildFolder.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -40,6 +41,7 @@ using Tests::ByteFolder;
 using Tests::CurrentFolder;
 using Tests::TempFolder;
 using Tests::Unprivileged;
+using Tests::WildFolder;
 using Zendra::LW::DirectorySnapshot;
 using Zendra::LW::WatchTicketIssuer;
 
@@ -336,6 +338,47 @@ INSTANTIATE_TEST_SUITE_P(Relative, DirectoryScanRootTest,
                          testing::Values("", ".", "./", "../root", "..//root/", "../link", "sub/..",
                                          "../link/../root/."));
 
+class AbsoluteRootTest : public DirectoryScanRootTest
+{
+};
+
+TEST_P(AbsoluteRootTest, MayBeWrittenInManyWays)
+{
+    folder.Write(QStringLiteral("root/a.txt"));
+    folder.Write(QStringLiteral("root/sub/b.txt"));
+    folder.Link(QStringLiteral("root"), QStringLiteral("link"));
+    const QString root = folder.Path() + QString::fromUtf8(GetParam());
+
+    const Texts found = PathsOf(DirectorySnapshot::GetFilesInDirRecursively(root, {}, 1));
+
+    EXPECT_THAT(found, ElementsAreArray(PathsOf(PlainScan(root, {}, 1))));
+    EXPECT_THAT(found, SizeIs(2));
+}
+
+INSTANTIATE_TEST_SUITE_P(Absolute, AbsoluteRootTest,
+                         testing::Values("/root", "/root/", "//root///", "/./root/.", "/root/../root",
+                                         "/link", "/link/"));
+
+TEST_F(DirectoryScanTest, MayBeginAtTheTopOfAll)
+{
+    const Texts found = PathsOf(DirectorySnapshot::GetFilesInDirRecursively(QStringLiteral("/"), {}, 0));
+
+    EXPECT_THAT(found, ElementsAreArray(PathsOf(PlainScan(QStringLiteral("/"), {}, 0))));
+}
+
+TEST_F(DirectoryScanTest, ListsWhatItCanOfAFolderThatItMayNotEnter)
+{
+    folder.Write(QStringLiteral("listed/a.txt"));
+    folder.Write(QStringLiteral("listed/sub/b.txt"));
+    folder.Link(QStringLiteral("a.txt"), QStringLiteral("listed/link.txt"));
+    folder.SetPermissions(QStringLiteral("listed"), 0744);
+    folder.SetPermissions(QStringLiteral("."), 0755);
+
+    const Unprivileged nobody;
+
+    EXPECT_THAT(Scan(3), ElementsAreArray(PathsOf(PlainScan(folder.Path(), {}, 3), folder.Path())));
+}
+
 struct FilterRow
 {
     const char* name;
@@ -510,88 +553,6 @@ TEST(DeepFolderTest, IsFoundAsFarAsPathsReach)
     EXPECT_THAT(found, ElementsAreArray(PathsOf(PlainScan(deep.Path(), {}, everyLevel))));
 }
 
-/// A folder full of all kinds of entries, the same for the same seed.
-class WildFolder
-{
-public:
-    WildFolder(unsigned int seed, bool withCycles) : random(seed), cycles(withCycles)
-    {
-        Fill(folder.Path(), 0);
-    }
-
-    QString Path() const { return folder.Path(); }
-
-private:
-    int Next(int count) { return static_cast<int>(random() % static_cast<unsigned int>(count)); }
-
-    QString NextName()
-    {
-        static const QStringList stems{
-            QStringLiteral("a"),       QStringLiteral("A"),      QStringLiteral("b"),
-            QStringLiteral("clip 1"),  QStringLiteral("Clip"),   QStringLiteral("\u00e4"),
-            QStringLiteral("10"),      QStringLiteral("9"),      QStringLiteral("\U0001F600"),
-            QStringLiteral("\uff5e"),  QStringLiteral("x\ny"),   QStringLiteral("a.b.c"),
-            QStringLiteral("[a-b]*?"), QStringLiteral(".hidden")};
-        static const QStringList endings{QString(), QStringLiteral(".mp4"), QStringLiteral(".MP4"),
-                                         QStringLiteral(".txt"), QStringLiteral(".")};
-        return stems.at(Next(stems.size())) + endings.at(Next(endings.size()));
-    }
-
-    void Fill(const QString& path, int level)
-    {
-        const QDir dir(path);
-        for (int count = Next(level == 0 ? 14 : 9); count > 0; --count) {
-            const QString entry = dir.filePath(NextName());
-            const std::string name = Native(entry);
-            struct ::stat status;
-            if (::lstat(name.c_str(), &status) == 0)
-                continue;
-            switch (Next(10)) {
-            case 0:
-            case 1:
-            case 2:
-                if (level < 4 && dir.mkdir(entry)) {
-                    Fill(entry, level + 1);
-                    folders.append(entry);
-                }
-                break;
-            case 3:
-                Link(QStringLiteral("missing"), entry);
-                break;
-            case 4:
-                Require(::mkfifo(name.c_str(), 0600) == 0, "make a fifo");
-                break;
-            case 5:
-                if (!files.isEmpty())
-                    Link(files.at(Next(files.size())), entry);
-                break;
-            case 6:
-                if (cycles && Next(2) == 0)
-                    Link(path, entry);
-                else if (!folders.isEmpty())
-                    Link(folders.at(Next(folders.size())), entry);
-                break;
-            default: {
-                QFile file(entry);
-                Require(file.open(QIODevice::WriteOnly), "open " + name);
-                files.append(entry);
-            }
-            }
-        }
-    }
-
-    static void Link(const QString& target, const QString& path)
-    {
-        Require(::symlink(Native(target).c_str(), Native(path).c_str()) == 0, "link " + Native(path));
-    }
-
-    std::mt19937 random;
-    const bool cycles;
-    TempFolder folder;
-    QStringList files;
-    QStringList folders;
-};
-
 class WildFolderTest : public testing::TestWithParam<unsigned int>
 {
 protected:
@@ -688,6 +649,57 @@ TEST_F(SortedScanTest, ComparesNothingButTheNames)
     EXPECT_THAT(SortedScan(1), ElementsAre("A.txt", "c/a.txt", "b/b.txt", "a/c.txt", "d.txt"));
 }
 
+class SortOrderTest : public SortedScanTest,
+                      public testing::WithParamInterface<std::pair<const char*, QStringList>>
+{
+};
+
+TEST_P(SortOrderTest, IsThatOfTheirNamesAsTexts)
+{
+    QStringList names = GetParam().second;
+    for (const QString& name : qAsConst(names))
+        folder.Write(name);
+    std::sort(names.begin(), names.end());
+
+    Texts expected;
+    for (const QString& name : qAsConst(names))
+        expected.push_back(name.toStdString());
+    EXPECT_THAT(SortedScan(0), ElementsAreArray(expected));
+}
+
+QStringList Numbered(const QString& pattern, int count)
+{
+    QStringList names;
+    for (int number = 0; number < count; ++number)
+        names.append(pattern.arg(number * 7919 % 100003));
+    return names;
+}
+
+QStringList Prefixes(const QString& text)
+{
+    QStringList names;
+    for (int length = 1; length <= text.size(); ++length)
+        names.append(text.left(length));
+    return names;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Names, SortOrderTest,
+    testing::Values(
+        std::pair("ThatBeginAlike", Numbered(QStringLiteral("Recording %1.mp4"), 300)),
+        std::pair("ThatEndAlike", Numbered(QStringLiteral("%1 - a recording.mp4"), 300)),
+        std::pair("ThatAreTheBeginningOfOneAnother", Prefixes(QStringLiteral("abcdefghijklmnop"))),
+        std::pair("ThatDifferLate", QStringList{QStringLiteral("abcdefgh"), QStringLiteral("abcdefgH"),
+                                                QStringLiteral("abcdefg"), QStringLiteral("b")}),
+        std::pair("ThatDifferInTheLastOfFourCharacters",
+                  QStringList{QStringLiteral("x123"), QStringLiteral("y124"), QStringLiteral("x124"),
+                              QStringLiteral("x12"), QStringLiteral("x1230")}),
+        std::pair("BeyondTheFirstByte",
+                  QStringList{QStringLiteral("\u0100a"), QStringLiteral("\u00ffb"), QStringLiteral("a\uff5e"),
+                              QStringLiteral("a\U0001F600"), QStringLiteral("ab")}),
+        std::pair("OfWhichThereIsOne", QStringList{QStringLiteral("a")})),
+    [](const auto& testInfo) { return testInfo.param.first; });
+
 TEST_F(SortedScanTest, KeepsFilesOfOneNameTogether)
 {
     for (const char* path : {"1/b.txt", "2/b.txt", "3/b.txt", "1/a.txt", "2/c.txt", "b.txt"})
@@ -723,9 +735,16 @@ protected:
 
     Texts Accepted(const DirectorySnapshot::Predicate& filter, const QStringList& nameFilters = {}) const
     {
-        return PathsOf(
-            DirectorySnapshot::GetAcceptedFiles(folder.Path(), nameFilters, filter, 1, issuer.Issue()),
-            folder.Path());
+        return PathsOf(GetAccepted(DirectorySnapshot::Metadata::ReadOnEntering, filter, nameFilters),
+                       folder.Path());
+    }
+
+    QList<QFileInfo> GetAccepted(DirectorySnapshot::Metadata metadata,
+                                 const DirectorySnapshot::Predicate& filter = {},
+                                 const QStringList& nameFilters = {}) const
+    {
+        return DirectorySnapshot::GetAcceptedFiles(folder.Path(), nameFilters, filter, 1, metadata,
+                                                   issuer.Issue());
     }
 
     WatchTicketIssuer issuer;
@@ -769,6 +788,21 @@ TEST_F(AcceptedFilesTest, AreAskedForNoLongerOnceTheWatchIsOver)
     });
 
     EXPECT_THAT(asked, ElementsAre("a.txt", "b.mov"));
+}
+
+TEST_F(AcceptedFilesTest, HaveTheTimesOfTheScanOnlyWhereThatIsWanted)
+{
+    const QDateTime earlier = QDateTime::fromMSecsSinceEpoch(1500000000123);
+    const QDateTime later = QDateTime::fromMSecsSinceEpoch(1600000000456);
+    folder.SetModificationTime(QStringLiteral("a.txt"), earlier);
+
+    const QList<QFileInfo> read = GetAccepted(DirectorySnapshot::Metadata::ReadWithTheScan);
+    const QList<QFileInfo> unread = GetAccepted(DirectorySnapshot::Metadata::ReadOnEntering);
+    folder.SetModificationTime(QStringLiteral("a.txt"), later);
+
+    EXPECT_EQ(read.constFirst().lastModified(), earlier);
+    EXPECT_EQ(unread.constFirst().lastModified(), later);
+    EXPECT_EQ(PathsOf(read), PathsOf(unread));
 }
 
 /// A snapshot of real files, which are equal to one another only if they are the same file.
@@ -976,6 +1010,116 @@ TEST_F(DirectorySnapshotTest, ForgetsAllButTheFoldersPath)
     EXPECT_EQ(kept.use_count(), 1);
     EXPECT_EQ(snapshot.depth, 0U);
     EXPECT_EQ(snapshot.dirPath, folder.Path());
+}
+
+/// Whether a file is as it was, by a look at its time only.
+class UnchangedFileTest : public DirectorySnapshotTest
+{
+protected:
+    const QDateTime time = QDateTime::fromMSecsSinceEpoch(1500000000123);
+
+    void HaveWithTime(std::initializer_list<const char*> paths)
+    {
+        for (const char* path : paths) {
+            folder.Write(QString::fromUtf8(path));
+            SetTime(path, time);
+            snapshot.Append(File(path));
+        }
+    }
+    void SetTime(const char* path, const QDateTime& newTime) const
+    {
+        folder.SetModificationTime(QString::fromUtf8(path), newTime);
+    }
+};
+
+TEST_F(UnchangedFileTest, HasTheTimeThatIsKnown)
+{
+    HaveWithTime({"a.txt", "b.txt"});
+
+    EXPECT_TRUE(snapshot.IsUnchanged(File("a.txt")));
+    EXPECT_TRUE(snapshot.IsUnchanged(File("b.txt")));
+}
+
+TEST_F(UnchangedFileTest, IsNoneOfAnotherTime)
+{
+    HaveWithTime({"a.txt", "b.txt", "c.txt"});
+    ASSERT_TRUE(snapshot.IsUnchanged(File("a.txt")));
+    SetTime("a.txt", time.addMSecs(1));
+    SetTime("b.txt", time.addMSecs(-1));
+    SetTime("c.txt", time.addYears(1));
+
+    EXPECT_FALSE(snapshot.IsUnchanged(File("a.txt")));
+    EXPECT_FALSE(snapshot.IsUnchanged(File("b.txt")));
+    EXPECT_FALSE(snapshot.IsUnchanged(File("c.txt")));
+}
+
+TEST_F(UnchangedFileTest, IsNoneThatIsGoneOrUnknown)
+{
+    HaveWithTime({"a.txt"});
+    NewFile("b.txt");
+    folder.Remove(QStringLiteral("a.txt"));
+
+    EXPECT_FALSE(snapshot.IsUnchanged(File("a.txt")));
+    EXPECT_FALSE(snapshot.IsUnchanged(File("b.txt")));
+}
+
+TEST_F(UnchangedFileTest, IsHeldAgainstTheEntryThatReplacedAnother)
+{
+    HaveWithTime({"a.txt"});
+    ASSERT_TRUE(snapshot.IsUnchanged(File("a.txt")));
+    SetTime("a.txt", time.addSecs(5));
+    snapshot.Replace(0, File("a.txt"));
+
+    EXPECT_TRUE(snapshot.IsUnchanged(File("a.txt")));
+    SetTime("a.txt", time);
+    EXPECT_FALSE(snapshot.IsUnchanged(File("a.txt")));
+}
+
+TEST_F(UnchangedFileTest, IsNoneThatAnotherHasReplaced)
+{
+    HaveWithTime({"b.txt", "c.txt"});
+    ASSERT_TRUE(snapshot.IsUnchanged(File("b.txt")));
+    snapshot.Replace(0, NewFile("a.txt"));
+
+    EXPECT_FALSE(snapshot.IsUnchanged(File("b.txt")));
+    EXPECT_TRUE(snapshot.IsUnchanged(File("a.txt")));
+    EXPECT_TRUE(snapshot.IsUnchanged(File("c.txt")));
+}
+
+TEST_F(UnchangedFileTest, IsNoneThatHasLeft)
+{
+    HaveWithTime({"a.txt", "b.txt"});
+    ASSERT_TRUE(snapshot.IsUnchanged(File("a.txt")));
+    snapshot.RemoveAt(0);
+
+    EXPECT_FALSE(snapshot.IsUnchanged(File("a.txt")));
+    EXPECT_TRUE(snapshot.IsUnchanged(File("b.txt")));
+    snapshot.Clear();
+    EXPECT_FALSE(snapshot.IsUnchanged(File("b.txt")));
+}
+
+TEST_F(UnchangedFileTest, IsHeldAgainstTheFirstOfTwoEntriesOfOnePath)
+{
+    HaveWithTime({"a.txt"});
+    SetTime("a.txt", time.addSecs(5));
+    snapshot.Append(File("a.txt"));
+
+    EXPECT_FALSE(snapshot.IsUnchanged(File("a.txt")));
+    SetTime("a.txt", time);
+    EXPECT_TRUE(snapshot.IsUnchanged(File("a.txt")));
+    snapshot.RemoveAt(0);
+    EXPECT_FALSE(snapshot.IsUnchanged(File("a.txt")));
+}
+
+TEST_F(UnchangedFileTest, IsALinkWhoseTargetIs)
+{
+    HaveWithTime({"a.txt"});
+    folder.Link(QStringLiteral("a.txt"), QStringLiteral("link.txt"));
+    snapshot.Append(File("link.txt"));
+
+    EXPECT_TRUE(snapshot.IsUnchanged(File("link.txt")));
+    SetTime("a.txt", time.addSecs(5));
+    EXPECT_FALSE(snapshot.IsUnchanged(File("link.txt")));
 }
 
 /// The size and the time that a file had when it entered: those of later do not show.
@@ -1188,6 +1332,69 @@ TEST_F(TakeNewFilesTest, TakesEveryFileIntoAnEmptySnapshotAlsoOneThatIsALinkToAn
 
     EXPECT_THAT(Paths(), UnorderedElementsAre("a.txt", "sub/a.txt"));
     EXPECT_THAT(taken, SizeIs(2));
+}
+
+TEST_F(TakeNewFilesTest, TakesAFileInAgainThatHasLeft)
+{
+    Write({"a.txt", "b.txt"});
+    Pass();
+    taken.clear();
+    snapshot.RemoveAt(0);
+
+    Pass();
+
+    EXPECT_THAT(taken, ElementsAre(Taken{0, "a.txt", false}));
+}
+
+TEST_F(TakeNewFilesTest, TakesAFileInThatAnotherHadReplaced)
+{
+    Write({"b.txt", "c.txt"});
+    Pass();
+    taken.clear();
+    snapshot.Replace(0, NewFile("a.txt"));
+
+    Pass();
+
+    EXPECT_THAT(taken, ElementsAre(Taken{1, "b.txt", false}));
+    EXPECT_THAT(Paths(), ElementsAre("a.txt", "b.txt", "c.txt"));
+}
+
+TEST_F(TakeNewFilesTest, TakesAllFilesInAgainAfterAClear)
+{
+    Write({"a.txt", "b.txt"});
+    Pass();
+    taken.clear();
+    snapshot.Clear();
+
+    Pass();
+
+    EXPECT_THAT(taken, ElementsAre(Taken{-1, "a.txt", true}, Taken{-1, "b.txt", true}));
+}
+
+TEST_F(TakeNewFilesTest, KnowsAFileOfWhichOneOfTwoEntriesHasLeft)
+{
+    Have({"a.txt", "b.txt"});
+    snapshot.Insert(0, File("a.txt"));
+    Pass();
+    snapshot.RemoveAt(0);
+
+    Pass();
+
+    EXPECT_THAT(taken, IsEmpty());
+}
+
+TEST_F(TakeNewFilesTest, TakesNoFileInTwiceThatItIsGivenByAnotherSpellingOfTheFolder)
+{
+    Write({"a.txt", "b.txt"});
+    Pass();
+    taken.clear();
+    const CurrentFolder here(folder.Path());
+
+    snapshot.TakeNewFiles(QString(), issuer.Issue(), [this](int, const QFileInfo& info, bool) {
+        taken.push_back({0, info.filePath().toStdString(), false});
+    });
+
+    EXPECT_THAT(taken, IsEmpty());
 }
 
 TEST_F(TakeNewFilesTest, AsksThePredicateAboutUnknownFilesOnly)

@@ -1,0 +1,213 @@
+#include "Lib/Util/FS/FolderListing.h"
+
+#include "Tests/Support/ByteFolder.h"
+#include "Tests/Support/CurrentFolder.h"
+#include "Tests/Support/TempFolder.h"
+#include "Tests/Support/WildFolder.h"
+
+#include <QFile>
+
+#include <gmock/gmock.h>
+
+#include <cerrno>
+#include <ostream>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#ifdef __linux__
+#    include <dirent.h>
+#    include <dlfcn.h>
+#endif
+
+namespace {
+
+/// What a test does to the folders that the library reads itself.
+struct ReadFolders
+{
+    /// As some file systems do.
+    bool hidesTypes = false;
+    /// Fails with EIO after so many entries; -1 for never.
+    int failsAfter = -1;
+};
+
+ReadFolders& Folders()
+{
+    static ReadFolders folders;
+    return folders;
+}
+
+} // namespace
+
+#ifdef __linux__
+// In the place of the system's. Qt's own listings go by another name and are not touched.
+extern "C" dirent* readdir(DIR* folder)
+{
+    static const auto systems = reinterpret_cast<dirent* (*)(DIR*)>(::dlsym(RTLD_NEXT, "readdir"));
+    if (Folders().failsAfter == 0) {
+        errno = EIO;
+        return nullptr;
+    }
+    if (Folders().failsAfter > 0)
+        --Folders().failsAfter;
+    dirent* const entry = systems(folder);
+    if (entry && Folders().hidesTypes)
+        entry->d_type = DT_UNKNOWN;
+    return entry;
+}
+#endif
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+using Tests::ByteFolder;
+using Tests::CurrentFolder;
+using Tests::TempFolder;
+using Tests::WildFolder;
+using Zendra::LW::FolderListing;
+using Zendra::LW::ListedFolders;
+using Zendra::LW::ListFolder;
+using Zendra::LW::ListFolderWithQt;
+
+std::vector<std::string> Texts(const QStringList& paths)
+{
+    std::vector<std::string> texts;
+    for (const QString& path : paths)
+        texts.push_back(path.toStdString());
+    return texts;
+}
+
+std::vector<std::string> FilesOf(const FolderListing& listing)
+{
+    QStringList paths;
+    for (const QFileInfo& info : listing.files)
+        paths.append(info.filePath());
+    return Texts(paths);
+}
+
+/// A listing by Qt is the one to be held to.
+void ExpectTheListingOfQt(const QString& path)
+{
+    for (const ListedFolders folders : {ListedFolders::None, ListedFolders::All}) {
+        const FolderListing expected = ListFolderWithQt(path, {}, folders);
+
+        const FolderListing listing = ListFolder(path, {}, folders);
+
+        EXPECT_EQ(FilesOf(listing), FilesOf(expected));
+        EXPECT_EQ(Texts(listing.subfolders), Texts(expected.subfolders));
+        EXPECT_EQ(listing.hasLinks, expected.hasLinks);
+    }
+}
+
+class FolderListingTest : public testing::Test
+{
+protected:
+    ~FolderListingTest() override { Folders() = {}; }
+};
+
+/// Whether the file system tells the type of an entry with its name.
+enum class Types
+{
+    Told,
+    NotTold
+};
+
+std::ostream& operator<<(std::ostream& stream, Types types)
+{
+    return stream << (types == Types::Told ? "TypesTold" : "TypesNotTold");
+}
+
+class WildListingTest : public FolderListingTest,
+                        public testing::WithParamInterface<std::tuple<unsigned int, Types>>
+{
+protected:
+    WildListingTest() { Folders().hidesTypes = std::get<Types>(GetParam()) == Types::NotTold; }
+};
+
+TEST_P(WildListingTest, IsThatOfQt)
+{
+    const WildFolder wild(std::get<unsigned int>(GetParam()), true);
+
+    ExpectTheListingOfQt(wild.Path());
+    for (const QString& folder : ListFolderWithQt(wild.Path(), {}, ListedFolders::All).subfolders)
+        ExpectTheListingOfQt(folder);
+}
+
+TEST_P(WildListingTest, OfNamesThatAreNotTextIsThatOfQt)
+{
+    const ByteFolder folder;
+    for (const char* name : {"a", "\xc3\xa4", "\xff\xfe.txt", "\xc3", "\xed\xa0\x80", "sub\xff/b", "sub/c"})
+        folder.Write(name);
+    folder.Link("a", "link\xff");
+
+    ExpectTheListingOfQt(QFile::decodeName(folder.Path().c_str()));
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, WildListingTest,
+                         testing::Combine(testing::Range(1U, 9U),
+                                          testing::Values(Types::Told, Types::NotTold)));
+
+TEST_F(FolderListingTest, OfAMissingFolderIsEmpty)
+{
+    const TempFolder folder;
+    folder.Write(QStringLiteral("file"));
+
+    for (const QString& path : {folder.Path(QStringLiteral("missing")), folder.Path(QStringLiteral("file"))})
+        EXPECT_THAT(ListFolder(path, {}, ListedFolders::All).files, IsEmpty());
+}
+
+TEST_F(FolderListingTest, HasTheFoldersOnlyWhereTheyAreWanted)
+{
+    const TempFolder folder;
+    folder.Write(QStringLiteral("sub/a"));
+    folder.Link(QStringLiteral("sub"), QStringLiteral("link"));
+
+    const FolderListing without = ListFolder(folder.Path(), {}, ListedFolders::None);
+    const FolderListing with = ListFolder(folder.Path(), {}, ListedFolders::All);
+
+    EXPECT_THAT(without.subfolders, IsEmpty());
+    EXPECT_FALSE(without.hasLinks) << "the link was not followed";
+    EXPECT_THAT(with.subfolders, SizeIs(2));
+    EXPECT_TRUE(with.hasLinks);
+}
+
+TEST_F(FolderListingTest, AppliesTheNameFiltersToTheFilesOnly)
+{
+    const TempFolder folder;
+    folder.Write(QStringLiteral("a.txt"));
+    folder.Write(QStringLiteral("b.mp4"));
+    folder.Write(QStringLiteral("sub/c"));
+
+    const FolderListing listing = ListFolder(folder.Path(), {QStringLiteral("*.txt")}, ListedFolders::All);
+
+    EXPECT_THAT(FilesOf(listing), ElementsAre(folder.Path(QStringLiteral("a.txt")).toStdString()));
+    EXPECT_THAT(Texts(listing.subfolders), ElementsAre(folder.Path(QStringLiteral("sub")).toStdString()));
+}
+
+TEST_F(FolderListingTest, TakesAnEmptyPathForTheCurrentFolder)
+{
+    const TempFolder folder;
+    folder.Write(QStringLiteral("a"));
+    const CurrentFolder here(folder.Path());
+
+    EXPECT_THAT(FilesOf(ListFolder(QString(), {}, ListedFolders::None)), ElementsAre("./a"));
+}
+
+#ifdef __linux__
+
+TEST_F(FolderListingTest, EndsWhereTheFolderCannotBeReadOn)
+{
+    const TempFolder folder;
+    for (int file = 0; file < 5; ++file)
+        folder.Write(QString::number(file));
+    Folders().failsAfter = 4; // the folder itself and the one above are among them
+
+    EXPECT_THAT(ListFolder(folder.Path(), {}, ListedFolders::All).files, testing::Not(IsEmpty()));
+    EXPECT_THAT(ListFolder(folder.Path(), {}, ListedFolders::All).files, IsEmpty());
+}
+
+#endif
+
+} // namespace
