@@ -17,7 +17,9 @@ namespace Zendra::Core {
 /// what lies on the disk of the home folder, and otherwise a folder at the top of the file's own disk. It
 /// is made when missing. The environment is looked at once in a process, at the first use; a data home
 /// that is no absolute path is refused. So is a file whose origin cannot be noted in the trash, since
-/// nobody could restore it: on a full disk, and with a name of more than 238 bytes.
+/// nobody could restore it: on a full disk, and with a name of more than 238 bytes. That turns out only
+/// when it is in the trash, so it is taken back; should another file have come to its place in that
+/// instant, it stays in the trash's folder "files", and the result is false as well.
 ///
 /// Blocks for as long as the file system takes. Keeps no state, so any thread may call it.
 ///
