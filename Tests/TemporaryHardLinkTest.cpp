@@ -10,12 +10,14 @@
 #include <gmock/gmock.h>
 
 #include <array>
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <type_traits>
 #include <utility>
 #include <vector>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace {
@@ -38,6 +40,21 @@ static_assert(std::is_same_v<decltype(&TemporaryHardLink::GetLinkedFilePath),
 static_assert(std::is_same_v<decltype(&TemporaryHardLink::GetExistFilePath),
                              std::string (TemporaryHardLink::*)() const>);
 
+/// Called when the system is about to make a link, with the link's path.
+std::function<void(const char*)> beforeLink;
+
+} // namespace
+
+/// Takes the system's place for the whole program.
+extern "C" int symlink(const char* target, const char* path) noexcept
+{
+    if (beforeLink)
+        beforeLink(path);
+    return ::symlinkat(target, AT_FDCWD, path);
+}
+
+namespace {
+
 /// More than any path can hold: a name in the temporary folder is reserved for it, the link then fails.
 const std::string unlinkable(5000, 'x');
 
@@ -55,6 +72,26 @@ std::string LinkText(const QString& link)
     return {text.data(), static_cast<std::size_t>(length)};
 }
 
+int warnings = 0;
+
+/// Counts Qt's messages while it lives: QFile warns when it is asked for an empty path.
+class WarningCounter
+{
+public:
+    WarningCounter()
+    {
+        warnings = 0;
+        before =
+            qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) { ++warnings; });
+    }
+    ~WarningCounter() { qInstallMessageHandler(before); }
+    WarningCounter(const WarningCounter&) = delete;
+    WarningCounter& operator=(const WarningCounter&) = delete;
+
+private:
+    QtMessageHandler before;
+};
+
 /// Gives the process a temporary folder of the test's own.
 class TemporaryHardLinkTest : public testing::Test
 {
@@ -63,6 +100,7 @@ protected:
 
     ~TemporaryHardLinkTest() override
     {
+        beforeLink = nullptr;
         if (wasSet)
             qputenv("TMPDIR", before);
         else
@@ -229,6 +267,64 @@ TEST_F(TemporaryHardLinkTest, RecordsNothingWhenTheTemporaryFolderIsUnusable)
     EXPECT_EQ(folder.Entries(),
               QStringList({QStringLiteral("file"), QStringLiteral("original"), QStringLiteral("temp")}));
     EXPECT_EQ(TemporaryFiles(), QStringList());
+}
+
+TEST_F(TemporaryHardLinkTest, DoesNotTryToLinkWithoutAName)
+{
+    MakeTemporaryFolderUnusable();
+    const WarningCounter counter;
+
+    const TemporaryHardLink link(WriteOriginal());
+
+    EXPECT_EQ(warnings, 0);
+}
+
+TEST_F(TemporaryHardLinkTest, FreesTheReservedNameBeforeItLinks)
+{
+    std::vector<bool> wasTaken;
+    beforeLink = [&](const char* path) { wasTaken.push_back(QFileInfo::exists(QFile::decodeName(path))); };
+
+    const TemporaryHardLink link(WriteOriginal());
+    if (wasTaken.empty())
+        GTEST_SKIP() << "the system's function cannot be replaced here";
+
+    EXPECT_THAT(wasTaken, testing::ElementsAre(false));
+}
+
+TEST_F(TemporaryHardLinkTest, RecordsAndLaterRemovesAFileThatTookTheNameFirst)
+{
+    bool linking = false;
+    beforeLink = [&](const char* path) {
+        linking = true;
+        WriteAt(path);
+    };
+
+    auto link = std::make_unique<TemporaryHardLink>(WriteOriginal());
+    if (!linking)
+        GTEST_SKIP() << "the system's function cannot be replaced here";
+
+    ASSERT_EQ(TemporaryFiles().size(), 1);
+    EXPECT_EQ(link->GetLinkedFilePath(), TemporaryFile().toStdString());
+    EXPECT_EQ(link->GetExistFilePath(), link->GetOriginalFilePath());
+    folder.Remove(QStringLiteral("original"));
+    EXPECT_EQ(link->GetExistFilePath(), link->GetLinkedFilePath());
+    link.reset();
+    EXPECT_EQ(TemporaryFiles(), QStringList());
+}
+
+TEST_F(TemporaryHardLinkTest, ResetRemovesTheRecordedPathBeforeItLinks)
+{
+    TemporaryHardLink link(unlinkable);
+    const std::string recorded = link.GetLinkedFilePath();
+    WriteAt(recorded);
+    std::vector<bool> wasThere;
+    beforeLink = [&](const char*) { wasThere.push_back(TemporaryHardLink::exists(recorded)); };
+
+    link.Reset(WriteOriginal());
+    if (wasThere.empty())
+        GTEST_SKIP() << "the system's function cannot be replaced here";
+
+    EXPECT_THAT(wasThere, testing::ElementsAre(false));
 }
 
 TEST_F(TemporaryHardLinkTest, FallsBackToTheRecordedPathIfThereIsAFile)
@@ -428,6 +524,8 @@ TEST_F(MovedTemporaryHardLinkTest, RemovesTheAssignedObjectsOwnRecordedPath)
     EXPECT_FALSE(TemporaryHardLink::exists(replaced));
     EXPECT_TRUE(TemporaryHardLink::exists(recorded));
     EXPECT_EQ(target.GetLinkedFilePath(), recorded);
+    EXPECT_EQ(source.GetOriginalFilePath(), "");
+    EXPECT_EQ(source.GetLinkedFilePath(), "");
 }
 
 TEST_F(MovedTemporaryHardLinkTest, LosesNothingWhenItIsAssignedToItself)
@@ -529,18 +627,12 @@ TEST_F(TemporaryHardLinkTest, UnlinkFilePathIgnoresWhatCannotBeRemoved)
     EXPECT_TRUE(TemporaryHardLink::exists(sub));
 }
 
-int warnings = 0;
-
 TEST_F(TemporaryHardLinkTest, UnlinkFilePathAsksNothingOfTheSystemForAnEmptyPath)
 {
-    // Qt warns about the removal of an empty path.
-    warnings = 0;
-    const QtMessageHandler handler =
-        qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) { ++warnings; });
+    const WarningCounter counter;
 
     TemporaryHardLink::UnlinkFilePath("");
     TemporaryHardLink::UnlinkFilePath(byteOrderMark);
-    qInstallMessageHandler(handler);
 
     EXPECT_EQ(warnings, 0);
 }
