@@ -1,14 +1,16 @@
 # How this project is compiled. Linked PRIVATE, so that none of it reaches a user's build.
 
-include(GNUInstallDirs)
-
 # The number of the binary interface, not of the release: it grows when a program that was
 # linked against the older libraries would no longer run.
 set(LWUTILFS_ABI_VERSION 1)
 
 add_library(LWBuildOptions INTERFACE)
 target_compile_features(LWBuildOptions INTERFACE cxx_std_17)
-target_compile_options(LWBuildOptions INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
+target_compile_options(LWBuildOptions INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion
+    # A log line names its source file: by its path in the project, not by where it was built.
+    "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/="
+    "-fmacro-prefix-map=${PROJECT_BINARY_DIR}/include/=")
 target_compile_definitions(LWBuildOptions INTERFACE QT_NO_KEYWORDS QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII)
 
 set(LWUTILFS_SANITIZERS "" CACHE STRING "Sanitizers to build with, as -fsanitize takes them: address,undefined or thread")
@@ -18,6 +20,19 @@ if(LWUTILFS_SANITIZERS)
     target_link_options(LWBuildOptions INTERFACE -fsanitize=${LWUTILFS_SANITIZERS})
 endif()
 
+# Where the libraries' own includes start. With companions from outside, a root that shows nothing but the
+# library's own headers: otherwise the bundled companions' would be found here, before the others.
+set(LWUTILFS_INCLUDE_ROOT "${PROJECT_SOURCE_DIR}")
+if(NOT LWUTILFS_BUNDLED_COMPANIONS)
+    set(LWUTILFS_INCLUDE_ROOT "${PROJECT_BINARY_DIR}/include")
+    file(MAKE_DIRECTORY "${LWUTILFS_INCLUDE_ROOT}/Lib/Util")
+    file(CREATE_LINK "${PROJECT_SOURCE_DIR}/Lib/Util/FS" "${LWUTILFS_INCLUDE_ROOT}/Lib/Util/FS" SYMBOLIC)
+endif()
+
+# Hidden visibility does not reach the templates and inline functions of other people's headers, so on ELF
+# the linker sorts them out. On macOS they are left: the loader merges them by name.
+set(LWUTILFS_SYMBOLS_SCRIPT "${CMAKE_CURRENT_LIST_DIR}/ExportedSymbols.map")
+
 # lw_add_library(<target> EXPORT_NAME <name> HEADERS ... SOURCES ...
 #                [PUBLIC_LIBRARIES ...] [PRIVATE_LIBRARIES ...])
 #
@@ -26,9 +41,14 @@ endif()
 function(lw_add_library target)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "EXPORT_NAME" "HEADERS;SOURCES;PUBLIC_LIBRARIES;PRIVATE_LIBRARIES")
 
+    # Sources and headers by one and the same root, or moc takes a header for two.
+    file(RELATIVE_PATH folder "${PROJECT_SOURCE_DIR}" "${CMAKE_CURRENT_SOURCE_DIR}")
+    list(TRANSFORM arg_HEADERS PREPEND "${LWUTILFS_INCLUDE_ROOT}/${folder}/" REGEX "^[^/]")
+    list(TRANSFORM arg_SOURCES PREPEND "${LWUTILFS_INCLUDE_ROOT}/${folder}/" REGEX "^[^/]")
+
     add_library(${target} SHARED ${arg_SOURCES})
     add_library(Zendra::${arg_EXPORT_NAME} ALIAS ${target})
-    target_sources(${target} PUBLIC FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}" FILES ${arg_HEADERS})
+    target_sources(${target} PUBLIC FILE_SET HEADERS BASE_DIRS "${LWUTILFS_INCLUDE_ROOT}" FILES ${arg_HEADERS})
     target_compile_features(${target} PUBLIC cxx_std_17)
     target_link_libraries(${target} PUBLIC ${arg_PUBLIC_LIBRARIES} PRIVATE ${arg_PRIVATE_LIBRARIES}
         $<BUILD_INTERFACE:LWBuildOptions>)
@@ -38,6 +58,11 @@ function(lw_add_library target)
         CXX_VISIBILITY_PRESET hidden
         VISIBILITY_INLINES_HIDDEN ON
         EXPORT_NAME ${arg_EXPORT_NAME}
-        VERSION ${LWUTILFS_ABI_VERSION}.0.0
+        VERSION ${PROJECT_VERSION}
         SOVERSION ${LWUTILFS_ABI_VERSION})
+    if(NOT APPLE)
+        target_link_options(${target} PRIVATE "LINKER:--version-script=${LWUTILFS_SYMBOLS_SCRIPT}")
+        set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${LWUTILFS_SYMBOLS_SCRIPT}")
+    endif()
+    lw_install_library(${target})
 endfunction()

@@ -1,10 +1,21 @@
-# What the libraries link; scripts/setup installs it.
+# What the libraries link; scripts/setup installs it. The installed package finds the first three again.
 
-find_package(Qt5 5.15 REQUIRED COMPONENTS Widgets DBus)
+find_package(Qt5 5.15 REQUIRED COMPONENTS Widgets)
 find_package(Boost 1.74 REQUIRED COMPONENTS filesystem)
 find_package(glog REQUIRED)
 
-if(NOT APPLE)
-    find_package(PkgConfig REQUIRED)
-    pkg_check_modules(GIO REQUIRED IMPORTED_TARGET gio-2.0)
+if(LWUTILFS_BUNDLED_COMPANIONS)
+    if(NOT APPLE)
+        find_package(Qt5 5.15 REQUIRED COMPONENTS DBus)
+        find_package(PkgConfig REQUIRED)
+        pkg_check_modules(GIO REQUIRED IMPORTED_TARGET gio-2.0)
+    endif()
+else()
+    foreach(companion IN ITEMS Zendra::Core Zendra::Util Zendra::Registry)
+        if(NOT TARGET ${companion})
+            message(FATAL_ERROR "LWUTILFS_BUNDLED_COMPANIONS is OFF, so ${companion} has to be there already: "
+                "add or find the application's own companion libraries before this project, "
+                "or name a file that does in CMAKE_PROJECT_LWUtilFS_INCLUDE.")
+        endif()
+    endforeach()
 endif()

@@ -1,0 +1,35 @@
+# The libraries as their users get them: installed and moved, found, bundled, with other companions; and
+# the one version of it all. Sanitized libraries cannot be loaded by programs that are not.
+
+find_program(BASH_PROGRAM bash)
+if(LWUTILFS_SANITIZERS OR NOT BASH_PROGRAM)
+    return()
+endif()
+
+if(CMAKE_BUILD_TYPE STREQUAL "Release")
+    set(strip no)
+else()
+    set(strip yes)
+endif()
+
+# lw_add_package_test(<name> <step of Consumer/check.sh> [<property> <value>...])
+function(lw_add_package_test name step)
+    add_test(NAME Package.${name} COMMAND ${BASH_PROGRAM} "${CMAKE_CURRENT_SOURCE_DIR}/Consumer/check.sh" ${step})
+    set_tests_properties(Package.${name} PROPERTIES
+        LABELS package
+        TIMEOUT 900
+        ENVIRONMENT "SOURCE=${PROJECT_SOURCE_DIR};BINARIES=${PROJECT_BINARY_DIR};SCRATCH=${PROJECT_BINARY_DIR}/Tests/Package;GENERATOR=${CMAKE_GENERATOR};CXX=${CMAKE_CXX_COMPILER};VERSION=${PROJECT_VERSION};ABI=${LWUTILFS_ABI_VERSION};STRIP=${strip}"
+        ${ARGN})
+endfunction()
+
+if(LWUTILFS_BUNDLED_COMPANIONS)
+    lw_add_package_test(InstallsWhatItShouldAndCanBeMoved install FIXTURES_SETUP Installed)
+    lw_add_package_test(IsFoundByCMake find_package FIXTURES_REQUIRED Installed)
+    lw_add_package_test(IsFoundByPkgConfig pkg_config FIXTURES_REQUIRED Installed)
+    # These compile the libraries once more.
+    if(LWUTILFS_TEST_PACKAGE)
+        lw_add_package_test(IsBundledByAnotherProject bundled FIXTURES_REQUIRED Installed)
+        lw_add_package_test(StandsOnOtherCompanions companions FIXTURES_REQUIRED Installed)
+    endif()
+endif()
+lw_add_package_test(HasOneVersion version)

@@ -1,0 +1,78 @@
+# What `cmake --install` puts where: libraries, headers, and the files by which others find them.
+
+include(CMakePackageConfigHelpers)
+include(GNUInstallDirs)
+
+# The root of all includes; the headers are below it with the paths they have in the project.
+set(LWUTILFS_INSTALL_INCLUDEDIR "${CMAKE_INSTALL_INCLUDEDIR}/LWUtilFS")
+set(LWUTILFS_INSTALL_CMAKEDIR "${CMAKE_INSTALL_LIBDIR}/cmake/LWUtilFS")
+
+# lw_install_library(<target>)
+#
+# Installs a library of the project with its headers and its name outside, Zendra::<EXPORT_NAME>.
+function(lw_install_library target)
+    # The libraries stand beside one another and find one another there, wherever that is.
+    if(APPLE)
+        set_target_properties(${target} PROPERTIES INSTALL_RPATH "@loader_path")
+    else()
+        set_target_properties(${target} PROPERTIES INSTALL_RPATH "$ORIGIN")
+    endif()
+    if(NOT LWUTILFS_INSTALL)
+        return()
+    endif()
+    install(TARGETS ${target}
+        EXPORT LWUtilFSTargets
+        LIBRARY
+            DESTINATION "${CMAKE_INSTALL_LIBDIR}"
+            COMPONENT Runtime
+            NAMELINK_COMPONENT Development
+        FILE_SET HEADERS
+            DESTINATION "${LWUTILFS_INSTALL_INCLUDEDIR}"
+            COMPONENT Development
+        INCLUDES DESTINATION "${LWUTILFS_INSTALL_INCLUDEDIR}")
+endfunction()
+
+# Writes and installs LWUtilFS.pc, which says to pkg-config what the targets say to CMake.
+function(lw_install_pkgconfig_file)
+    set(folder "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+    file(RELATIVE_PATH prefix "/${folder}" "/")
+    string(REGEX REPLACE "/$" "" LWUTILFS_PC_PREFIX "${prefix}")
+
+    set(LWUTILFS_PC_LIBS "-lLWUtilFS")
+    if(LWUTILFS_BUNDLED_COMPANIONS)
+        string(APPEND LWUTILFS_PC_LIBS " -lZendraUtil -lZendraCore -lLWRegistry")
+    endif()
+    # Boost comes without a file for pkg-config.
+    string(APPEND LWUTILFS_PC_LIBS " -lboost_filesystem")
+    # Qt refuses code that is not position-independent, and says so to CMake only.
+    set(LWUTILFS_PC_CFLAGS "")
+    if(NOT APPLE)
+        set(LWUTILFS_PC_CFLAGS " -fPIC")
+    endif()
+
+    configure_file(cmake/LWUtilFS.pc.in LWUtilFS.pc @ONLY)
+    install(FILES "${PROJECT_BINARY_DIR}/LWUtilFS.pc" DESTINATION "${folder}" COMPONENT Development)
+endfunction()
+
+# Writes and installs what find_package(LWUtilFS) reads.
+function(lw_install_cmake_package)
+    configure_package_config_file(cmake/LWUtilFSConfig.cmake.in LWUtilFSConfig.cmake
+        INSTALL_DESTINATION "${LWUTILFS_INSTALL_CMAKEDIR}"
+        NO_SET_AND_CHECK_MACRO)
+    write_basic_package_version_file("${PROJECT_BINARY_DIR}/LWUtilFSConfigVersion.cmake" COMPATIBILITY SameMajorVersion)
+    install(FILES
+            "${PROJECT_BINARY_DIR}/LWUtilFSConfig.cmake"
+            "${PROJECT_BINARY_DIR}/LWUtilFSConfigVersion.cmake"
+        DESTINATION "${LWUTILFS_INSTALL_CMAKEDIR}"
+        COMPONENT Development)
+    install(EXPORT LWUtilFSTargets
+        NAMESPACE Zendra::
+        DESTINATION "${LWUTILFS_INSTALL_CMAKEDIR}"
+        COMPONENT Development)
+endfunction()
+
+if(LWUTILFS_INSTALL)
+    lw_install_pkgconfig_file()
+    lw_install_cmake_package()
+    install(FILES CHANGELOG.md DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT Development)
+endif()
