@@ -1020,6 +1020,22 @@ INSTANTIATE_TEST_SUITE_P(Forms, DirectoryCheckerPathTest,
 
 // The empty path and the idle checker
 
+TEST_F(DirectoryCheckerTest, GoesOnSeeingTheFilesOfARelativeRootWhenTheCurrentFolderIsAnother)
+{
+    const QDateTime time = QDateTime::fromMSecsSinceEpoch(1500000000000);
+    for (const char* path : {"here/x", "elsewhere/x"}) {
+        folder.Write(Text(path));
+        folder.SetModificationTime(Text(path), time);
+    }
+    const CurrentFolder here(folder.Path(Text("here")));
+    ASSERT_TRUE(checker.StartWatching(Text("."), {}, {}, 0));
+    checker.CheckFolder();
+    const CurrentFolder elsewhere(folder.Path(Text("elsewhere")));
+    folder.Touch(Text("here/x"));
+
+    EXPECT_THAT(Check(), ElementsAre("FileChanged here/x"));
+}
+
 TEST_F(DirectoryCheckerTest, TakesAnEmptyPathForTheCurrentFolderAndStaysIdle)
 {
     folder.Write(Text("b.txt"));

@@ -6,8 +6,6 @@
 
 #include <glog/logging.h>
 
-#include <iterator>
-
 namespace Zendra::LW {
 
 struct DirectoryChecker::Impl
@@ -26,21 +24,12 @@ struct DirectoryChecker::Impl
         return true;
     }
 
-    /// Whether OnFileChanged() would find nothing to report for a known file; saves it the lookup and the
-    /// conversions of times. False says nothing.
-    bool IsCertainlyUnchanged(const QList<QFileInfo>& known, QList<QFileInfo>::const_iterator info)
+    /// Whether OnFileChanged() is certain to have nothing to report of a known file; saves it the lookup and
+    /// the conversions of times. False says nothing.
+    bool IsCertainlyUnchanged(const QFileInfo& info) const
     {
-        // Where links lead to one file by two paths of one name, the lookup may find the other path.
-        if (snapshot.HasLinks() && SharesItsName(known, info))
-            return false;
-        return info->filePath() == info->absoluteFilePath() && snapshot.IsUnchanged(*info);
-    }
-
-    static bool SharesItsName(const QList<QFileInfo>& known, QList<QFileInfo>::const_iterator info)
-    {
-        const QString name = info->fileName();
-        return (info != known.begin() && std::prev(info)->fileName() == name)
-               || (std::next(info) != known.end() && std::next(info)->fileName() == name);
+        // What a relative path means depends on the current folder, which may be another one by now.
+        return info.filePath() == info.absoluteFilePath() && snapshot.IsUnchanged(info);
     }
 };
 
@@ -112,11 +101,11 @@ void DirectoryChecker::CheckFolder()
     const QList<QFileInfo> known = impl->snapshot.fileInfos;
     // Intended: no test whether it is watching; an idle checker looks into the current folder.
     OnDirectoryChanged(QString(impl->snapshot.dirPath));
-    for (auto info = known.begin(); info != known.end(); ++info) {
+    for (const QFileInfo& info : known) {
         if (watch.IsOver() || pass.IsOver())
             return;
-        if (!impl->IsCertainlyUnchanged(known, info))
-            OnFileChanged(info->absoluteFilePath());
+        if (!impl->IsCertainlyUnchanged(info))
+            OnFileChanged(info.absoluteFilePath());
     }
 }
 

@@ -19,20 +19,14 @@ void ReadMetadata(const QFileInfo& info)
     info.size();
 }
 
-struct Scan
-{
-    QList<QFileInfo> files;
-    bool followedLinks = false;
-};
-
-void ScanFolder(const QString& dirPath, const QStringList& nameFilters, unsigned int depth, Scan& scan)
+void AppendFiles(QList<QFileInfo>& files, const QString& dirPath, const QStringList& nameFilters,
+                 unsigned int depth)
 {
     const FolderListing listing =
         ListFolder(dirPath, nameFilters, depth == 0 ? ListedFolders::None : ListedFolders::All);
-    scan.files.append(listing.files);
-    scan.followedLinks = scan.followedLinks || listing.hasLinks;
+    files.append(listing.files);
     for (const QString& subfolder : listing.subfolders)
-        ScanFolder(subfolder, nameFilters, depth - 1, scan);
+        AppendFiles(files, subfolder, nameFilters, depth - 1);
 }
 
 /// A file as the sort sees it.
@@ -105,9 +99,9 @@ QList<QFileInfo> DirectorySnapshot::GetFilesInDirRecursively(const QString& dirP
                                                              const QStringList& nameFilters,
                                                              unsigned int depth)
 {
-    Scan scan;
-    ScanFolder(dirPath, nameFilters, depth, scan);
-    return scan.files;
+    QList<QFileInfo> files;
+    AppendFiles(files, dirPath, nameFilters, depth);
+    return files;
 }
 
 QList<QFileInfo> DirectorySnapshot::GetSortedFilesInDirRecursively(const QString& dirPath,
@@ -192,24 +186,24 @@ void DirectorySnapshot::Clear()
     filter = nullptr;
     depth = 0;
     index.clear();
-    hasLinks = false;
     ++revision;
 }
 
-void DirectorySnapshot::UpdateIndex()
+void DirectorySnapshot::CompleteIndex()
 {
     if (index.size() == fileInfos.size())
         return;
     index.clear();
     index.reserve(fileInfos.size());
-    // Backwards: of two entries of one path the first counts.
-    for (auto info = fileInfos.crbegin(); info != fileInfos.crend(); ++info)
-        index.insert(info->filePath(), {*info, unread});
+    for (const QFileInfo& info : qAsConst(fileInfos))
+        index.insert(info.filePath(), {info, unread});
 }
 
-bool DirectorySnapshot::IsUnchanged(const QFileInfo& info)
+bool DirectorySnapshot::IsUnchanged(const QFileInfo& info) const
 {
-    UpdateIndex();
+    // Of two entries of one path, the rules for known files take the first, and the index does not.
+    if (index.size() != fileInfos.size())
+        return false;
     const auto known = index.find(info.filePath());
     if (known == index.end())
         return false;
@@ -220,7 +214,7 @@ bool DirectorySnapshot::IsUnchanged(const QFileInfo& info)
 
 QList<QFileInfo> DirectorySnapshot::GetUnknownFiles(const QList<QFileInfo>& scanned)
 {
-    UpdateIndex();
+    CompleteIndex();
     QList<QFileInfo> unknown;
     std::copy_if(scanned.begin(), scanned.end(), std::back_inserter(unknown),
                  [this](const QFileInfo& info) { return !index.contains(info.filePath()); });
@@ -229,17 +223,15 @@ QList<QFileInfo> DirectorySnapshot::GetUnknownFiles(const QList<QFileInfo>& scan
 
 void DirectorySnapshot::TakeNewFiles(const QString& path, const WatchTicket& watch, const TakeIn& takeIn)
 {
-    Scan scan;
-    ScanFolder(path, nameFilters, depth, scan);
-    hasLinks = hasLinks || scan.followedLinks;
+    const QList<QFileInfo> scanned = GetFilesInDirRecursively(path, nameFilters, depth);
     // A copy: the predicate may stop the watch and thereby drop itself.
     const Predicate accepts = filter;
     const bool snapshotWasEmpty = fileInfos.isEmpty();
     if (snapshotWasEmpty)
-        Reserve(scan.files.size());
+        Reserve(scanned.size());
 
     bool appending = snapshotWasEmpty;
-    for (const QFileInfo& info : SortByName(GetUnknownFiles(scan.files))) {
+    for (const QFileInfo& info : SortByName(GetUnknownFiles(scanned))) {
         // Intended: an empty snapshot takes in every file, also one that equals another by way of a link.
         int place = appending ? -1 : GetInfoIndex(info);
         if (IsKnown(place, info))

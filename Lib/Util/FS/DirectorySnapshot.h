@@ -70,9 +70,7 @@ public:
 
     /// Whether a file of the snapshot is certain to have the modification time that is known of it, by one
     /// system call; false says nothing.
-    bool IsUnchanged(const QFileInfo& info);
-    /// Whether a scan has followed a link: only then can two paths name the same file.
-    bool HasLinks() const { return hasLinks; }
+    bool IsUnchanged(const QFileInfo& info) const;
 
     QList<QFileInfo> fileInfos; ///< changed by the operations above only
     QStringList nameFilters;
@@ -84,7 +82,8 @@ private:
     struct KnownFile
     {
         QFileInfo info;
-        qint64 modificationTime; ///< of info, in milliseconds since 1970; `unread` until it was asked for
+        mutable qint64
+            modificationTime; ///< of info, in milliseconds since 1970; `unread` until it was asked for
     };
     static constexpr qint64 unread = std::numeric_limits<qint64>::min();
 
@@ -94,12 +93,11 @@ private:
     }
     /// The scanned files that have to be looked at, sorted: all but those whose very path is known.
     QList<QFileInfo> GetUnknownFiles(const QList<QFileInfo>& scanned);
-    void UpdateIndex();
+    void CompleteIndex();
 
-    /// The files by QFileInfo::filePath(), as the rules for known files need no more than the path in most
-    /// cases. Up to date when it is as long as the list; two entries of one path keep it shorter.
+    /// The files by QFileInfo::filePath(): for most known files the path is all that the rules need. Complete
+    /// when it is as long as the list; two entries of one path keep it shorter.
     QHash<QString, KnownFile> index;
-    bool hasLinks = false;
     /// Grows with every change of the files: tells a pass that a slot or a predicate has changed them
     /// meanwhile.
     unsigned int revision = 0;

@@ -12,7 +12,6 @@ struct FolderListing
 {
     QList<QFileInfo> files; ///< neither their sizes nor their times are read yet
     QStringList subfolders; ///< absolute paths
-    bool hasLinks = false;  ///< whether a link is among them
 };
 
 enum class ListedFolders

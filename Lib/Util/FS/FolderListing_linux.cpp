@@ -47,11 +47,6 @@ Kind KindOf(const dirent& entry, const QFileInfo& info)
     }
 }
 
-bool IsLink(const dirent& entry, const QFileInfo& info)
-{
-    return entry.d_type == DT_LNK || (entry.d_type == DT_UNKNOWN && info.isSymLink());
-}
-
 /// Such a name is the same in every encoding.
 bool IsAscii(const QString& name)
 {
@@ -87,9 +82,6 @@ FolderListing ListFolder(const QString& dirPath, const QStringList& nameFilters,
             listing.files.append(info);
         else if (kind == Kind::Folder && folders == ListedFolders::All)
             listing.subfolders.append(info.absoluteFilePath());
-        else
-            continue;
-        listing.hasLinks = listing.hasLinks || IsLink(*entry, info);
     }
     return listing;
 }

@@ -18,7 +18,6 @@ FolderListing ListFolderWithQt(const QString& dirPath, const QStringList& nameFi
     while (entry.hasNext()) {
         entry.next();
         const QFileInfo info = entry.fileInfo();
-        listing.hasLinks = listing.hasLinks || info.isSymLink();
         if (info.isDir())
             listing.subfolders.append(info.absoluteFilePath());
         else

@@ -1,0 +1,56 @@
+#include "Lib/Util/FS/FileTime.h"
+
+#include "Tests/Support/TempFolder.h"
+
+#include <QDateTime>
+#include <QFile>
+#include <QFileInfo>
+
+#include <gtest/gtest.h>
+
+#include <optional>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+namespace Zendra::LW {
+namespace {
+
+TEST(FileTimeTest, IsThatOfQFileInfoToTheMillisecond)
+{
+    const Tests::TempFolder folder;
+    const QString path = folder.Write(QStringLiteral("a"));
+    const timespec times[] = {{0, 0},           {0, 1000000},      {1500000000, 123000000},
+                              {-1, 999000000},  {-86401, 1000000}, {4102444800, 999999999},
+                              {1500000000, 999}};
+    for (const timespec& time : times) {
+        const timespec both[] = {time, time};
+        ASSERT_EQ(::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), both, 0), 0);
+
+        EXPECT_EQ(ReadModificationTime(path), qint64(time.tv_sec) * 1000 + time.tv_nsec / 1000000);
+        EXPECT_EQ(ReadModificationTime(path), QFileInfo(path).lastModified().toMSecsSinceEpoch());
+    }
+}
+
+TEST(FileTimeTest, IsThatOfALinksTarget)
+{
+    const Tests::TempFolder folder;
+    folder.Write(QStringLiteral("a"));
+    folder.SetModificationTime(QStringLiteral("a"), QDateTime::fromMSecsSinceEpoch(1500000000123));
+    const QString link = folder.Link(QStringLiteral("a"), QStringLiteral("link"));
+
+    EXPECT_EQ(ReadModificationTime(link), 1500000000123);
+}
+
+TEST(FileTimeTest, IsNoneWhereThereIsNoFile)
+{
+    const Tests::TempFolder folder;
+
+    EXPECT_EQ(ReadModificationTime(folder.Path(QStringLiteral("missing"))), std::nullopt);
+    EXPECT_EQ(ReadModificationTime(folder.Link(QStringLiteral("missing"), QStringLiteral("link"))),
+              std::nullopt);
+    EXPECT_EQ(ReadModificationTime(QString()), std::nullopt);
+}
+
+} // namespace
+} // namespace Zendra::LW
