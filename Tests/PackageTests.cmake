@@ -1,5 +1,5 @@
-# The libraries as their users get them: installed and moved, found, bundled, with other companions; and
-# the one version of it all. Sanitized libraries cannot be loaded by programs that are not.
+# The libraries as their users get them: installed and moved, found, bundled, with other companions; what they
+# export, and the one version of it all. Sanitized libraries cannot be loaded by programs that are not.
 
 find_program(BASH_PROGRAM bash)
 if(LWUTILFS_SANITIZERS OR NOT BASH_PROGRAM)
@@ -33,3 +33,14 @@ if(LWUTILFS_BUNDLED_COMPANIONS)
     endif()
 endif()
 lw_add_package_test(HasOneVersion version)
+
+# Symbols are mangled, so the lists hold for one compiler's names and one processor's types.
+if(LWUTILFS_BUNDLED_COMPANIONS AND CMAKE_SYSTEM_NAME STREQUAL "Linux" AND CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")
+    set(whatToCompare FUNCTIONS_ONLY)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_BUILD_TYPE MATCHES "^(Release|RelWithDebInfo)$")
+        set(whatToCompare "")
+    endif()
+    add_test(NAME Abi.ExportsTheSymbolsThatAreWrittenDown
+        COMMAND "${PROJECT_SOURCE_DIR}/scripts/abi" symbols "${PROJECT_BINARY_DIR}" ${whatToCompare})
+    set_tests_properties(Abi.ExportsTheSymbolsThatAreWrittenDown PROPERTIES LABELS abi TIMEOUT 120)
+endif()
