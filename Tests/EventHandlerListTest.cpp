@@ -635,18 +635,18 @@ TEST_F(EventHandlerListTest, APassThatRunsOutOfMemoryAnywhereLeavesTheListAsItWa
     int failures = 0;
 
     for (; !complete; ++failures) {
-        std::array<char, 256> tooLargeToBeKeptWithoutMemory{};
         int calls = 0;
+        auto countWithText = [needsMemoryForEachCopy = std::string(256, 'x'), &calls](Observer*) { ++calls; };
         const Tests::MemoryRunsOut afterSome(failures);
         try {
-            list.PerformForEachEventHandler([tooLargeToBeKeptWithoutMemory, &calls](Observer*) { ++calls; });
+            list.PerformForEachEventHandler(std::move(countWithText));
             complete = true;
         } catch (const std::bad_alloc&) {
             complete = calls >= 3;
         }
     }
 
-    // The snapshot and a call for each observer, and the pass that had enough.
+    // The snapshot and a copy for each observer, and the pass that had enough.
     EXPECT_EQ(failures, 1 + 3 + 1);
     EXPECT_EQ(Tests::BlocksInUse(), before);
     EXPECT_TRUE(LocksAreFree(list));

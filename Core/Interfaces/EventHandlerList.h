@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <functional>
 #include <mutex>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -119,13 +120,23 @@ public:
 
         // Intended: taken for an empty snapshot too, so that every pass waits for the ones before it.
         const std::lock_guard<std::recursive_mutex> lock(performMutex);
-        for (Observer* observer : snapshot) {
-            std::function<void()> call = std::bind(f, observer);
-            policy.Execute(std::move(call));
-        }
+        for (Observer* observer : snapshot)
+            Execute(std::bind(f, observer));
     }
 
 private:
+    /// Hands one call to the policy; it is gone on return.
+    template <class Call>
+    void Execute(Call call)
+    {
+        // A policy that runs the call at once gets a function that refers to it, without an allocation of its
+        // own.
+        if constexpr (std::is_same_v<ExecutePolicy, SyncExecutePolicy>)
+            policy.Execute(std::ref(call));
+        else
+            policy.Execute(std::function<void()>(std::move(call)));
+    }
+
     std::vector<Observer*> Snapshot()
     {
         const std::lock_guard<std::recursive_mutex> lock(handlersMutex);
