@@ -29,9 +29,10 @@ long NextNumber(const std::string& folder, const std::regex& names)
     DIR* const listing = ::opendir(folder.c_str());
     if (!listing)
         return 0;
-    std::cmatch match;
+    std::smatch match;
     while (const dirent* entry = ::readdir(listing)) {
-        if (std::regex_match(entry->d_name, match, names))
+        const std::string name = entry->d_name;
+        if (std::regex_match(name, match, names))
             maximum = std::max(maximum, std::stol(match[1].str()));
     }
     ::closedir(listing);
