@@ -1,0 +1,630 @@
+#include "Lib/Util/FS/DirectoryChecker.h"
+#include "Lib/Util/FS/DirectoryWatcher.h"
+
+#include "Tests/Support/ByteFolder.h"
+#include "Tests/Support/SignalLog.h"
+#include "Tests/Support/WatcherFixture.h"
+
+#include <QFile>
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <fstream>
+#include <limits>
+#include <stdexcept>
+#include <utility>
+
+#include <dirent.h>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/inotify.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+// What each of the two watchers makes of a file system that fails.
+
+namespace {
+
+constexpr int unlimited = std::numeric_limits<int>::max();
+
+/// What a test does to the calls that list folders and register paths.
+struct Faults
+{
+    /// How many paths the system still takes for notices.
+    int watchesLeft = unlimited;
+    /// Runs when a path was taken.
+    std::function<void(const std::string&)> afterRegistering;
+
+    /// The folder that cannot be opened, and why.
+    std::string refusedFolder;
+    int refusal = 0;
+
+    /// The folder that fails, or whose reading has consequences, after so many entries.
+    std::string brokenFolder;
+    int readableEntries = unlimited;
+    /// Runs instead of the failure, once.
+    std::function<void()> insteadOfFailing;
+};
+
+Faults& TheFaults()
+{
+    static Faults faults;
+    return faults;
+}
+
+template <typename Function>
+Function Systems(const char* name)
+{
+    return reinterpret_cast<Function>(::dlsym(RTLD_NEXT, name));
+}
+
+std::string PathOf(DIR* folder)
+{
+    std::array<char, PATH_MAX> path;
+    const std::string link = "/proc/self/fd/" + std::to_string(::dirfd(folder));
+    const ssize_t length = ::readlink(link.c_str(), path.data(), path.size());
+    return length < 0 ? std::string() : std::string(path.data(), static_cast<std::size_t>(length));
+}
+
+/// Counts a reading; whether it may go on.
+bool MayRead(DIR* folder)
+{
+    Faults& faults = TheFaults();
+    if (faults.brokenFolder.empty() || PathOf(folder) != faults.brokenFolder)
+        return true;
+    if (faults.readableEntries > 0) {
+        --faults.readableEntries;
+        return true;
+    }
+    if (faults.insteadOfFailing) {
+        std::exchange(faults, {}).insteadOfFailing();
+        return true;
+    }
+    errno = EIO;
+    return false;
+}
+
+} // namespace
+
+// In the place of the system's, for the library's calls and for Qt's.
+extern "C" {
+
+int inotify_add_watch(int descriptor, const char* path, uint32_t mask) noexcept
+{
+    static const auto system = Systems<decltype(&inotify_add_watch)>("inotify_add_watch");
+    Faults& faults = TheFaults();
+    if (faults.watchesLeft == 0) {
+        errno = ENOSPC;
+        return -1;
+    }
+    if (faults.watchesLeft != unlimited)
+        --faults.watchesLeft;
+    const int watch = system(descriptor, path, mask);
+    if (faults.afterRegistering)
+        faults.afterRegistering(path);
+    return watch;
+}
+
+DIR* opendir(const char* path)
+{
+    static const auto system = Systems<DIR* (*)(const char*)>("opendir");
+    const Faults& faults = TheFaults();
+    if (!faults.refusedFolder.empty() && path == faults.refusedFolder) {
+        errno = faults.refusal;
+        return nullptr;
+    }
+    return system(path);
+}
+
+dirent* readdir(DIR* folder)
+{
+    static const auto system = Systems<dirent* (*)(DIR*)>("readdir");
+    return MayRead(folder) ? system(folder) : nullptr;
+}
+
+dirent64* readdir64(DIR* folder)
+{
+    static const auto system = Systems<dirent64* (*)(DIR*)>("readdir64");
+    return MayRead(folder) ? system(folder) : nullptr;
+}
+
+} // extern "C"
+
+namespace {
+
+using testing::Contains;
+using testing::Each;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::StartsWith;
+using Tests::SignalLog;
+using Tests::WatcherFixture;
+using Zendra::LW::DirectoryChecker;
+
+class WatcherFaultsTest : public WatcherFixture
+{
+protected:
+    WatcherFaultsTest() { folder.MakeFolder(QStringLiteral("root")); }
+    ~WatcherFaultsTest() override { EndFaults(); }
+
+    static void EndFaults() { TheFaults() = {}; }
+    void Refuse(const char* path, int reason) const
+    {
+        TheFaults().refusedFolder = Path(path).toStdString();
+        TheFaults().refusal = reason;
+    }
+    void BreakAfter(int entries, const char* path) const
+    {
+        TheFaults().brokenFolder = Path(path).toStdString();
+        TheFaults().readableEntries = entries;
+    }
+
+    void StartBoth(unsigned int depth = 0, const QStringList& nameFilters = {}, const Predicate& filter = {})
+    {
+        ASSERT_TRUE(watcher->StartWatching(Path("root"), nameFilters, filter, depth));
+        ASSERT_TRUE(checker.StartWatching(Path("root"), nameFilters, filter, depth));
+        Clear();
+    }
+
+    void Clear()
+    {
+        signalLog.Clear();
+        checkerLog.Clear();
+    }
+
+    /// Lets both see all that has happened, and both report it.
+    void Settle()
+    {
+        HandleAllNotices();
+        checker.CheckFolder();
+    }
+
+    // Notices of one batch come in no particular order.
+    Texts WatcherSaw() const { return Sorted(signalLog.Entries()); }
+    Texts CheckerSaw() const { return Sorted(checkerLog.Entries()); }
+
+    Texts CheckerFiles() const
+    {
+        Texts files;
+        for (const QFileInfo& info : checker.GetFileInfoList())
+            files.push_back(info.filePath().mid(folder.Path().size() + 1).toStdString());
+        return files;
+    }
+
+    DirectoryChecker checker;
+    SignalLog checkerLog{checker, folder.Path()};
+
+private:
+    static Texts Sorted(Texts entries)
+    {
+        std::sort(entries.begin(), entries.end());
+        return entries;
+    }
+};
+
+// The limits of the system's notices
+
+TEST_F(WatcherFaultsTest, FilesBeyondTheLimitOfNoticesAreListedByBothAndFollowedByTheChecker)
+{
+    Write({"root/a", "root/b", "root/c"});
+    TheFaults().watchesLeft = 3; // the root, a and b
+
+    StartBoth();
+    EndFaults();
+    Touch("root/b");
+    Touch("root/c");
+    Settle();
+
+    EXPECT_THAT(Files(), ElementsAre("root/a", "root/b", "root/c"));
+    EXPECT_EQ(Files(), CheckerFiles());
+    EXPECT_THAT(RegisteredFiles(), testing::UnorderedElementsAre("root/a", "root/b"));
+    EXPECT_THAT(WatcherSaw(), ElementsAre("FileChanged root/b"));
+    EXPECT_THAT(CheckerSaw(), ElementsAre("FileChanged root/b", "FileChanged root/c"));
+}
+
+TEST_F(WatcherFaultsTest, ARootBeyondTheLimitOfNoticesIsDeafForTheWatcherAndWholeAgainAfterAnotherStart)
+{
+    Write({"root/a"});
+    TheFaults().watchesLeft = 0;
+    StartBoth();
+    EndFaults();
+
+    Write({"root/b"});
+    Settle();
+
+    EXPECT_THAT(Files(), ElementsAre("root/a"));
+    EXPECT_THAT(WatcherSaw(), IsEmpty());
+    EXPECT_THAT(CheckerSaw(), ElementsAre("FileAdded root/b"));
+
+    watcher->StopWatching();
+    ASSERT_TRUE(watcher->StartWatching(Path("root"), {}, {}, 0));
+    Clear();
+    Touch("root/a");
+    Remove("root/b");
+    Settle();
+
+    EXPECT_THAT(WatcherSaw(), ElementsAre("FileChanged root/a", "FileRemoved root/b"));
+    EXPECT_EQ(WatcherSaw(), CheckerSaw());
+}
+
+int QueueLimit()
+{
+    int limit = 0;
+    std::ifstream("/proc/sys/fs/inotify/max_queued_events") >> limit;
+    return limit > 0 ? limit : 16384;
+}
+
+/// Has more happen to two files than the system's queue holds while nobody reads it.
+void OverflowTheQueue(const QString& file, const QString& otherFile)
+{
+    const std::array<QByteArray, 2> paths = {QFile::encodeName(file), QFile::encodeName(otherFile)};
+    // In turns, as the system makes one notice of two that are alike and follow each other.
+    for (int i = 0; i <= QueueLimit(); ++i) {
+        const timespec time = {1000000000 + i, 0};
+        const std::array<timespec, 2> times = {time, time};
+        if (::utimensat(AT_FDCWD, paths[static_cast<std::size_t>(i % 2)].constData(), times.data(), 0) != 0)
+            throw std::runtime_error("utimensat");
+    }
+}
+
+TEST_F(WatcherFaultsTest, WhatHappensWhileTheQueueOfNoticesIsFullIsLostForTheWatcherUntilTheFileChangesAgain)
+{
+    Write({"root/a", "root/b", "root/changed", "root/removed"});
+    StartBoth();
+
+    OverflowTheQueue(Path("root/a"), Path("root/b"));
+    Touch("root/changed");
+    Remove("root/removed");
+    Write({"root/new"});
+    Settle();
+
+    // The new file is found all the same, by a look at the whole folder.
+    EXPECT_THAT(WatcherSaw(), ElementsAre("FileAdded root/new", "FileChanged root/a", "FileChanged root/b"));
+    EXPECT_THAT(CheckerSaw(), ElementsAre("FileAdded root/new", "FileChanged root/a", "FileChanged root/b",
+                                          "FileChanged root/changed", "FileRemoved root/removed"));
+
+    Clear();
+    Touch("root/changed");
+    Remove("root/new");
+    Settle();
+
+    EXPECT_THAT(WatcherSaw(), ElementsAre("FileChanged root/changed", "FileRemoved root/new"));
+    EXPECT_EQ(WatcherSaw(), CheckerSaw());
+    EXPECT_THAT(Files(), ElementsAre("root/a", "root/b", "root/changed", "root/removed"));
+    EXPECT_THAT(CheckerFiles(), ElementsAre("root/a", "root/b", "root/changed"));
+}
+
+// Folders that cannot be listed; with and without name filters, which have another listing
+
+class ListingFaultsTest : public WatcherFaultsTest, public testing::WithParamInterface<const char*>
+{
+protected:
+    static QStringList NameFilters()
+    {
+        const QString pattern = QString::fromUtf8(GetParam());
+        return pattern.isEmpty() ? QStringList() : QStringList(pattern);
+    }
+
+    void StartBoth(unsigned int depth = 0, const Predicate& filter = {})
+    {
+        WatcherFaultsTest::StartBoth(depth, NameFilters(), filter);
+    }
+};
+
+TEST_P(ListingFaultsTest, AFolderThatIsRefusedKeepsItsFilesAndGivesItsNewOnesLater)
+{
+    Write({"root/a", "root/b"});
+    StartBoth();
+
+    Refuse("root", EMFILE);
+    Touch("root/a");
+    Remove("root/b");
+    Write({"root/c"});
+    Settle();
+
+    EXPECT_THAT(WatcherSaw(), ElementsAre("FileChanged root/a", "FileRemoved root/b"));
+    EXPECT_EQ(WatcherSaw(), CheckerSaw());
+    EXPECT_THAT(Files(), ElementsAre("root/a"));
+
+    EndFaults();
+    Clear();
+    Write({"root/d"});
+    Settle();
+
+    EXPECT_THAT(WatcherSaw(), ElementsAre("FileAdded root/c", "FileAdded root/d"));
+    EXPECT_EQ(WatcherSaw(), CheckerSaw());
+    EXPECT_EQ(Files(), CheckerFiles());
+}
+
+TEST_P(ListingFaultsTest, ASubfolderThatIsRefusedLeavesTheRestAsItIs)
+{
+    Write({"root/a", "root/sub/b", "root/tub/c"});
+    StartBoth(1);
+
+    Refuse("root/sub", EACCES);
+    Write({"root/sub/new", "root/tub/new", "root/new"});
+    Settle();
+
+    EXPECT_THAT(WatcherSaw(), ElementsAre("FileAdded root/new", "FileAdded root/tub/new"));
+    EXPECT_EQ(WatcherSaw(), CheckerSaw());
+    EXPECT_THAT(Files(), Contains("root/sub/b"));
+    EXPECT_THAT(CheckerFiles(), Contains("root/sub/b"));
+}
+
+TEST_P(ListingFaultsTest, AFolderThatIsRefusedAtTheStartIsEmptyForBothAtFirst)
+{
+    Write({"root/a"});
+    Refuse("root", EACCES);
+
+    StartBoth();
+
+    EXPECT_THAT(Files(), IsEmpty());
+    EXPECT_THAT(CheckerFiles(), IsEmpty());
+
+    EndFaults();
+    Write({"root/b"});
+    Settle();
+
+    EXPECT_THAT(WatcherSaw(), ElementsAre("FileAdded root/a", "FileAdded root/b"));
+    EXPECT_EQ(WatcherSaw(), CheckerSaw());
+}
+
+TEST_P(ListingFaultsTest, AListingThatFailsHalfwayTakesNoKnownFileAway)
+{
+    Write({"root/a", "root/b", "root/c"});
+    StartBoth();
+
+    BreakAfter(0, "root");
+    Touch("root/b");
+    Write({"root/d"});
+    Settle();
+
+    EXPECT_THAT(WatcherSaw(), ElementsAre("FileChanged root/b"));
+    EXPECT_EQ(WatcherSaw(), CheckerSaw());
+    EXPECT_THAT(Files(), ElementsAre("root/a", "root/b", "root/c"));
+
+    EndFaults();
+    Clear();
+    Write({"root/e"});
+    Settle();
+
+    EXPECT_THAT(WatcherSaw(), ElementsAre("FileAdded root/d", "FileAdded root/e"));
+    EXPECT_EQ(WatcherSaw(), CheckerSaw());
+    EXPECT_EQ(Files(), CheckerFiles());
+}
+
+TEST_P(ListingFaultsTest, AListingThatFailsHalfwayAtTheStartIsMadeUpForLater)
+{
+    Write({"root/a", "root/b", "root/c"});
+
+    // The folder itself and the one above are among the entries: at least two of the files are.
+    BreakAfter(4, "root");
+    ASSERT_TRUE(checker.StartWatching(Path("root"), NameFilters(), {}, 0));
+    const Texts checkerFiles = CheckerFiles();
+    BreakAfter(4, "root");
+    ASSERT_TRUE(watcher->StartWatching(Path("root"), NameFilters(), {}, 0));
+    const Texts files = Files();
+    EndFaults();
+    Clear();
+    Write({"root/d"});
+    Settle();
+
+    EXPECT_EQ(files.size(), 2u);
+    EXPECT_EQ(checkerFiles.size(), 2u);
+    EXPECT_THAT(Files(), ElementsAre("root/a", "root/b", "root/c", "root/d"));
+    EXPECT_EQ(Files(), CheckerFiles());
+    EXPECT_THAT(WatcherSaw(), testing::SizeIs(2));
+    EXPECT_THAT(WatcherSaw(), Each(StartsWith("FileAdded")));
+    EXPECT_EQ(WatcherSaw(), CheckerSaw());
+}
+
+// What is listed and then gone
+
+TEST_P(ListingFaultsTest, ARootThatGoesWhileTheCheckerReadsItIsEmptyInTheEnd)
+{
+    Write({"root/a", "root/b", "root/sub/c"});
+    StartBoth(1);
+
+    Write({"root/d"});
+    BreakAfter(3, "root");
+    TheFaults().insteadOfFailing = [&] { folder.RemoveFolder(QStringLiteral("root")); };
+    checker.CheckFolder();
+    checker.CheckFolder();
+
+    EXPECT_THAT(CheckerFiles(), IsEmpty());
+    for (const char* file : {"root/a", "root/b", "root/sub/c"})
+        EXPECT_EQ(checkerLog.Count(std::string("FileRemoved ") + file), 1) << file;
+    EXPECT_EQ(checkerLog.Count("FileAdded root/d"), checkerLog.Count("FileRemoved root/d"));
+    EXPECT_THAT(checkerLog.EntriesOf("FileChanged"), IsEmpty());
+}
+
+TEST_P(ListingFaultsTest, ARootThatGoesWhileTheWatcherReadsItLosesItsRegisteredFiles)
+{
+    Write({"root/a", "root/b", "root/sub/c"});
+    StartBoth(1);
+
+    Write({"root/d"});
+    BreakAfter(3, "root");
+    TheFaults().insteadOfFailing = [&] { folder.RemoveFolder(QStringLiteral("root")); };
+    Settle();
+
+    for (const char* file : {"root/a", "root/b", "root/sub/c"})
+        EXPECT_EQ(signalLog.Count(std::string("FileRemoved ") + file), 1) << file;
+    EXPECT_THAT(signalLog.EntriesOf("FileChanged"), IsEmpty());
+    EXPECT_FALSE(QFileInfo::exists(Path("root")));
+}
+
+TEST_P(ListingFaultsTest, ASubfolderThatGoesWhileItIsReadTakesItsFilesWithIt)
+{
+    Write({"root/a", "root/sub/b", "root/sub/c"});
+    StartBoth(1);
+
+    BreakAfter(0, "root/sub");
+    TheFaults().insteadOfFailing = [&] { folder.RemoveFolder(QStringLiteral("root/sub")); };
+    checker.CheckFolder();
+    Settle();
+
+    EXPECT_THAT(WatcherSaw(), ElementsAre("FileRemoved root/sub/b", "FileRemoved root/sub/c"));
+    EXPECT_EQ(WatcherSaw(), CheckerSaw());
+    EXPECT_THAT(Files(), ElementsAre("root/a"));
+    EXPECT_EQ(Files(), CheckerFiles());
+}
+
+TEST_P(ListingFaultsTest, AFileThatGoesBetweenTheListingAndTheLookAtItStaysListedForTheWatcherOnly)
+{
+    Write({"root/a"});
+    StartBoth(0, [this](const QFileInfo& info) {
+        if (info.fileName() == QLatin1String("b"))
+            QFile::remove(Path("root/b"));
+        return true;
+    });
+
+    Write({"root/b"});
+    checker.CheckFolder();
+    Write({"root/b"});
+    HandleAllNotices();
+
+    EXPECT_THAT(CheckerSaw(), ElementsAre("FileAdded root/b"));
+    EXPECT_THAT(WatcherSaw(), ElementsAre("FileAdded root/b"));
+
+    Clear();
+    Settle();
+
+    EXPECT_THAT(CheckerSaw(), ElementsAre("FileRemoved root/b"));
+    EXPECT_THAT(CheckerFiles(), ElementsAre("root/a"));
+    EXPECT_THAT(WatcherSaw(), IsEmpty());
+    EXPECT_THAT(Files(), ElementsAre("root/a", "root/b"));
+}
+
+TEST_P(ListingFaultsTest, AFileThatGoesOnceItIsRegisteredIsTakenOutByItsNotice)
+{
+    Write({"root/a"});
+    StartBoth();
+    const std::string gone = Path("root/b").toStdString();
+    TheFaults().afterRegistering = [&](const std::string& path) {
+        if (path == gone)
+            ::unlink(gone.c_str());
+    };
+
+    Write({"root/b"});
+    HandleAllNotices();
+
+    EXPECT_THAT(signalLog.Entries(), ElementsAre("FileAdded root/b", "FileRemoved root/b"));
+    EXPECT_THAT(Files(), ElementsAre("root/a"));
+}
+
+TEST_P(ListingFaultsTest, AFileThatGoesDuringTheStartStaysListedForTheWatcherOnly)
+{
+    Write({"root/a", "root/b"});
+    const Predicate filter = [this](const QFileInfo& info) {
+        if (info.fileName() == QLatin1String("b"))
+            QFile::remove(Path("root/b"));
+        return true;
+    };
+    ASSERT_TRUE(checker.StartWatching(Path("root"), NameFilters(), filter, 0));
+    Write({"root/b"});
+    ASSERT_TRUE(watcher->StartWatching(Path("root"), NameFilters(), filter, 0));
+    Clear();
+    EXPECT_THAT(CheckerFiles(), ElementsAre("root/a", "root/b"));
+
+    Settle();
+
+    EXPECT_THAT(CheckerSaw(), ElementsAre("FileRemoved root/b"));
+    EXPECT_THAT(CheckerFiles(), ElementsAre("root/a"));
+    EXPECT_THAT(WatcherSaw(), IsEmpty());
+    EXPECT_THAT(Files(), ElementsAre("root/a", "root/b"));
+}
+
+// Links and names
+
+TEST_P(ListingFaultsTest, LinksThatLeadToThemselvesAreNoFilesForEither)
+{
+    Write({"root/a"});
+    folder.Link(QStringLiteral("self"), QStringLiteral("root/self"));
+    folder.Link(QStringLiteral("there"), QStringLiteral("root/back"));
+    folder.Link(QStringLiteral("back"), QStringLiteral("root/there"));
+    StartBoth(3);
+
+    folder.Link(QStringLiteral("late"), QStringLiteral("root/late"));
+    Write({"root/b"});
+    Settle();
+
+    EXPECT_THAT(WatcherSaw(), ElementsAre("FileAdded root/b"));
+    EXPECT_EQ(WatcherSaw(), CheckerSaw());
+    EXPECT_THAT(Files(), ElementsAre("root/a", "root/b"));
+    EXPECT_EQ(Files(), CheckerFiles());
+}
+
+TEST_P(ListingFaultsTest, ALinkToTheFolderAboveEndsAtTheDepthForBoth)
+{
+    Write({"root/a"});
+    folder.Link(QStringLiteral("."), QStringLiteral("root/loop"));
+
+    StartBoth(2);
+
+    EXPECT_THAT(Files(), testing::UnorderedElementsAre("root/a", "root/loop/a", "root/loop/loop/a"));
+    EXPECT_THAT(CheckerFiles(), testing::UnorderedElementsAreArray(Files()));
+    Remove("root/a");
+    Settle();
+    EXPECT_THAT(CheckerFiles(), IsEmpty());
+}
+
+/// A path of so many bytes below a folder, of names that the system takes.
+QString LongPath(const QString& root, int bytes)
+{
+    QString path = root;
+    while (bytes - path.size() > 255)
+        path += QLatin1Char('/') + QString(200, QLatin1Char('d'));
+    return path + QLatin1Char('/') + QString(bytes - path.size() - 1, QLatin1Char('f'));
+}
+
+TEST_P(ListingFaultsTest, APathAsLongAsTheSystemTakesIsLikeAnyOtherForBoth)
+{
+    const QString path = LongPath(Path("root"), PATH_MAX - 1);
+    const QString relativePath = path.mid(folder.Path().size() + 1);
+    const std::string text = relativePath.toStdString();
+    folder.Write(relativePath);
+    StartBoth(100);
+    ASSERT_THAT(Files(), ElementsAre(text));
+
+    folder.Touch(relativePath);
+    Settle();
+    folder.Remove(relativePath);
+    Settle();
+
+    EXPECT_THAT(signalLog.Entries(), ElementsAre("FileChanged " + text, "FileRemoved " + text));
+    EXPECT_EQ(signalLog.Entries(), checkerLog.Entries());
+}
+
+TEST_P(ListingFaultsTest, NamesThatAreNotTextAreSeenByNeitherAndDisturbNeither)
+{
+    const Tests::ByteFolder bytes;
+    bytes.Write("\xff.txt");
+    bytes.Write("\xfe/a.txt");
+    bytes.Write("a.txt");
+    const QString root = QFile::decodeName(bytes.Path().c_str());
+    ASSERT_TRUE(watcher->StartWatching(root, NameFilters(), {}, 1));
+    ASSERT_TRUE(checker.StartWatching(root, NameFilters(), {}, 1));
+    Clear();
+
+    bytes.Write("\xc3.txt");
+    bytes.Write("b.txt");
+    Settle();
+    ::unlink(bytes.Path("\xff.txt").c_str());
+    ::unlink(bytes.Path("a.txt").c_str());
+    Settle();
+
+    EXPECT_THAT(signalLog.Entries(),
+                ElementsAre("FileAdded " + bytes.Path("b.txt"), "FileRemoved " + bytes.Path("a.txt")));
+    EXPECT_EQ(signalLog.Entries(), checkerLog.Entries());
+}
+
+INSTANTIATE_TEST_SUITE_P(Listings, ListingFaultsTest, testing::Values("", "*"), [](const auto& row) {
+    return *row.param ? "WithNameFilters" : "WithoutNameFilters";
+});
+
+} // namespace
