@@ -600,6 +600,34 @@ TEST_P(ListingFaultsTest, APathAsLongAsTheSystemTakesIsLikeAnyOtherForBoth)
     EXPECT_EQ(signalLog.Entries(), checkerLog.Entries());
 }
 
+TEST_P(ListingFaultsTest, AFileBehindTheLongestPathCanBeListedButNotLookedAt)
+{
+    const QString subfolder = QFileInfo(LongPath(Path("root"), PATH_MAX - 100)).path();
+    ASSERT_TRUE(QDir().mkpath(subfolder));
+    const int descriptor =
+        ::open(QFile::encodeName(subfolder).constData(), O_DIRECTORY | O_RDONLY | O_CLOEXEC);
+    const std::string name(255, 'f');
+    ASSERT_GE(::close(::openat(descriptor, name.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600)), 0);
+    Write({"root/a"});
+    StartBoth(100);
+
+    const Texts files = Files();
+    checker.CheckFolder();
+    const Texts first = checkerLog.Entries();
+    checkerLog.Clear();
+    checker.CheckFolder();
+    const Texts second = checkerLog.Entries();
+    Touch("root/a");
+    HandleAllNotices();
+    ::unlinkat(descriptor, name.c_str(), 0);
+    ::close(descriptor);
+
+    EXPECT_EQ(files.size(), 2u);
+    EXPECT_THAT(signalLog.Entries(), ElementsAre("FileChanged root/a"));
+    EXPECT_THAT(first, ElementsAre(StartsWith("FileRemoved")));
+    EXPECT_THAT(second, ElementsAre(StartsWith("FileAdded")));
+}
+
 TEST_P(ListingFaultsTest, NamesThatAreNotTextAreSeenByNeitherAndDisturbNeither)
 {
     const Tests::ByteFolder bytes;
