@@ -295,6 +295,28 @@ TEST_F(EventHandlerListTest, LeavesTheCallersCallableAsItWas)
     EXPECT_EQ(count(nullptr), 1);
 }
 
+TEST_F(EventHandlerListTest, ChangesToTheCallersCallableDoNotReachARunningPass)
+{
+    struct Teller
+    {
+        void operator()(Observer*)
+        {
+            told->push_back(text);
+            callers->text = "changed";
+        }
+        std::string text;
+        std::vector<std::string>* told;
+        Teller* callers;
+    };
+    RegisterABC();
+    std::vector<std::string> told;
+    Teller teller{"text", &told, &teller};
+
+    list.PerformForEachEventHandler(teller);
+
+    EXPECT_THAT(told, ElementsAre("text", "text", "text"));
+}
+
 TEST_F(EventHandlerListTest, ACopyIsGoneBeforeTheNextObserversTurn)
 {
     RegisterABC();
@@ -625,6 +647,20 @@ TEST_F(EventHandlerListTest, ThereIsOneCopyForEachObserver)
     list.PerformForEachEventHandler(LimitedCall(3, names));
 
     EXPECT_THAT(names, ElementsAre("A", "B", "C"));
+}
+
+TEST_F(EventHandlerListTest, ThereIsOneCopyForEachCallThatThePolicyKeeps)
+{
+    std::vector<std::function<void()>> kept;
+    KeepingPolicy::calls = &kept;
+    EventHandlerList<Observer, KeepingPolicy> keeping;
+    keeping.RegisterEventHandler(&a);
+    keeping.RegisterEventHandler(&b);
+    std::vector<std::string> names;
+
+    EXPECT_NO_THROW(keeping.PerformForEachEventHandler(LimitedCall(2, names)));
+
+    EXPECT_EQ(kept.size(), 2U);
 }
 
 TEST_F(EventHandlerListTest, APassThatRunsOutOfMemoryAnywhereLeavesTheListAsItWas)

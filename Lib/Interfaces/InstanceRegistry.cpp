@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdlib>
-#include <map>
+#include <iterator>
 #include <mutex>
 #include <new>
 #include <stdexcept>
@@ -21,8 +21,14 @@ std::atomic<InstanceRegistry*> processWide{nullptr};
 
 struct InstanceRegistry::Impl
 {
-    std::map<std::string, std::vector<void*>> instances; ///< per key, the newest last; none null
-    mutable std::mutex mutex;                            ///< guards instances
+    struct Publication
+    {
+        std::string key;
+        void* instance; ///< not null
+    };
+
+    std::vector<Publication> publications; ///< the newest last
+    std::mutex mutex;                      ///< guards publications
 };
 
 InstanceRegistry::InstanceRegistry() : impl(std::make_unique<Impl>())
@@ -62,27 +68,27 @@ void InstanceRegistry::DoRegister(const std::string& key, void* instance)
         return;
 
     const std::lock_guard<std::mutex> lock(impl->mutex);
-    impl->instances[key].push_back(instance);
+    impl->publications.push_back({key, instance});
 }
 
 void InstanceRegistry::DoUnregister(const std::string& key, void* instance)
 {
     const std::lock_guard<std::mutex> lock(impl->mutex);
-    const auto entry = impl->instances.find(key);
-    if (entry == impl->instances.end())
-        return;
-
-    std::vector<void*>& published = entry->second;
-    const auto newest = std::find(published.rbegin(), published.rend(), instance);
-    if (newest != published.rend())
-        published.erase(std::next(newest).base());
+    std::vector<Impl::Publication>& all = impl->publications;
+    const auto newest = std::find_if(all.rbegin(), all.rend(), [&](const Impl::Publication& each) {
+        return each.key == key && each.instance == instance;
+    });
+    if (newest != all.rend())
+        all.erase(std::next(newest).base());
 }
 
 void* InstanceRegistry::DoFind(const std::string& key) const
 {
     const std::lock_guard<std::mutex> lock(impl->mutex);
-    const auto entry = impl->instances.find(key);
-    return entry == impl->instances.end() || entry->second.empty() ? nullptr : entry->second.back();
+    const std::vector<Impl::Publication>& all = impl->publications;
+    const auto newest = std::find_if(all.rbegin(), all.rend(),
+                                     [&key](const Impl::Publication& each) { return each.key == key; });
+    return newest == all.rend() ? nullptr : newest->instance;
 }
 
 } // namespace Zendra::LW
