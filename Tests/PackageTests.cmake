@@ -1,8 +1,9 @@
 # The libraries as their users get them: installed and moved, found, bundled, with other companions; what they
-# export, and the one version of it all. Sanitized libraries cannot be loaded by programs that are not.
+# export, and the one version of it all. Sanitized libraries cannot be loaded by programs that are not, and
+# those built for coverage know where they were built.
 
 find_program(BASH_PROGRAM bash)
-if(LWUTILFS_SANITIZERS OR NOT BASH_PROGRAM)
+if(LWUTILFS_SANITIZERS OR LWUTILFS_COVERAGE OR NOT BASH_PROGRAM)
     return()
 endif()
 

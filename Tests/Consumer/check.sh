@@ -119,7 +119,8 @@ check_pkg_config()
     "$CXX" -std=c++17 -fsyntax-only "$SCRATCH/headers.cpp" "${flags[@]}"
 }
 
-# Nothing but four libraries and the consumer itself is built, and the consumer's compiler gets none of our flags.
+# Nothing but four libraries and the consumer itself is built, nothing is installed, and the consumer's compiler gets
+# none of our flags.
 check_bundled()
 {
     local build=$consumers/bundled
@@ -133,6 +134,9 @@ check_bundled()
     find "$build" -type f -perm -u+x ! -name 'lib*' ! -path '*/CMakeFiles/*' >"$SCRATCH/programs"
     diff <(echo "$build/Consumer") "$SCRATCH/programs" || fail "more than the consumer was built"
     ctest --test-dir "$build" -N 2>&1 | grep -q '^Total Tests: [^0]' && fail "the consumer got tests of ours"
+
+    cmake --install "$build" --prefix "$SCRATCH/bundled" >"$SCRATCH/install.log"
+    [ ! -e "$SCRATCH/bundled" ] || fail "with the consumer, files of ours are installed"
 
     python3 - "$build/compile_commands.json" <<'PYTHON'
 import json, sys

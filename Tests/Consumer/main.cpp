@@ -1,5 +1,6 @@
 // Uses something of each of the four libraries. `foreach` and the string literals for QString are on purpose:
-// what the libraries forbid themselves must not reach the programs that use them.
+// what the libraries forbid themselves must not reach the programs that use them. Qt's widgets, Boost and
+// glog come along, without a word of the consumer's own.
 
 #include "Core/FileOperations.h"
 #include "Lib/Interfaces/InstanceRegistry.h"
@@ -13,8 +14,11 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QTemporaryDir>
+#include <QWidget>
 
 #include <boost/exception/exception.hpp>
+#include <boost/multiprecision/cpp_int.hpp>
+#include <glog/logging.h>
 
 #include <iostream>
 #include <regex>
@@ -64,8 +68,11 @@ bool Throws(const Zendra::ioPath& folder, const std::regex& pattern)
 int main(int argc, char* argv[])
 {
     QCoreApplication application(argc, argv);
+    google::InitGoogleLogging(argv[0]);
+    FLAGS_logtostderr = true;
     QTemporaryDir temporary;
     const QString folder = temporary.path();
+    LOG_IF(WARNING, !temporary.isValid()) << "There is no folder for temporary files.";
     Write(folder + "/take 9.mp4");
 
     // Watching, with a signal that another library's meta-object carries.
@@ -85,7 +92,9 @@ int main(int argc, char* argv[])
 
     // The next number, and errors that cross the border between libraries.
     const Zendra::ioPath path(folder.toStdString());
-    Expect(Zendra::LW::GetNextAvaliableIndex(path, std::regex(R"(take (\d+)\.mp4)")) == "11", "11 is next");
+    const boost::multiprecision::cpp_int next(
+        Zendra::LW::GetNextAvaliableIndex(path, std::regex(R"(take (\d+)\.mp4)")));
+    Expect(next == 11, "11 is next");
     const std::regex noNumber("(take) .*");
     Expect(Throws<std::runtime_error>(path, noNumber), "a name without a number is a runtime_error");
     Expect(Throws<boost::exception>(path, noNumber), "and a boost::exception");
@@ -104,6 +113,7 @@ int main(int argc, char* argv[])
     Expect(dynamic_cast<Zendra::LW::FileManager*>(files), "the interface can be cast back");
 
     // The rest.
+    Expect(Zendra::LW::PrepareFolder(folder, qobject_cast<QWidget*>(&application)), "the folder is valid");
     const Zendra::LW::TemporaryHardLink link("");
     Expect(link.GetExistFilePath().empty(), "an empty path makes no link");
     Expect(Zendra::LW::TemporaryHardLink::exists(folder.toStdString()), "the folder exists");
