@@ -1093,15 +1093,21 @@ TEST_F(DirectoryCheckerTest, AddsTheFilesOfAStartToThoseOfOneOnAnEmptyPath)
     EXPECT_TRUE(checker.GetFileInfoList().isEmpty());
 }
 
+// An empty text is as good as none.
 TEST_F(DirectoryCheckerTest, AddsTheSameFilesAgainInASecondStartOnAnEmptyPath)
 {
     folder.Write(Text("a.txt"));
     const CurrentFolder current(folder.Path());
-    checker.StartWatching(QString(), {}, {}, 0);
+    const QString empty = Text("");
+    ASSERT_FALSE(empty.isNull());
+    checker.StartWatching(empty, {}, {}, 0);
+    checker.StopWatching();
 
-    EXPECT_TRUE(checker.StartWatching(Text(""), {}, {}, 0));
+    EXPECT_TRUE(checker.StartWatching(empty, {}, {}, 0));
 
     EXPECT_THAT(Names(checker), ElementsAre("a.txt", "a.txt"));
+    EXPECT_EQ(signalLog.Count("WatchingStarted"), 2);
+    EXPECT_FALSE(signalLog.Contains("WatchingStopped"));
 }
 
 TEST_F(DirectoryCheckerTest, LooksIntoTheCurrentFolderWhenItIsCheckedWithoutAStart)

@@ -411,6 +411,18 @@ TEST_F(WatcherPassTest, AddsNothingMoreToTheWatchThatASlotHasStartedInAnEmptyFol
     EXPECT_THAT(Files(), IsEmpty());
 }
 
+TEST_F(WatcherPassTest, AddsNothingMoreToTheWatchThatASlotHasStartedOnAnIdleWatcher)
+{
+    Write({"a", "b", "z", "other/o"});
+    QObject::connect(watcher.get(), &IDirectoryWatcher::FileAdded,
+                     [this] { watcher->StartWatching(Path("other"), {}, {}, 0); });
+
+    watcher->OnDirectoryChanged(folder.Path());
+
+    EXPECT_THAT(signalLog.Entries(), ElementsAre("FileAdded a", "WatchingStarted"));
+    EXPECT_THAT(Files(), ElementsAre("other/o"));
+}
+
 TEST_F(WatcherPassTest, IsOverWhenASlotHasDestroyedTheWatcher)
 {
     StartWith({"m"});
