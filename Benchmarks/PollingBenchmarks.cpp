@@ -83,35 +83,45 @@ void TimeStatWalk(SharedTree& tree, benchmark::State& state)
 
 void AddShape(const std::shared_ptr<SharedTree>& tree, bool withTranscription)
 {
+    const int repetitions = tree->folders * tree->filesPerFolder > 500000 ? 3 : 5;
     const auto raw = [tree](benchmark::State& state) { TimeStatWalk(*tree, state); };
 
     const Work start{"DirectoryChecker::StartWatching, " + tree->shape, Doer::polling, 1.0};
-    AddDoer(start, Doer::raw, raw);
-    AddDoer(start, Doer::polling, TimedStart(tree, StartedPolling));
+    AddDoer(start, Doer::raw, raw, repetitions);
+    AddDoer(start, Doer::polling, TimedStart(tree, StartedPolling), repetitions);
     if (withTranscription)
         AddDoer(start, Doer::transcription, TimedStart(tree, StartedTranscription), 3);
-    AddDoer(start, Doer::library, TimedStart(tree, StartedChecker));
+    AddDoer(start, Doer::library, TimedStart(tree, StartedChecker), repetitions);
 
     const Work firstCheck{"CheckFolder, the first after a start, " + tree->shape, Doer::polling, 0};
-    AddDoer(firstCheck, Doer::polling, [tree](benchmark::State& state) {
-        const auto polling = StartedPolling(*tree);
-        for (auto _ : state)
-            benchmark::DoNotOptimize(polling->Check(tree->NativePath()));
-    });
-    AddDoer(firstCheck, Doer::library, [tree](benchmark::State& state) {
-        const auto checker = StartedChecker(*tree);
-        for (auto _ : state)
-            checker->CheckFolder();
-    });
+    AddDoer(
+        firstCheck, Doer::polling,
+        [tree](benchmark::State& state) {
+            const auto polling = StartedPolling(*tree);
+            for (auto _ : state)
+                benchmark::DoNotOptimize(polling->Check(tree->NativePath()));
+        },
+        repetitions);
+    AddDoer(
+        firstCheck, Doer::library,
+        [tree](benchmark::State& state) {
+            const auto checker = StartedChecker(*tree);
+            for (auto _ : state)
+                checker->CheckFolder();
+        },
+        repetitions);
 
     const Work check{"CheckFolder, nothing changed, " + tree->shape, Doer::polling, 0.9};
-    AddDoer(check, Doer::raw, raw);
-    AddDoer(check, Doer::polling, [tree](benchmark::State& state) {
-        const auto polling = StartedPolling(*tree);
-        polling->Check(tree->NativePath());
-        for (auto _ : state)
-            benchmark::DoNotOptimize(polling->Check(tree->NativePath()));
-    });
+    AddDoer(check, Doer::raw, raw, repetitions);
+    AddDoer(
+        check, Doer::polling,
+        [tree](benchmark::State& state) {
+            const auto polling = StartedPolling(*tree);
+            polling->Check(tree->NativePath());
+            for (auto _ : state)
+                benchmark::DoNotOptimize(polling->Check(tree->NativePath()));
+        },
+        repetitions);
     if (withTranscription) {
         AddDoer(
             check, Doer::transcription,
@@ -122,12 +132,15 @@ void AddShape(const std::shared_ptr<SharedTree>& tree, bool withTranscription)
             },
             3);
     }
-    AddDoer(check, Doer::library, [tree](benchmark::State& state) {
-        const auto checker = StartedChecker(*tree);
-        checker->CheckFolder();
-        for (auto _ : state)
+    AddDoer(
+        check, Doer::library,
+        [tree](benchmark::State& state) {
+            const auto checker = StartedChecker(*tree);
             checker->CheckFolder();
-    });
+            for (auto _ : state)
+                checker->CheckFolder();
+        },
+        repetitions);
 }
 
 } // namespace
