@@ -64,7 +64,7 @@ fs::path FindWithoutNote(const fs::path& trash, const Status& status)
     boost::system::error_code error;
     for (fs::directory_iterator trashed(trash / "files", error), end; trashed != end;
          trashed.increment(error)) {
-        const fs::path name = trashed->path().filename();
+        fs::path name = trashed->path().filename();
         if (SameFile(StatusOf(trashed->path()), status) && StatusOf(NoteOf(trash, name)).st_size == 0)
             return name;
     }
