@@ -34,9 +34,12 @@ class ZENDRA_CORE_EXPORT ioPath
 public:
     /// The empty path, which names nothing.
     ioPath() = default;
+    /// From text, taken as it is. Implicit, so that a text can stand where a path is wanted.
     /// @param utf8  not null
     ioPath(const char* utf8);
+    /// From text, taken as it is; implicit, too.
     ioPath(const std::string& utf8);
+    /// From Boost's path, with the same text; implicit, too.
     ioPath(const boost::filesystem::path& path);
 
     /// The text it was made from, unchanged: no slash is added, doubled ones stay.
@@ -72,7 +75,9 @@ public:
     /// Equality and order go name by name and by bytes, without a look at the disk: "a//b" equals "a/b", but
     /// "a", "a/" and "./a" all differ, and so do the composed and the decomposed spelling of an umlaut.
     friend bool operator==(const ioPath& left, const ioPath& right) { return left.path == right.path; }
+    /// The opposite of ==.
     friend bool operator!=(const ioPath& left, const ioPath& right) { return left.path != right.path; }
+    /// An order for maps and sorted lists, in which equal paths are those that == calls so.
     friend bool operator<(const ioPath& left, const ioPath& right) { return left.path < right.path; }
 
 private:

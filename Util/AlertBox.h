@@ -25,18 +25,20 @@ public:
     /// How serious the message is, which picks the box's icon.
     enum class Level
     {
-        Warning,
-        Information,
-        Question,
-        Critical
+        Warning,     ///< something did not work, or soon won't
+        Information, ///< something worth knowing
+        Question,    ///< the user has to decide
+        Critical     ///< something is broken or lost
     };
 
     /// Makes the box; Exec() shows it.
     ///
+    /// @param level    picks the icon
+    /// @param title    the window's title, where the system shows one
+    /// @param text     the message, plain text
     /// @param buttons  what the user can answer; without any the box gets an OK button
     /// @param parent   the window that the box belongs to and stays above; may be null. It may also be
-    /// destroyed
-    ///                 at any time, before and during Exec(): the box then goes with it
+    ///                 destroyed at any time, before and during Exec(): the box then goes with it
     /// @param flags    window flags, to which QMessageBox adds those of a message box
     AlertBox(Level level, const QString& title, const QString& text,
              QFlags<QMessageBox::StandardButton> buttons, QWidget* parent, QFlags<Qt::WindowType> flags);

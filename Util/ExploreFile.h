@@ -25,9 +25,9 @@ inline constexpr std::chrono::milliseconds exploreFileLimit{2000};
 /// thread only, since QDesktopServices is; a QGuiApplication has to exist. Never throws.
 ///
 /// @param path  absolute, or relative to the process's current folder
-/// @return true when the file browser has said that it shows the file, or the desktop has taken the request
-/// for the
-///         folder (what becomes of it then is not known); false for a missing path, and when neither worked
+/// @return true when the file browser has said that it shows the file, or the desktop has taken the
+///         request for the folder (what becomes of it then is not known); false for a missing path, and
+///         when neither worked
 ZENDRA_UTIL_EXPORT bool ExploreFile(const ioPath& path);
 
 } // namespace Zendra::Util

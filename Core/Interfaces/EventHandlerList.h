@@ -29,6 +29,7 @@ public:
     /// Takes an observer out. One that is not registered, or null, is ignored.
     virtual void UnregisterEventHandler(Observer* observer) = 0;
 
+    /// Tells the observers nothing.
     virtual ~EventPublisher() = default;
 };
 
@@ -47,8 +48,8 @@ public:
 ///
 ///     EventHandlerList<IRecorderObserver, SyncExecutePolicy> observers;
 ///     observers.RegisterEventHandler(&window);
-///     observers.PerformForEachEventHandler(std::bind(&IRecorderObserver::OnSaved, std::placeholders::_1,
-///     path));
+///     const auto saved = std::bind(&IRecorderObserver::OnSaved, std::placeholders::_1, path);
+///     observers.PerformForEachEventHandler(saved);
 ///
 /// Any thread may call any operation. A pass, one call of PerformForEachEventHandler(), calls the observers
 /// that were registered when it began, on the calling thread if the policy is SyncExecutePolicy. Passes on
@@ -74,6 +75,7 @@ template <class Observer, class ExecutePolicy>
 class ZENDRA_CORE_EXPORT EventHandlerList : public virtual EventPublisher<Observer>
 {
 public:
+    /// An empty list.
     EventHandlerList() = default;
     EventHandlerList(const EventHandlerList&) = delete;
     EventHandlerList& operator=(const EventHandlerList&) = delete;
@@ -103,6 +105,7 @@ public:
             handlers.erase(found);
     }
 
+    /// Forgets the observers; calls nobody and takes no lock.
     ~EventHandlerList() override = default;
 
     /// Calls f(observer) once for each observer that is registered now, in the order of registration.

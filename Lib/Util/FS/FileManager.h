@@ -27,7 +27,11 @@ public:
     FileManager(const FileManager&) = delete;
     FileManager& operator=(const FileManager&) = delete;
 
+    /// Adds an observer, not owned, last in the order of calls; one that is there keeps its place, null is
+    /// ignored. std::bad_alloc passes to the caller, and the observers are as they were.
     void RegisterEventHandler(IFileManagerObserver* observer) override;
+    /// Takes an observer out; ignores null and one that is not there. Does not wait for a notification that
+    /// is under way on another thread: it may still reach the observer.
     void UnregisterEventHandler(IFileManagerObserver* observer) override;
 
     /// Withdraws the service first, while it is still whole. Observers are neither told nor deleted. No

@@ -35,6 +35,7 @@ class LWUTILFS_EXPORT IDirectoryWatcher : public QObject
     Q_OBJECT
 
 public:
+    /// Emits nothing, whether something is being watched or not.
     ~IDirectoryWatcher() override = default;
 
     /// Begins to watch a folder and takes its snapshot; reads the whole tree before it returns.
@@ -44,9 +45,9 @@ public:
     /// @param dirPath      the folder, absolute or relative to the process's current folder
     /// @param nameFilters  wildcards as QDir takes them (without regard to case), for files only;
     ///                     none means every file
-    /// @param filter       keeps a file only if it returns true; an empty one keeps every file. An exception
-    /// from it
-    ///                     passes to the caller and leaves the watcher as it was before the call
+    /// @param filter       keeps a file only if it returns true; an empty one keeps every file. An
+    ///                     exception from it passes to the caller and leaves the watcher as it was
+    ///                     before the call
     /// @param depth        levels of folders below dirPath to look into; 0 is dirPath alone
     /// @return false, with nothing changed and nothing emitted, when it is watching already
     virtual bool StartWatching(const QString& dirPath, const QStringList& nameFilters,

@@ -17,6 +17,7 @@ namespace Zendra::LW {
 class LWUTILFS_EXPORT IFileManagerObserver
 {
 public:
+    /// Unregisters nothing: that has to be done before.
     virtual ~IFileManagerObserver() = default;
 
     /// IFileManager::ExploreFile() has shown this path.
