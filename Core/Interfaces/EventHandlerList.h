@@ -70,6 +70,7 @@ public:
 /// The list can neither be copied nor moved. Its destructor takes no lock and calls nobody: no pass may be
 /// running then, and no other thread may use the list.
 ///
+/// @tparam Observer       the interface of the observers
 /// @tparam ExecutePolicy  default-constructible, with an Execute() that takes a std::function<void()>
 template <class Observer, class ExecutePolicy>
 class ZENDRA_CORE_EXPORT EventHandlerList : public virtual EventPublisher<Observer>
@@ -80,8 +81,9 @@ public:
     EventHandlerList(const EventHandlerList&) = delete;
     EventHandlerList& operator=(const EventHandlerList&) = delete;
 
-    /// See EventPublisher. Takes time in proportion to the number of observers, and never waits for a pass.
-    /// If there is no memory, std::bad_alloc passes to the caller and the list is as it was.
+    /// Adds an observer, as EventPublisher says. Takes time in proportion to the number of observers, and
+    /// never waits for a pass. If there is no memory, std::bad_alloc passes to the caller and the list is as
+    /// it was.
     void RegisterEventHandler(Observer* observer) override
     {
         if (!observer)
@@ -92,8 +94,8 @@ public:
             handlers.push_back(observer);
     }
 
-    /// See EventPublisher. Takes time in proportion to the number of observers. Never waits for a pass: one
-    /// that is running may still call the observer after this has returned.
+    /// Takes an observer out, as EventPublisher says. Takes time in proportion to their number. Never waits
+    /// for a pass: one that is running may still call the observer after this has returned.
     void UnregisterEventHandler(Observer* observer) override
     {
         if (!observer)

@@ -12,7 +12,7 @@ namespace Zendra::LW {
 /// Each CheckFolder() compares the tree with the snapshot and reports every difference; nothing happens
 /// between two calls. It needs no event loop, only somebody to call it:
 ///
-///     checker.StartWatching(folder, {"*.mp4"}, {}, 0);
+///     checker.StartWatching(folder, {QStringLiteral("*.mp4")}, {}, 0);
 ///     connect(&timer, &QTimer::timeout, &checker, &DirectoryChecker::CheckFolder);
 ///
 /// A pass lists the whole tree and reads the modification time of every known file, and blocks for as long as
@@ -30,7 +30,8 @@ public:
     /// Ends a running watch without a signal.
     ~DirectoryChecker() override;
 
-    /// See IDirectoryWatcher. Emits PathChanged() and then WatchingStarted(). A refusal is logged at INFO.
+    /// Begins to watch, as IDirectoryWatcher says. Emits PathChanged() and then WatchingStarted(). A refusal
+    /// is logged at INFO.
     ///
     /// An empty dirPath is accepted and means the process's current folder, but leaves the checker idle:
     /// StopWatching() does nothing then, and the next start adds its files to those that are there.

@@ -34,8 +34,9 @@ public:
     /// Ends a running watch without a signal.
     ~DirectoryWatcher() override;
 
-    /// See IDirectoryWatcher. A refusal is logged at INFO. When the predicate stops the watcher, the start is
-    /// given up: WatchingStopped() is emitted, WatchingStarted() is not, and the result is false.
+    /// Begins to watch, as IDirectoryWatcher says. A refusal is logged at INFO. When the predicate stops the
+    /// watcher, the start is given up: WatchingStopped() is emitted, WatchingStarted() is not, and the result
+    /// is false.
     bool StartWatching(const QString& dirPath, const QStringList& nameFilters,
                        const std::function<bool(const QFileInfo&)>& filter, unsigned int depth) override;
     void StopWatching() override;

@@ -17,7 +17,7 @@ namespace Zendra::LW {
 /// Connect the signals, call StartWatching(), and keep the watcher for as long as the changes matter:
 ///
 ///     connect(&watcher, &IDirectoryWatcher::FileAdded, [](const QFileInfo& info) { Show(info); });
-///     watcher.StartWatching(folder, {"*.mp4"}, {}, 0);
+///     watcher.StartWatching(folder, {QStringLiteral("*.mp4")}, {}, 0);
 ///
 /// DirectoryWatcher learns of changes from the system and needs an event loop; DirectoryChecker looks
 /// only when it is told to. Both keep the *snapshot*, the list of the files that were found and accepted,
