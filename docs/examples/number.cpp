@@ -1,0 +1,36 @@
+#include "Lib/Util/FS/DirectoryUtils.h"
+
+#include <QFile>
+
+#include <exception>
+#include <iostream>
+#include <regex>
+#include <string>
+
+/// Creates the next recording's file, which nobody else can have created.
+std::string CreateNextRecording(const std::string& folder)
+{
+    // No leading zero gets through: "08" is no number, and one such name would fail every call.
+    const std::regex pattern("Recording ([1-9]\\d*)\\.mp4");
+    while (true) {
+        const std::string number = Zendra::LW::GetNextAvaliableIndex(folder, pattern);
+        const std::string path = folder + "/Recording " + number + ".mp4";
+        QFile file(QString::fromStdString(path));
+        if (file.open(QIODevice::WriteOnly | QIODevice::NewOnly))
+            return path;
+        // Somebody took the number meanwhile: the next one is another. Anything else won't get better.
+        if (!file.exists())
+            throw std::runtime_error(file.errorString().toStdString());
+    }
+}
+
+int main(int argc, char* argv[])
+{
+    try {
+        std::cout << CreateNextRecording(argc > 1 ? argv[1] : ".") << std::endl;
+        return 0;
+    } catch (const std::exception& error) {
+        std::cerr << "No recording can be made: " << error.what() << std::endl;
+        return 1;
+    }
+}

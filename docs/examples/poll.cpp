@@ -1,0 +1,38 @@
+#include "Lib/Util/FS/DirectoryChecker.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QTimer>
+
+#include <chrono>
+#include <iostream>
+
+using Zendra::LW::DirectoryChecker;
+using Zendra::LW::IDirectoryWatcher;
+
+int main(int argc, char* argv[])
+{
+    const QCoreApplication application(argc, argv);
+    const QDir folder(application.arguments().value(1));
+    DirectoryChecker checker;
+    // What is connected here does not know which of the two watchers it is.
+    IDirectoryWatcher& watcher = checker;
+    const auto print = [folder](const char* what) {
+        return [folder, what](const QFileInfo& file) {
+            std::cout << what << qPrintable(folder.relativeFilePath(file.filePath())) << std::endl;
+        };
+    };
+    QObject::connect(&watcher, &IDirectoryWatcher::FileAdded, print("added    "));
+    QObject::connect(&watcher, &IDirectoryWatcher::FileChanged, print("changed  "));
+    QObject::connect(&watcher, &IDirectoryWatcher::FileRemoved, print("removed  "));
+
+    // A file that is refused is looked at again in every pass: an empty one is reported once it is filled.
+    const auto filled = [](const QFileInfo& file) { return file.size() > 0; };
+    watcher.StartWatching(folder.path(), {QStringLiteral("*.mp4"), QStringLiteral("*.mov")}, filled, 1);
+    std::cout << "watching " << watcher.GetFileInfoList().size() << " files" << std::endl;
+
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, &checker, &DirectoryChecker::CheckFolder);
+    timer.start(std::chrono::milliseconds(200));
+    return QCoreApplication::exec();
+}
