@@ -5,6 +5,7 @@
 #include <exception>
 #include <iostream>
 #include <regex>
+#include <stdexcept>
 #include <string>
 
 /// Creates the next recording's file, which nobody else can have created.
