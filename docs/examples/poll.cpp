@@ -19,7 +19,7 @@ int main(int argc, char* argv[])
     IDirectoryWatcher& watcher = checker;
     const auto print = [folder](const char* what) {
         return [folder, what](const QFileInfo& file) {
-            std::cout << what << qPrintable(folder.relativeFilePath(file.filePath())) << std::endl;
+            std::cout << what << qPrintable(folder.relativeFilePath(file.absoluteFilePath())) << std::endl;
         };
     };
     QObject::connect(&watcher, &IDirectoryWatcher::FileAdded, print("added    "));
