@@ -72,7 +72,7 @@ TEST(RecordingsTourTest, PlaysEverySignalOfARecordingInAMissingFolder)
         Play({QStringLiteral("--tour"), recordings, QStringLiteral("--screenshot"), screenshot});
 
     EXPECT_EQ(tour.exitCode, 0);
-    const QString path = QStringLiteral("PathChanged \"%1\"").arg(recordings);
+    const QByteArray path = QStringLiteral("PathChanged \"%1\"").arg(recordings).toLocal8Bit();
     const char* const expected[] = {"WatchingStarted",
                                     "WatchingStopped",
                                     "WatchingStarted",
@@ -85,7 +85,7 @@ TEST(RecordingsTourTest, PlaysEverySignalOfARecordingInAMissingFolder)
                                     "FileChanged \"By another program.png\"",
                                     "FileRemoved \"By another program.png\"",
                                     "WatchingStopped",
-                                    qPrintable(path),
+                                    path.constData(),
                                     "WatchingStarted",
                                     "FileAdded \"By another program.png\"",
                                     "FileChanged \"By another program.png\"",
