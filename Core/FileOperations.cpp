@@ -44,7 +44,9 @@ std::string Locate(const std::string& path)
         return Resolve(path);
 
     const std::string folder = Resolve(nameStart == 0 ? "." : text.substr(0, nameStart));
-    return folder.empty() ? folder : (boost::filesystem::path(folder) / name).string();
+    if (folder.empty())
+        return {};
+    return (boost::filesystem::path(folder) / name).string();
 }
 
 } // namespace

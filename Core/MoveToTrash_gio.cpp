@@ -58,6 +58,12 @@ fs::path NoteOf(const fs::path& trash, const fs::path& name)
     return trash / "info" / (name.string() + ".trashinfo");
 }
 
+/// A note that could not be written is empty.
+bool HasNote(const fs::path& trash, const fs::path& name)
+{
+    return StatusOf(NoteOf(trash, name)).st_size > 0;
+}
+
 /// The file in this trash, unless it has its note; empty when it has one, or is elsewhere.
 fs::path FindWithoutNote(const fs::path& trash, const Status& status)
 {
@@ -65,7 +71,8 @@ fs::path FindWithoutNote(const fs::path& trash, const Status& status)
     for (fs::directory_iterator trashed(trash / "files", error), end; trashed != end;
          trashed.increment(error)) {
         fs::path name = trashed->path().filename();
-        if (SameFile(StatusOf(trashed->path()), status) && StatusOf(NoteOf(trash, name)).st_size == 0)
+        const Status found = StatusOf(trashed->path());
+        if (SameFile(found, status) && !HasNote(trash, name))
             return name;
     }
     return {};
@@ -107,7 +114,10 @@ bool MoveEntryToTrash(const std::string& entry)
         return false;
 
     const Status status = StatusOf(entry);
-    return g_file_trash(MakeFile(entry).get(), nullptr, nullptr) && CanBeRestored(entry, status);
+    const File file = MakeFile(entry);
+    if (!g_file_trash(file.get(), nullptr, nullptr))
+        return false;
+    return CanBeRestored(entry, status);
 }
 
 } // namespace Zendra::Core

@@ -72,8 +72,9 @@ bool ExploreFile(const ioPath& path)
     if (!IsThere(entry))
         return false;
 
-    return RevealFile(FileUrl(entry), exploreFileLimit)
-           || QDesktopServices::openUrl(FileUrl(ContainingFolder(entry)));
+    if (RevealFile(FileUrl(entry), exploreFileLimit))
+        return true;
+    return QDesktopServices::openUrl(FileUrl(ContainingFolder(entry)));
 }
 
 } // namespace Zendra::Util

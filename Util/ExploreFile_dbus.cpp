@@ -68,7 +68,9 @@ bool RevealFile(const QUrl& entry, std::chrono::milliseconds limit)
 {
     const QDeadlineTimer deadline(limit);
     const SessionBus bus;
-    return bus.Call(Hello(), deadline) && bus.Call(ShowItems(entry), deadline);
+    if (!bus.Call(Hello(), deadline))
+        return false;
+    return bus.Call(ShowItems(entry), deadline);
 }
 
 } // namespace Zendra::Util

@@ -2,8 +2,6 @@
 
 #include "Lib/Util/FS/DirectorySnapshot.h"
 
-#include <QDateTime>
-
 #include <glog/logging.h>
 
 namespace Zendra::LW {
@@ -29,7 +27,8 @@ struct DirectoryChecker::Impl
     bool IsCertainlyUnchanged(const QFileInfo& info) const
     {
         // What a relative path means depends on the current folder, which may be another one by now.
-        return info.filePath() == info.absoluteFilePath() && snapshot.IsUnchanged(info);
+        const bool isPlain = info.filePath() == info.absoluteFilePath();
+        return isPlain && snapshot.IsUnchanged(info);
     }
 };
 
@@ -125,7 +124,7 @@ void DirectoryChecker::OnFileChanged(const QString& filePath)
     // Intended: used as it is. A path that is not in the snapshot stands for the file at its name's place.
     const int index = snapshot.GetInfoIndex(info);
     if (info.exists()) {
-        if (!snapshot.Contains(index) || info.lastModified() == snapshot.fileInfos.at(index).lastModified())
+        if (!snapshot.HasOtherTime(index, info))
             return;
         snapshot.Replace(index, info);
         Q_EMIT FileChanged(info);

@@ -148,6 +148,13 @@ int DirectorySnapshot::GetInfoIndex(const QFileInfo& info) const
     return static_cast<int>(first - fileInfos.begin());
 }
 
+bool DirectorySnapshot::HasOtherTime(int place, const QFileInfo& info) const
+{
+    if (!Contains(place))
+        return false;
+    return info.lastModified() != fileInfos.at(place).lastModified();
+}
+
 void DirectorySnapshot::Append(const QFileInfo& info)
 {
     ReadMetadata(info);

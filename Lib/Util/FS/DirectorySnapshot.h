@@ -53,6 +53,8 @@ public:
     ///         -1 when every name is less
     int GetInfoIndex(const QFileInfo& info) const;
     bool Contains(int place) const { return 0 <= place && place < fileInfos.size(); }
+    /// Whether there is a file at that place, and its modification time is not the given file's.
+    bool HasOtherTime(int place, const QFileInfo& info) const;
 
     /// Makes room for that many files.
     void Reserve(int count) { fileInfos.reserve(count); }

@@ -2,7 +2,6 @@
 
 #include "Lib/Util/FS/DirectorySnapshot.h"
 
-#include <QDateTime>
 #include <QFileSystemWatcher>
 #include <QScopeGuard>
 #include <QSocketNotifier>
@@ -195,7 +194,7 @@ void DirectoryWatcher::OnFileChanged(const QString& path)
     const int index = snapshot.GetInfoIndex(info);
     if (info.exists()) {
         // Every registered file is in the snapshot; a notice of any other is nobody's business.
-        if (!snapshot.Contains(index) || info.lastModified() == snapshot.fileInfos.at(index).lastModified())
+        if (!snapshot.HasOtherTime(index, info))
             return;
         snapshot.Replace(index, info);
         Q_EMIT FileChanged(info);
