@@ -13,6 +13,8 @@
 #include <atomic>
 #include <cstdio>
 #include <fstream>
+#include <locale>
+#include <regex>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -137,6 +139,8 @@ INSTANTIATE_TEST_SUITE_P(Matching, NextIndexRules,
                              {"FurtherGroupsAreIgnored", {"a3-99"}, R"(a(\d+)-(\d+))", "4"},
                              {"TheOuterOfTwoGroups", {"a12"}, R"(a(1(\d)))", "13"},
                              {"TheLastRoundOfARepeatedGroup", {"a71"}, R"(a(\d)+)", "2"},
+                             {"TheNameBeginsAndEndsForAnchors", {"a5"}, R"(^a(\d+)$)", "6"},
+                             {"TheNameBeginsAndEndsForWords", {"a5"}, R"(\ba(\d+)\b)", "6"},
                              {"UpperCaseIsNotLowerCase", {"A5"}, R"(a(\d+))", "1"},
                              {"AHiddenName", {".a5"}, R"(\.a(\d+))", "6"},
                              {"TheDotOfAHiddenNameIsPartOfIt", {".a5"}, R"(a(\d+))", "1"},
@@ -336,6 +340,31 @@ TEST(NextIndexTest, UsesThePatternWithItsFlags)
     EXPECT_EQ(GetNextAvaliableIndex(folder.Path(), std::regex(R"(A\([0-9]*\))", std::regex::basic)), "6");
     EXPECT_EQ(GetNextAvaliableIndex(folder.Path(), std::regex(R"(A(\d+))", std::regex::nosubs)), "1");
     EXPECT_EQ(GetNextAvaliableIndex(folder.Path(), std::regex()), "1");
+}
+
+/// Capitals and small letters, of which one cannot be told.
+class FailingLetters : public std::ctype<char>
+{
+protected:
+    char do_tolower(char letter) const override
+    {
+        if (letter == 'x')
+            throw std::regex_error(std::regex_constants::error_complexity);
+        return std::ctype<char>::do_tolower(letter);
+    }
+};
+
+TEST(NextIndexTest, PassesOnWhatMatchingThrows)
+{
+    const NumberedFolder folder({"a1", "x2"});
+    std::regex pattern;
+    pattern.imbue(std::locale(std::locale::classic(), new FailingLetters));
+    pattern.assign("A(1)", std::regex::icase);
+
+    EXPECT_THROW(GetNextAvaliableIndex(folder.Path(), pattern), std::regex_error);
+
+    const NumberedFolder readable({"a1"});
+    EXPECT_EQ(GetNextAvaliableIndex(readable.Path(), pattern), "2");
 }
 
 TEST(NextIndexTest, ReservesNothing)
