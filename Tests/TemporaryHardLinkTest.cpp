@@ -1,11 +1,13 @@
 #include "Lib/Util/FS/TemporaryHardLink.h"
 
+#include "Tests/Support/LogCapture.h"
 #include "Tests/Support/TempFolder.h"
 
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
+#include <QTextCodec>
 
 #include <gmock/gmock.h>
 
@@ -90,6 +92,19 @@ public:
 
 private:
     QtMessageHandler before;
+};
+
+/// Writes file names in another encoding while it lives.
+class LettersOfTheSystem
+{
+public:
+    explicit LettersOfTheSystem(const char* encoding)
+    {
+        QTextCodec::setCodecForLocale(QTextCodec::codecForName(encoding));
+    }
+    ~LettersOfTheSystem() { QTextCodec::setCodecForLocale(nullptr); }
+    LettersOfTheSystem(const LettersOfTheSystem&) = delete;
+    LettersOfTheSystem& operator=(const LettersOfTheSystem&) = delete;
 };
 
 /// Gives the process a temporary folder of the test's own.
@@ -598,6 +613,22 @@ TEST_F(TemporaryHardLinkTest, CreateLinkToFileTellsATemporaryFolderWithOtherLett
     EXPECT_THAT(recorded, testing::StartsWith(path.toStdString() + '/'));
 }
 
+TEST_F(TemporaryHardLinkTest, SpeaksUtf8WhateverTheLettersOfTheSystem)
+{
+    const LettersOfTheSystem latin("ISO-8859-1");
+    const QString path = folder.MakeFolder(QStringLiteral("Zwischenl\u00e4ger"));
+    UseTemporaryFolder(path);
+
+    const std::string recorded = TemporaryHardLink::CreateLinkToFile(unlinkable);
+    TemporaryHardLink::CreateLinkToFile("/\xc3\xa4");
+
+    EXPECT_THAT(recorded, testing::StartsWith(path.toStdString() + '/'));
+    const QStringList links = folder.Entries(QStringLiteral("Zwischenl\u00e4ger"));
+    ASSERT_EQ(links.size(), 1);
+    EXPECT_EQ(LinkText(path + QLatin1Char('/') + links.at(0)), "/\xe4");
+    folder.RemoveFolder(QStringLiteral("Zwischenl\u00e4ger"));
+}
+
 TEST_F(TemporaryHardLinkTest, UnlinkFilePathRemovesAFile)
 {
     const std::string original = WriteOriginal(QStringLiteral("\u00e4 \u6587"));
@@ -615,6 +646,15 @@ TEST_F(TemporaryHardLinkTest, UnlinkFilePathRemovesALinkAndNotWhatItPointsTo)
     TemporaryHardLink::UnlinkFilePath(link.toStdString());
 
     EXPECT_EQ(folder.Entries(), QStringList({QStringLiteral("original"), QStringLiteral("temp")}));
+}
+
+TEST_F(TemporaryHardLinkTest, UnlinkFilePathRemovesALinkThatLeadsNowhere)
+{
+    const QString link = folder.Link(QStringLiteral("none"), QStringLiteral("dangling"));
+
+    TemporaryHardLink::UnlinkFilePath(link.toStdString());
+
+    EXPECT_EQ(folder.Entries(), QStringList(QStringLiteral("temp")));
 }
 
 TEST_F(TemporaryHardLinkTest, UnlinkFilePathIgnoresWhatCannotBeRemoved)
@@ -655,6 +695,26 @@ TEST_F(TemporaryHardLinkTest, ExistsFollowsLinks)
     EXPECT_FALSE(exists("loop"));
     EXPECT_FALSE(exists("missing"));
     EXPECT_FALSE(TemporaryHardLink::exists(""));
+}
+
+TEST_F(TemporaryHardLinkTest, LogsNothingWhateverFails)
+{
+    const Tests::LogCapture log;
+    const WarningCounter counter;
+
+    {
+        TemporaryHardLink link(unlinkable);
+        folder.Write(QStringLiteral("temp/")
+                     + QFileInfo(QString::fromStdString(link.GetLinkedFilePath())).fileName()
+                     + QStringLiteral("/file"));
+        link.Reset(unlinkable);
+        MakeTemporaryFolderUnusable();
+        link.Reset(WriteOriginal());
+        link.Reset("");
+    }
+
+    EXPECT_THAT(log.Messages(), testing::IsEmpty());
+    EXPECT_EQ(warnings, 0);
 }
 
 struct LinkedPath
