@@ -3,6 +3,7 @@
 #include "Core/FileOperations.h"
 #include "Lib/Interfaces/AutoInstanceRegistrator.h"
 #include "Lib/Util/FS/FileManager.h"
+#include "Tests/Support/LogCapture.h"
 #include "Tests/Support/Memory.h"
 #include "Tests/Support/MutexLog.h"
 #include "Util/ExploreFile.h"
@@ -293,6 +294,18 @@ TEST_P(NotifyingOperationTest, FailureIsToldToNobody)
     EXPECT_THAT(world.events, ElementsAre(CompanionCall()));
 }
 
+TEST_P(NotifyingOperationTest, NeitherSuccessNorFailureIsLogged)
+{
+    RegisterBoth();
+    const Tests::LogCapture log;
+
+    Perform(manager);
+    world.result = false;
+    Perform(manager);
+
+    EXPECT_THAT(log.Messages(), IsEmpty());
+}
+
 TEST_P(NotifyingOperationTest, WithoutObserversTheResultIsPassedOn)
 {
     EXPECT_TRUE(Perform(manager));
@@ -444,6 +457,17 @@ TEST_P(SilentOperationTest, PassesTheResultOnAndTellsNobody)
 
     EXPECT_EQ(world.askedFor, &path);
     EXPECT_THAT(world.events, ElementsAre(CompanionCall(), CompanionCall()));
+}
+
+TEST_P(SilentOperationTest, LogsNothing)
+{
+    const Tests::LogCapture log;
+
+    Perform(manager);
+    world.result = false;
+    Perform(manager);
+
+    EXPECT_THAT(log.Messages(), IsEmpty());
 }
 
 TEST_P(SilentOperationTest, LetsAnExceptionPass)

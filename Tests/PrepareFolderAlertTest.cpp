@@ -2,6 +2,7 @@
 
 #include "Lib/Util/FS/DirectoryUtils.h"
 
+#include "Tests/Support/LogCapture.h"
 #include "Tests/Support/TempFolder.h"
 #include "Util/AlertBox.h"
 #include "Util/PathValidation.h"
@@ -231,6 +232,17 @@ TEST_P(AlertOfBothTest, PassesOnWhatMakingTheAlertThrows)
     EXPECT_THROW(Run(folder.Path()), std::runtime_error);
 
     EXPECT_THAT(script.calls, ElementsAre("check", "box"));
+}
+
+TEST_P(AlertOfBothTest, LogsNothing)
+{
+    const Tests::LogCapture log;
+
+    EXPECT_FALSE(Run(folder.Path(QStringLiteral("output"))));
+    script.verdict = true;
+    EXPECT_TRUE(Run(folder.Path(QStringLiteral("other"))));
+
+    EXPECT_THAT(log.Messages(), IsEmpty());
 }
 
 class AlertTextTest : public testing::Test
