@@ -157,6 +157,18 @@ TEST_F(FolderListingTest, OfAMissingFolderIsEmpty)
         EXPECT_THAT(ListFolder(path, {}, ListedFolders::All).files, IsEmpty());
 }
 
+// The system takes such a path for the folder that the text before the zero names.
+TEST_F(FolderListingTest, OfAPathWithAZeroInItIsThatOfQt)
+{
+    const TempFolder folder;
+    folder.Write(QStringLiteral("a"));
+    folder.Write(QStringLiteral("sub/b"));
+    const QString path = folder.Path() + QLatin1Char('/') + QChar(QChar::Null);
+
+    ExpectTheListingOfQt(path);
+    EXPECT_THAT(ListFolder(path, {}, ListedFolders::All).files, IsEmpty());
+}
+
 TEST_F(FolderListingTest, HasTheFoldersOnlyWhereTheyAreWanted)
 {
     const TempFolder folder;

@@ -58,7 +58,7 @@ bool IsAscii(const QString& name)
 FolderListing ListFolder(const QString& dirPath, const QStringList& nameFilters, ListedFolders folders)
 {
     // QDir knows what a wildcard matches, and the paths that are none of the file system's.
-    if (!nameFilters.isEmpty() || !dirPath.startsWith(QLatin1Char('/')))
+    if (!nameFilters.isEmpty() || !dirPath.startsWith(QLatin1Char('/')) || dirPath.contains(QChar::Null))
         return ListFolderWithQt(dirPath, nameFilters, folders);
 
     FolderListing listing;
