@@ -697,6 +697,10 @@ INSTANTIATE_TEST_SUITE_P(
         std::pair("BeyondTheFirstByte",
                   QStringList{QStringLiteral("\u0100a"), QStringLiteral("\u00ffb"), QStringLiteral("a\uff5e"),
                               QStringLiteral("a\U0001F600"), QStringLiteral("ab")}),
+        std::pair("WithAllBitsOfACharacter",
+                  QStringList{QStringLiteral("\u4e00"), QStringLiteral("\u3042"), QStringLiteral("\uac00"),
+                              QStringLiteral("b\uff5e"), QStringLiteral("ca"), QStringLiteral("bb\uff5e"),
+                              QStringLiteral("bca"), QStringLiteral("bbb\uff5e"), QStringLiteral("bbca")}),
         std::pair("OfWhichThereIsOne", QStringList{QStringLiteral("a")})),
     [](const auto& testInfo) { return testInfo.param.first; });
 
