@@ -1563,6 +1563,21 @@ TEST_F(TakeNewFilesTest, KeepsTheOrderWhenASlotHasRemovedAFile)
     EXPECT_THAT(Paths(), ElementsAre("a.txt", "c.txt", "d.txt", "e.txt"));
 }
 
+TEST_F(TakeNewFilesTest, KeepsTheOrderWhenASlotHasAppendedAFile)
+{
+    const TempFolder other;
+    const QFileInfo appended(other.Write(QStringLiteral("m.txt")));
+    Write({"a.txt", "b.txt", "z.txt"});
+    afterEach = [&](const QString& name) {
+        if (name == QStringLiteral("a.txt"))
+            snapshot.Append(appended);
+    };
+
+    Pass();
+
+    EXPECT_THAT(NamesOf(snapshot.fileInfos), ElementsAre("a.txt", "b.txt", "m.txt", "z.txt"));
+}
+
 TEST_F(TakeNewFilesTest, TakesWhatIsLeftWhenASlotHasForgottenTheFilesOfAnEmptySnapshot)
 {
     Write({"a.txt", "b.txt", "c.txt"});
