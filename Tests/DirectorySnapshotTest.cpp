@@ -921,6 +921,16 @@ TEST_F(DirectorySnapshotTest, TakesALinkOfTheSameNameForTheFileItself)
     EXPECT_EQ(snapshot.GetInfoIndex(File("b.txt")), 2);
 }
 
+// Where their links lead is remembered from the first look on, and no longer so for the one that is gone.
+TEST_F(DirectorySnapshotTest, FindsAFileThatIsGoneAmongThoseOfItsName)
+{
+    Have({"1/a.txt", "2/a.txt", "3/a.txt"});
+    ASSERT_EQ(snapshot.GetInfoIndex(NewFile("4/a.txt")), 0);
+    folder.Remove(QStringLiteral("2/a.txt"));
+
+    EXPECT_EQ(snapshot.GetInfoIndex(File("2/a.txt")), 1);
+}
+
 TEST_F(DirectorySnapshotTest, FindsWhatALookThroughAllOfItFinds)
 {
     std::mt19937 random(7);
@@ -1406,6 +1416,53 @@ TEST_F(TakeNewFilesTest, TakesNoFileInTwiceThatItIsGivenByAnotherSpellingOfTheFo
     EXPECT_THAT(taken, IsEmpty());
 }
 
+/// Files whose paths begin at the current folder.
+class TakeNewRelativeFilesTest : public TakeNewFilesTest
+{
+protected:
+    TakeNewRelativeFilesTest()
+    {
+        Write({"a.txt", "b.txt"});
+        snapshot.Append(QFileInfo(QStringLiteral("./a.txt")));
+        snapshot.Append(QFileInfo(QStringLiteral("./b.txt")));
+        PassHere();
+    }
+
+    void PassHere()
+    {
+        snapshot.TakeNewFiles(QString(), issuer.Issue(), [this](int place, const QFileInfo& info, bool) {
+            taken.push_back({place, info.filePath().toStdString(), false});
+        });
+    }
+
+    const CurrentFolder here{folder.Path()};
+};
+
+TEST_F(TakeNewRelativeFilesTest, AreKnown)
+{
+    EXPECT_THAT(taken, IsEmpty());
+}
+
+TEST_F(TakeNewRelativeFilesTest, AreUnknownAgainWhenTheyHaveLeft)
+{
+    snapshot.RemoveAt(0);
+    snapshot.Append(NewFile("c.txt"));
+
+    PassHere();
+
+    EXPECT_THAT(taken, ElementsAre(Taken{0, "./a.txt", false}));
+}
+
+TEST_F(TakeNewRelativeFilesTest, AreUnknownAgainWhenOthersHaveReplacedThem)
+{
+    snapshot.Replace(0, NewFile("0.txt"));
+    snapshot.Append(NewFile("c.txt"));
+
+    PassHere();
+
+    EXPECT_THAT(taken, ElementsAre(Taken{1, "./a.txt", false}));
+}
+
 TEST_F(TakeNewFilesTest, AsksThePredicateAboutUnknownFilesOnly)
 {
     Have({"a.txt", "c.txt"});
@@ -1549,6 +1606,36 @@ TEST_F(TakeNewFilesTest, FindsTheNewPlaceWhenThePredicateHasChangedTheSnapshot)
     EXPECT_THAT(Paths(), ElementsAre("c.txt", "d.txt"));
 }
 
+TEST_F(TakeNewFilesTest, FindsTheNewPlaceWhenThePredicateHasReplacedAFile)
+{
+    Have({"a.txt", "z.txt"});
+    Write({"m.txt"});
+    SetPredicate([this](const QString&) {
+        snapshot.Replace(1, NewFile("b.txt"));
+        return true;
+    });
+
+    Pass();
+
+    EXPECT_THAT(taken, ElementsAre(Taken{-1, "m.txt", false}));
+    EXPECT_THAT(Paths(), ElementsAre("a.txt", "b.txt", "m.txt"));
+}
+
+TEST_F(TakeNewFilesTest, FindsTheNewPlaceWhenThePredicateHasForgottenAllFiles)
+{
+    Have({"a.txt", "z.txt"});
+    Write({"m.txt"});
+    SetPredicate([this](const QString&) {
+        snapshot.Clear();
+        return true;
+    });
+
+    Pass();
+
+    EXPECT_THAT(taken, ElementsAre(Taken{-1, "m.txt", false}));
+    EXPECT_THAT(Paths(), ElementsAre("m.txt"));
+}
+
 TEST_F(TakeNewFilesTest, KeepsTheOrderWhenASlotHasRemovedAFile)
 {
     Have({"b.txt", "d.txt"});
@@ -1576,6 +1663,8 @@ TEST_F(TakeNewFilesTest, KeepsTheOrderWhenASlotHasAppendedAFile)
     Pass();
 
     EXPECT_THAT(NamesOf(snapshot.fileInfos), ElementsAre("a.txt", "b.txt", "m.txt", "z.txt"));
+    EXPECT_THAT(taken,
+                ElementsAre(Taken{-1, "a.txt", true}, Taken{1, "b.txt", true}, Taken{-1, "z.txt", true}));
 }
 
 TEST_F(TakeNewFilesTest, TakesWhatIsLeftWhenASlotHasForgottenTheFilesOfAnEmptySnapshot)
