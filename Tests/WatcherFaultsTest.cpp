@@ -1,15 +1,10 @@
-#include "Lib/Util/FS/DirectoryChecker.h"
-#include "Lib/Util/FS/DirectoryWatcher.h"
-
+#include "Tests/Support/BothWatchersFixture.h"
 #include "Tests/Support/ByteFolder.h"
-#include "Tests/Support/SignalLog.h"
-#include "Tests/Support/WatcherFixture.h"
 
 #include <QFile>
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <climits>
@@ -141,11 +136,9 @@ using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::StartsWith;
-using Tests::SignalLog;
-using Tests::WatcherFixture;
-using Zendra::LW::DirectoryChecker;
+using Tests::BothWatchersFixture;
 
-class WatcherFaultsTest : public WatcherFixture
+class WatcherFaultsTest : public BothWatchersFixture
 {
 protected:
     WatcherFaultsTest() { folder.MakeFolder(QStringLiteral("root")); }
@@ -161,48 +154,6 @@ protected:
     {
         TheFaults().brokenFolder = Path(path).toStdString();
         TheFaults().readableEntries = entries;
-    }
-
-    void StartBoth(unsigned int depth = 0, const QStringList& nameFilters = {}, const Predicate& filter = {})
-    {
-        ASSERT_TRUE(watcher->StartWatching(Path("root"), nameFilters, filter, depth));
-        ASSERT_TRUE(checker.StartWatching(Path("root"), nameFilters, filter, depth));
-        Clear();
-    }
-
-    void Clear()
-    {
-        signalLog.Clear();
-        checkerLog.Clear();
-    }
-
-    /// Lets both see all that has happened, and both report it.
-    void Settle()
-    {
-        HandleAllNotices();
-        checker.CheckFolder();
-    }
-
-    // Notices of one batch come in no particular order.
-    Texts WatcherSaw() const { return Sorted(signalLog.Entries()); }
-    Texts CheckerSaw() const { return Sorted(checkerLog.Entries()); }
-
-    Texts CheckerFiles() const
-    {
-        Texts files;
-        for (const QFileInfo& info : checker.GetFileInfoList())
-            files.push_back(info.filePath().mid(folder.Path().size() + 1).toStdString());
-        return files;
-    }
-
-    DirectoryChecker checker;
-    SignalLog checkerLog{checker, folder.Path()};
-
-private:
-    static Texts Sorted(Texts entries)
-    {
-        std::sort(entries.begin(), entries.end());
-        return entries;
     }
 };
 

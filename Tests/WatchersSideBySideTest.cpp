@@ -1,12 +1,6 @@
-#include "Lib/Util/FS/DirectoryChecker.h"
-#include "Lib/Util/FS/DirectoryWatcher.h"
-
-#include "Tests/Support/SignalLog.h"
-#include "Tests/Support/WatcherFixture.h"
+#include "Tests/Support/BothWatchersFixture.h"
 
 #include <gmock/gmock.h>
-
-#include <algorithm>
 
 // What each of the two watchers sees of the same events: the choice between them.
 
@@ -16,56 +10,10 @@ using testing::AnyOf;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
-using Tests::SignalLog;
-using Tests::WatcherFixture;
-using Zendra::LW::DirectoryChecker;
-using Zendra::LW::IDirectoryWatcher;
+using Tests::BothWatchersFixture;
 
-class WatchersSideBySideTest : public WatcherFixture
+class WatchersSideBySideTest : public BothWatchersFixture
 {
-protected:
-    /// Starts both in a folder below the test's own, which the test may then delete or rename.
-    void StartBoth(unsigned int depth = 0)
-    {
-        ASSERT_TRUE(watcher->StartWatching(Path("root"), {}, {}, depth));
-        ASSERT_TRUE(checker.StartWatching(Path("root"), {}, {}, depth));
-        Clear();
-    }
-
-    void Clear()
-    {
-        signalLog.Clear();
-        checkerLog.Clear();
-    }
-
-    /// Lets both see all that has happened, and both report it.
-    void Settle()
-    {
-        HandleAllNotices();
-        checker.CheckFolder();
-    }
-
-    // Notices of one batch come in no particular order.
-    Texts WatcherSaw() const { return Sorted(signalLog.Entries()); }
-    Texts CheckerSaw() const { return Sorted(checkerLog.Entries()); }
-
-    Texts CheckerFiles() const
-    {
-        Texts files;
-        for (const QFileInfo& info : checker.GetFileInfoList())
-            files.push_back(info.filePath().mid(folder.Path().size() + 1).toStdString());
-        return files;
-    }
-
-    DirectoryChecker checker;
-    SignalLog checkerLog{checker, folder.Path()};
-
-private:
-    static Texts Sorted(Texts entries)
-    {
-        std::sort(entries.begin(), entries.end());
-        return entries;
-    }
 };
 
 TEST_F(WatchersSideBySideTest, BothSeeFilesComeChangeAndGo)
