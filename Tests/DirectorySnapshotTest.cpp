@@ -1341,6 +1341,20 @@ TEST_F(TakeNewFilesTest, TakesALinkOfTheSameNameForTheFileThatIsThere)
     EXPECT_THAT(taken, IsEmpty());
 }
 
+TEST_F(TakeNewFilesTest, GoesOnWithTheNextFileAfterSuchALink)
+{
+    Have({"b.txt"});
+    folder.MakeFolder(QStringLiteral("sub"));
+    folder.Link(QStringLiteral("../b.txt"), QStringLiteral("sub/b.txt"));
+    Write({"a.txt", "c.txt"});
+    SetPredicate([](const QString&) { return true; });
+
+    Pass();
+
+    EXPECT_THAT(asked, ElementsAre("a.txt", "c.txt"));
+    EXPECT_THAT(taken, ElementsAre(Taken{0, "a.txt", false}, Taken{-1, "c.txt", false}));
+}
+
 TEST_F(TakeNewFilesTest, TakesEveryFileIntoAnEmptySnapshotAlsoOneThatIsALinkToAnother)
 {
     Write({"a.txt"});
@@ -1573,6 +1587,25 @@ TEST_F(TakeNewFilesTest, TakesNothingTwiceThatAPassInsideThePredicateHasTaken)
 
     EXPECT_THAT(Paths(), ElementsAre("a.txt", "b.txt", "c.txt", "d.txt"));
     EXPECT_THAT(taken, SizeIs(3));
+}
+
+TEST_F(TakeNewFilesTest, GoesOnAfterAFileThatAPassInsideThePredicateHasTaken)
+{
+    Have({"b.txt"});
+    Write({"a.txt", "c.txt"});
+    bool outside = true;
+    SetPredicate([&](const QString& name) {
+        if (std::exchange(outside, false)) {
+            Pass();
+            outside = true;
+        }
+        return outside || name == QStringLiteral("a.txt");
+    });
+
+    Pass();
+
+    EXPECT_THAT(Paths(), ElementsAre("a.txt", "b.txt", "c.txt"));
+    EXPECT_THAT(taken, SizeIs(2));
 }
 
 TEST_F(TakeNewFilesTest, TakesNothingTwiceThatAPassInsideThePredicateHasPutIntoTheEmptySnapshot)
