@@ -1120,6 +1120,19 @@ TEST_F(UnchangedFileTest, IsNoneThatHasLeft)
     EXPECT_FALSE(snapshot.IsUnchanged(File("b.txt")));
 }
 
+TEST_F(UnchangedFileTest, IsNotHeldAgainstTheTimeOfBeforeAClear)
+{
+    HaveWithTime({"a.txt"});
+    ASSERT_TRUE(snapshot.IsUnchanged(File("a.txt")));
+    snapshot.Clear();
+    SetTime("a.txt", time.addSecs(5));
+    snapshot.Append(File("a.txt"));
+    MakePass();
+    SetTime("a.txt", time);
+
+    EXPECT_FALSE(snapshot.IsUnchanged(File("a.txt")));
+}
+
 TEST_F(UnchangedFileTest, IsNoneOfWhichThereAreTwoEntries)
 {
     HaveWithTime({"a.txt"});
@@ -1402,6 +1415,18 @@ TEST_F(TakeNewFilesTest, TakesAllFilesInAgainAfterAClear)
     Pass();
 
     EXPECT_THAT(taken, ElementsAre(Taken{-1, "a.txt", true}, Taken{-1, "b.txt", true}));
+}
+
+TEST_F(TakeNewFilesTest, KnowsNoFileOfBeforeAClear)
+{
+    Have({"a.txt"});
+    Pass();
+    snapshot.Clear();
+    snapshot.Append(NewFile("b.txt"));
+
+    Pass();
+
+    EXPECT_THAT(taken, ElementsAre(Taken{0, "a.txt", false}));
 }
 
 TEST_F(TakeNewFilesTest, KnowsAFileOfWhichOneOfTwoEntriesHasLeft)
