@@ -118,7 +118,7 @@ TEST(AlertBoxTest, ShowsTheTitleTheTextAndTheButtons)
 
 TEST(AlertBoxTest, ShowsTheTextAsItIsWhenItLooksLikeMarkup)
 {
-    const QString markup = QStringLiteral("No such folder: /home/<b>me</b>/&lt;&amp;\n%1");
+    const QString markup = QStringLiteral(" \nNo such folder: /home/<b>me</b>/&lt;&amp;  two\n%1 ");
     AlertBox box(AlertBox::Level::Warning, QString(), markup, QMessageBox::Ok, nullptr, dialog);
     QString text;
     Qt::TextFormat format = Qt::AutoText;

@@ -2,7 +2,9 @@
 
 #include <QFileInfo>
 #include <QImage>
+#include <QMap>
 #include <QProcess>
+#include <QProcessEnvironment>
 #include <QRegularExpression>
 #include <QSet>
 
@@ -19,10 +21,19 @@ struct Tour
     QStringList lines;
 };
 
-/// Runs the example and waits for its end.
-Tour Play(const QStringList& arguments)
+using Variables = QMap<QString, QString>;
+
+/// Runs the example and waits for its end; in English, unless the variables say otherwise.
+Tour Play(const QStringList& arguments, const Variables& variables = {})
 {
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("LC_ALL"), QStringLiteral("C.UTF-8"));
+    environment.remove(QStringLiteral("LANGUAGE"));
+    for (auto variable = variables.begin(); variable != variables.end(); ++variable)
+        environment.insert(variable.key(), variable.value());
+
     QProcess process;
+    process.setProcessEnvironment(environment);
     process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     process.start(QStringLiteral(RECORDINGS_FOLDER), arguments);
     Tour tour;
@@ -33,7 +44,7 @@ Tour Play(const QStringList& arguments)
         return tour;
     }
     tour.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-    tour.lines = QString::fromLocal8Bit(process.readAllStandardOutput()).split(QLatin1Char('\n'));
+    tour.lines = QString::fromUtf8(process.readAllStandardOutput()).split(QLatin1Char('\n'));
     return tour;
 }
 
@@ -172,3 +183,55 @@ TEST(RecordingsTourTest, RefusesAnUnknownOption)
 
     EXPECT_EQ(tour.exitCode, 2);
 }
+
+#ifdef HAS_GERMAN_CATALOGUE
+
+TEST(RecordingsTourTest, SpeaksTheUsersLanguage)
+{
+    const TempFolder folder;
+
+    const Tour tour = Play({QStringLiteral("--tour"), folder.Path(QStringLiteral("Aufnahmen"))},
+                           {{QStringLiteral("LANGUAGE"), QStringLiteral("de")}});
+
+    EXPECT_EQ(tour.exitCode, 0);
+    const QString output = tour.lines.join(QLatin1Char('\n'));
+    for (const char* text :
+         {"Das ist kein Ordner: /", // the alert, which the libraries put together
+          "FileAdded \"Von einem anderen Programm.png\" nach ", "\"Recording 4.png\" l\xC3\xB6schen?",
+          "Jedes Signal kam. Die Aufnahmen liegen in "}) {
+        EXPECT_TRUE(output.contains(QString::fromUtf8(text))) << text << " is not in\n"
+                                                              << output.toStdString();
+    }
+    EXPECT_FALSE(output.contains(QStringLiteral(" after ")));
+}
+
+TEST(RecordingsTourTest, TakesTheLanguageFromTheLocale)
+{
+    const Tour help =
+        Play({QStringLiteral("--help")}, {{QStringLiteral("LC_ALL"), QStringLiteral("de_DE.UTF-8")}});
+
+    EXPECT_EQ(help.exitCode, 0);
+    EXPECT_TRUE(help.lines.contains(
+        QStringLiteral("Zeigt die Aufnahmen in einem Ordner und verfolgt, was mit ihnen geschieht.")));
+    EXPECT_TRUE(help.lines.contains(QStringLiteral("Optionen:"))) << "Qt's own catalogue";
+}
+
+TEST(RecordingsTourTest, PrefersEnglishToTheUsersSecondLanguage)
+{
+    const Tour help =
+        Play({QStringLiteral("--help")}, {{QStringLiteral("LANGUAGE"), QStringLiteral("en_GB:de")}});
+
+    EXPECT_TRUE(help.lines.contains(
+        QStringLiteral("Shows the recordings in a folder and follows what happens to them.")));
+}
+
+TEST(RecordingsTourTest, TakesTheFirstLanguageThatItHas)
+{
+    const Tour help =
+        Play({QStringLiteral("--help")}, {{QStringLiteral("LANGUAGE"), QStringLiteral("eo:de:en")}});
+
+    EXPECT_TRUE(help.lines.contains(
+        QStringLiteral("Zeigt die Aufnahmen in einem Ordner und verfolgt, was mit ihnen geschieht.")));
+}
+
+#endif

@@ -3,6 +3,7 @@
 #include "Examples/RecordingsFolder/OtherProgram.h"
 #include "Examples/RecordingsFolder/RecordingsWindow.h"
 #include "Examples/RecordingsFolder/Tour.h"
+#include "Examples/RecordingsFolder/Translation.h"
 #include "Lib/Interfaces/InstanceRegistry.h"
 #include "Lib/Util/FS/FileManager.h"
 
@@ -42,8 +43,8 @@ void MakeDark()
 int main(int argc, char* argv[])
 {
     google::InitGoogleLogging(argv[0]);
-    CommandLine commandLine(Arguments(argc, argv));
-    Options options = commandLine.Result();
+    const QStringList arguments = Arguments(argc, argv);
+    Options options = CommandLine(arguments).Result();
     if (options.role == Options::Role::OtherProgram)
         return RunAsOtherProgram(options.otherProgramsOrder);
 
@@ -57,8 +58,10 @@ int main(int argc, char* argv[])
     }
 
     QApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
-    const QApplication application(argc, argv);
-    commandLine.HandleHelpAndErrors();
+    QApplication application(argc, argv);
+    InstallTranslations(application);
+    // Once more, as its help and its complaints are in the user's language only from here on.
+    CommandLine(arguments).HandleHelpAndErrors();
     if (options.dark)
         MakeDark();
 

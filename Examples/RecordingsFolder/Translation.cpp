@@ -1,0 +1,45 @@
+#include "Examples/RecordingsFolder/Translation.h"
+
+#include <QCoreApplication>
+#include <QLibraryInfo>
+#include <QLocale>
+#include <QTranslator>
+
+namespace RecordingsFolder {
+namespace {
+
+void Install(QCoreApplication& application, const QLocale& language, const QString& name,
+             const QString& folder)
+{
+    auto* const translator = new QTranslator(&application);
+    if (translator->load(language, name, QStringLiteral("_"), folder))
+        QCoreApplication::installTranslator(translator);
+}
+
+bool HasCatalogue(const QLocale& language)
+{
+    QTranslator translator;
+    return translator.load(language, QStringLiteral("RecordingsFolder"), QStringLiteral("_"),
+                           QStringLiteral(":/translations"));
+}
+
+} // namespace
+
+void InstallTranslations(QCoreApplication& application)
+{
+    for (const QString& name : QLocale::system().uiLanguages()) {
+        const QLocale language(name);
+        // What the sources are written in needs no catalogue, and comes before the user's second choice.
+        if (language.language() == QLocale::English)
+            return;
+        if (HasCatalogue(language)) {
+            Install(application, language, QStringLiteral("qtbase"),
+                    QLibraryInfo::location(QLibraryInfo::TranslationsPath));
+            Install(application, language, QStringLiteral("RecordingsFolder"),
+                    QStringLiteral(":/translations"));
+            return;
+        }
+    }
+}
+
+} // namespace RecordingsFolder
