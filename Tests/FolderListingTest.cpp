@@ -5,6 +5,7 @@
 #include "Tests/Support/TempFolder.h"
 #include "Tests/Support/WildFolder.h"
 
+#include <QDir>
 #include <QFile>
 
 #include <gmock/gmock.h>
@@ -205,6 +206,17 @@ TEST_F(FolderListingTest, TakesAnEmptyPathForTheCurrentFolder)
 }
 
 #ifdef __linux__
+
+TEST_F(FolderListingTest, LeavesNoFolderOpen)
+{
+    const TempFolder folder;
+    const QDir descriptors(QStringLiteral("/proc/self/fd"));
+    const uint before = descriptors.count();
+
+    ListFolder(folder.Path(), {}, ListedFolders::All);
+
+    EXPECT_EQ(QDir(descriptors.path()).count(), before);
+}
 
 TEST_F(FolderListingTest, EndsWhereTheFolderCannotBeReadOn)
 {
