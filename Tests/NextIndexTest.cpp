@@ -7,6 +7,7 @@
 
 #include <boost/exception/exception.hpp>
 #include <boost/filesystem/exception.hpp>
+#include <boost/multiprecision/cpp_int.hpp>
 
 #include <gmock/gmock.h>
 
@@ -21,6 +22,9 @@
 #include <type_traits>
 #include <vector>
 
+#ifdef __GLIBC__
+#    include <malloc.h>
+#endif
 #include <sys/stat.h>
 
 namespace {
@@ -431,6 +435,46 @@ TEST(NextIndexTest, ThrowsForAFile)
     const std::string file = Native(folder.Write(QStringLiteral("file")));
 
     EXPECT_THROW(GetNextAvaliableIndex(file, std::regex("a")), boost::filesystem::filesystem_error);
+}
+
+/// While it lives, memory that is handed out holds no zeros.
+class DirtyMemory
+{
+public:
+#ifdef __GLIBC__
+    DirtyMemory()
+    {
+        ::mallopt(M_PERTURB, 0x5A);
+    }
+    ~DirtyMemory()
+    {
+        ::mallopt(M_PERTURB, 0);
+    }
+#else
+    DirtyMemory() = default;
+#endif
+    DirtyMemory(const DirtyMemory&) = delete;
+    DirtyMemory& operator=(const DirtyMemory&) = delete;
+};
+
+class LongOctalTest : public testing::TestWithParam<unsigned int>
+{
+};
+
+// Each of these numbers has one bit, in the first digit, and that bit is the first of a machine word.
+INSTANTIATE_TEST_SUITE_P(Exponents, LongOctalTest, testing::Values(64u, 128u, 256u, 320u));
+
+TEST_P(LongOctalTest, IsReadAsItStandsThere)
+{
+    const unsigned int exponent = GetParam();
+    const std::string digits = std::to_string(1u << exponent % 3) + std::string(exponent / 3, '0');
+    const NumberedFolder folder({"a0" + digits, "a000" + digits, "a1"});
+    const DirtyMemory dirty;
+
+    const std::string next = folder.Next(R"(a(\d+))");
+
+    using boost::multiprecision::cpp_int;
+    EXPECT_EQ(next, cpp_int((cpp_int(1) << exponent) + 1).str());
 }
 
 TEST(NextIndexTest, ThrowsForAFolderThatMayNotBeRead)

@@ -30,6 +30,20 @@ std::string_view NameOf(const boost::filesystem::directory_entry& entry)
     return std::string_view(path).substr(path.rfind(boost::filesystem::path::separator) + 1);
 }
 
+/// Whether cpp_int reads a text that is not empty as octal.
+bool IsOctal(const std::string& text)
+{
+    return text[0] == '0' && text[1] != 'x' && text[1] != 'X';
+}
+
+cpp_int ReadOctal(const std::string& digits)
+{
+    cpp_int number = 0;
+    for (const char digit : digits)
+        number = number * 8 + (digit - '0');
+    return number;
+}
+
 /// Reads a text that is not empty, as cpp_int does.
 cpp_int ReadNumber(const std::csub_match& text)
 {
@@ -39,7 +53,11 @@ cpp_int ReadNumber(const std::csub_match& text)
     if (*text.first != '0' && error == std::errc() && end == text.second)
         return number;
     // Intended: the text decides the base, so a padded number is octal and 08 is an error.
-    return cpp_int(text.str());
+    const std::string digits = text.str();
+    const cpp_int value(digits);
+    // It knows which texts are octal numbers, but some that are longer than a machine word it reads together
+    // with memory that it has not cleared.
+    return IsOctal(digits) ? ReadOctal(digits) : value;
 }
 
 } // namespace
