@@ -2,8 +2,10 @@
 
 #include <QDir>
 #include <QFile>
+#include <QStringBuilder>
 
 #include <algorithm>
+#include <cstring>
 #include <memory>
 
 #include <dirent.h>
@@ -47,10 +49,20 @@ Kind KindOf(const dirent& entry, const QFileInfo& info)
     }
 }
 
-/// Such a name is the same in every encoding.
-bool IsAscii(const QString& name)
+bool IsAscii(const char* name)
 {
-    return std::all_of(name.begin(), name.end(), [](QChar character) { return character.unicode() < 0x80; });
+    return std::all_of(name, name + std::strlen(name),
+                       [](char character) { return (character & 0x80) == 0; });
+}
+
+/// A string of just the size that it needs, for it stays as long as the file is known; null for a name that
+/// is no text in the locale's encoding: its QString would not open it.
+QString PathOf(const QString& prefix, const char* name)
+{
+    if (IsAscii(name)) // the same in every encoding
+        return prefix % QLatin1String(name);
+    const QString decoded = QFile::decodeName(name);
+    return QFile::encodeName(decoded) == name ? prefix % decoded : QString();
 }
 
 } // namespace
@@ -72,11 +84,11 @@ FolderListing ListFolder(const QString& dirPath, const QStringList& nameFilters,
     while (const dirent* entry = ::readdir(folder.get())) {
         if (entry->d_name[0] == '.')
             continue;
-        const QString name = QFile::decodeName(entry->d_name);
-        if (!IsAscii(name) && QFile::encodeName(name) != entry->d_name)
-            continue; // no text in the locale's encoding: its QString would not open it
+        const QString path = PathOf(prefix, entry->d_name);
+        if (path.isNull())
+            continue;
 
-        const QFileInfo info(prefix + name);
+        const QFileInfo info(path);
         const Kind kind = KindOf(*entry, info);
         if (kind == Kind::File)
             listing.files.append(info);
