@@ -140,6 +140,16 @@ TEST_F(DirectoryWatcherStartTest, KeepsItsPathAsItWasGivenButRegistersFilesByThe
     EXPECT_THAT(RegisteredFolders(), ElementsAre("root"));
 }
 
+TEST_F(DirectoryWatcherStartTest, RegistersFilesByCleanPathsWhenItsOwnIsNone)
+{
+    Write({"root/a.txt", "root/sub/b.txt"});
+
+    watcher->StartWatching(folder.Path() + QStringLiteral("/root/../root"), {}, {}, 1);
+
+    EXPECT_THAT(Files(), SizeIs(2));
+    EXPECT_THAT(System()->files(), UnorderedElementsAre(Path("root/a.txt"), Path("root/sub/b.txt")));
+}
+
 TEST_F(DirectoryWatcherStartTest, AsksThePredicateAboutEachFileOnceInOrder)
 {
     Write({"c.txt", "sub/a.txt", "b.txt"});

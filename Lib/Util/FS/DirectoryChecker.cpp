@@ -1,5 +1,6 @@
 #include "Lib/Util/FS/DirectoryChecker.h"
 
+#include "Lib/Util/FS/AbsolutePath.h"
 #include "Lib/Util/FS/DirectorySnapshot.h"
 
 #include <glog/logging.h>
@@ -27,8 +28,7 @@ struct DirectoryChecker::Impl
     bool IsCertainlyUnchanged(const QFileInfo& info) const
     {
         // What a relative path means depends on the current folder, which may be another one by now.
-        const bool isPlain = info.filePath() == info.absoluteFilePath();
-        return isPlain && snapshot.IsUnchanged(info);
+        return IsAbsoluteAndClean(info.filePath()) && snapshot.IsUnchanged(info);
     }
 };
 

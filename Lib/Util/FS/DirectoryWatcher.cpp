@@ -1,5 +1,6 @@
 #include "Lib/Util/FS/DirectoryWatcher.h"
 
+#include "Lib/Util/FS/AbsolutePath.h"
 #include "Lib/Util/FS/DirectorySnapshot.h"
 
 #include <QFileSystemWatcher>
@@ -66,6 +67,19 @@ void NeverWaitForNotices(const QFileSystemWatcher& watcher)
     }
 }
 
+/// The paths to register files by. Copies that lie side by side in memory: Qt holds each path against all
+/// those before it, and the files' own lie scattered.
+QStringList PathsToRegister(const QList<QFileInfo>& files)
+{
+    QStringList paths;
+    paths.reserve(files.size());
+    for (const QFileInfo& info : files) {
+        const QString path = AbsolutePathOf(info);
+        paths.append(QString(path.constData(), path.size()));
+    }
+    return paths;
+}
+
 } // namespace
 
 struct DirectoryWatcher::Impl
@@ -78,10 +92,10 @@ struct DirectoryWatcher::Impl
     bool IsInsideHandler() const { return handlers->count > 0; }
 
     /// Before the file enters the snapshot: what happens to it between the two is then noticed.
-    void Register(const QFileInfo& info)
+    void Register(const QString& path)
     {
         if (watcher)
-            watcher->addPath(info.absoluteFilePath());
+            watcher->addPath(path);
     }
 
     void LetGoOfWatcher(const DirectoryWatcher* receiver)
@@ -141,9 +155,10 @@ bool DirectoryWatcher::StartWatching(const QString& dirPath, const QStringList& 
     snapshot.filter = filter;
     snapshot.depth = depth;
     snapshot.Reserve(accepted.size());
-    for (const QFileInfo& info : accepted) {
-        impl->Register(info);
-        snapshot.Append(info);
+    const QStringList paths = PathsToRegister(accepted);
+    for (int i = 0; i < accepted.size(); ++i) {
+        impl->Register(paths.at(i));
+        snapshot.Append(accepted.at(i));
     }
     Q_EMIT WatchingStarted();
     return true;
@@ -180,7 +195,7 @@ void DirectoryWatcher::OnDirectoryChanged(const QString& path)
                           [&](int place, const QFileInfo& info, bool snapshotWasEmpty) {
                               // Intended: files that fill an empty snapshot are not registered.
                               if (!snapshotWasEmpty)
-                                  impl->Register(info);
+                                  impl->Register(AbsolutePathOf(info));
                               snapshot.Insert(place, info);
                               Q_EMIT FileAdded(info);
                           });
