@@ -89,7 +89,7 @@ void AddObserverPass()
                     signal(path);
             }
         },
-        9);
+        51);
     AddDoer(
         work, Doer::library,
         [path](benchmark::State& state) {
@@ -103,7 +103,7 @@ void AddObserverPass()
                         std::bind(&Observer::OnFile, std::placeholders::_1, path));
             }
         },
-        9);
+        51);
 }
 
 } // namespace
