@@ -12,18 +12,17 @@
 
 namespace {
 
-const char* const preface =
-    "# How fast it is\n\n"
-    "Written by `./scripts/bench`. Each figure is the median of several runs in one process, of a single one "
-    "for a "
-    "million\nfiles, in processor time; the runs of all that do the same work are mixed, so that what else "
-    "the machine "
-    "does\ncounts little. What holds elsewhere is the ratios.\n\n"
-    "Measured against: (r) a raw walk by `readdir`, and `fstatat` where times are needed; (p) the polling "
-    "loop that a\n"
-    "user would write with `std::filesystem`; (t) the rules written down with `QDir`, `std::sort` and "
-    "`QFileInfo`;\n"
-    "bare: the same work by hand, without the library.\n\n";
+const char* const preface = R"(# How fast it is
+
+Written by `./scripts/bench`. Each figure is the median of several runs in one process, in processor time; the runs
+of all that do the same work are mixed, so that what else the machine does counts little. What holds elsewhere is
+the ratios.
+
+Measured against: (r) a raw walk by `readdir`, and `fstatat` where times are needed; (p) the polling loop that a
+user would write with `std::filesystem`; (t) the rules written down with `QDir`, `std::sort` and `QFileInfo`;
+bare: the same work by hand, without the library.
+
+)";
 
 std::string Report()
 {

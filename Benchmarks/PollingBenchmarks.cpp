@@ -83,7 +83,7 @@ void TimeStatWalk(SharedTree& tree, benchmark::State& state)
 
 void AddShape(const std::shared_ptr<SharedTree>& tree, bool withTranscription)
 {
-    const int repetitions = tree->folders * tree->filesPerFolder > 500000 ? 1 : 5;
+    const int repetitions = tree->folders * tree->filesPerFolder > 500000 ? 3 : 5;
     const auto raw = [tree](benchmark::State& state) { TimeStatWalk(*tree, state); };
 
     const Work start{"DirectoryChecker::StartWatching, " + tree->shape, Doer::polling, 1.0};
