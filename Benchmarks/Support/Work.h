@@ -28,8 +28,8 @@ struct Work
 void AddDoer(const Work& work, const std::string& doer, std::function<void(benchmark::State&)> run,
              int repetitions = 5);
 
-/// Runs the works one after the other, so that the runs of those who do the same work can be mixed: what slows
-/// the machine down for a while then slows them all down. Keeps to --benchmark_filter.
+/// Runs the works one after the other, so that the runs of those who do the same work can be mixed: what
+/// slows the machine down for a while then slows them all down. Keeps to --benchmark_filter.
 void RunAllWorks();
 
 /// The folders are small and everything runs once: only to see that it runs.
