@@ -18,14 +18,12 @@
 
 #include <glog/logging.h>
 
-#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <iostream>
 #include <map>
 #include <set>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <poll.h>
@@ -42,6 +40,8 @@ namespace Soak {
 namespace {
 
 constexpr unsigned int depth = 3;
+/// Leaves the watchers time to see most states, and the machine time for others.
+constexpr int betweenOperationsMilliseconds = 1;
 constexpr int passMilliseconds = 15;
 constexpr int sampleMilliseconds = 100;
 constexpr int watcherRestartMilliseconds = 700;
@@ -60,10 +60,11 @@ Tests::FolderOperations::Kinds PlainFiles()
     return kinds;
 }
 
+/// Waits for the end of the input, but not for long.
 bool IsInputClosed()
 {
     pollfd input = {STDIN_FILENO, POLLIN, 0};
-    return ::poll(&input, 1, 0) > 0;
+    return ::poll(&input, 1, betweenOperationsMilliseconds) > 0;
 }
 
 /// The other process: plays until its input is closed, and writes down what it does.
@@ -71,11 +72,8 @@ int Operate(const std::string& playground, unsigned int seed)
 {
     Tests::Choices choices(seed);
     Tests::FolderOperations operations(playground, PlainFiles());
-    while (!IsInputClosed()) {
+    while (!IsInputClosed())
         std::cout << operations.Perform(choices) << '\n' << std::flush;
-        // Leaves the watchers time to see most states, and the machine time for others.
-        std::this_thread::sleep_for(std::chrono::microseconds(300));
-    }
     return 0;
 }
 
