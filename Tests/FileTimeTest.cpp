@@ -8,10 +8,9 @@
 
 #include <gtest/gtest.h>
 
-#include <optional>
-
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace Zendra::LW {
 namespace {
@@ -46,10 +45,27 @@ TEST(FileTimeTest, IsNoneWhereThereIsNoFile)
 {
     const Tests::TempFolder folder;
 
-    EXPECT_EQ(ReadModificationTime(folder.Path(QStringLiteral("missing"))), std::nullopt);
+    EXPECT_EQ(ReadModificationTime(folder.Path(QStringLiteral("missing"))), unreadableTime);
     EXPECT_EQ(ReadModificationTime(folder.Link(QStringLiteral("missing"), QStringLiteral("link"))),
-              std::nullopt);
-    EXPECT_EQ(ReadModificationTime(QString()), std::nullopt);
+              unreadableTime);
+    EXPECT_EQ(ReadModificationTime(QString()), unreadableTime);
+}
+
+TEST(FileTimeTest, IsTheSameBehindAnOpenFolder)
+{
+    const Tests::TempFolder folder;
+    folder.Write(QStringLiteral("a"));
+    folder.SetModificationTime(QStringLiteral("a"), QDateTime::fromMSecsSinceEpoch(1500000000123));
+    folder.Link(QStringLiteral("a"), QStringLiteral("link"));
+    const int descriptor = ::open(QFile::encodeName(folder.Path()).constData(), O_RDONLY);
+
+    const qint64 times[] = {ReadModificationTime(descriptor, "a"), ReadModificationTime(descriptor, "link"),
+                            ReadModificationTime(descriptor, "missing")};
+    ::close(descriptor);
+
+    EXPECT_EQ(times[0], 1500000000123);
+    EXPECT_EQ(times[1], 1500000000123);
+    EXPECT_EQ(times[2], unreadableTime);
 }
 
 } // namespace

@@ -5,8 +5,10 @@
 #include "Tests/Support/TempFolder.h"
 #include "Tests/Support/WildFolder.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QSet>
 
 #include <gmock/gmock.h>
 
@@ -67,10 +69,44 @@ using Tests::ByteFolder;
 using Tests::CurrentFolder;
 using Tests::TempFolder;
 using Tests::WildFolder;
-using Zendra::LW::FolderListing;
-using Zendra::LW::ListedFolders;
-using Zendra::LW::ListFolder;
-using Zendra::LW::ListFolderWithQt;
+using Zendra::LW::ListedFile;
+using Zendra::LW::ListedFiles;
+using Zendra::LW::ListingOptions;
+using Zendra::LW::unreadableTime;
+using Times = ListingOptions::Times;
+
+enum class ListedFolders
+{
+    None,
+    All
+};
+
+struct FolderListing : ListedFiles
+{
+    QStringList subfolders;
+};
+
+ListingOptions OptionsFor(const QStringList& nameFilters, ListedFolders folders)
+{
+    ListingOptions options;
+    options.nameFilters = nameFilters;
+    options.subfolders = folders == ListedFolders::All;
+    return options;
+}
+
+FolderListing ListFolder(const QString& path, const QStringList& nameFilters, ListedFolders folders)
+{
+    FolderListing listing;
+    listing.subfolders = Zendra::LW::ListFolder(path, OptionsFor(nameFilters, folders), listing);
+    return listing;
+}
+
+FolderListing ListFolderWithQt(const QString& path, const QStringList& nameFilters, ListedFolders folders)
+{
+    FolderListing listing;
+    listing.subfolders = Zendra::LW::ListFolderWithQt(path, OptionsFor(nameFilters, folders), listing);
+    return listing;
+}
 
 std::vector<std::string> Texts(const QStringList& paths)
 {
@@ -83,8 +119,8 @@ std::vector<std::string> Texts(const QStringList& paths)
 std::vector<std::string> FilesOf(const FolderListing& listing)
 {
     QStringList paths;
-    for (const QFileInfo& info : listing.files)
-        paths.append(info.filePath());
+    for (const ListedFile& file : listing.files)
+        paths.append(file.info.filePath());
     return Texts(paths);
 }
 
@@ -98,6 +134,7 @@ void ExpectTheListingOfQt(const QString& path)
 
         EXPECT_EQ(FilesOf(listing), FilesOf(expected));
         EXPECT_EQ(Texts(listing.subfolders), Texts(expected.subfolders));
+        EXPECT_EQ(listing.behindLinks, expected.behindLinks);
     }
 }
 
@@ -203,6 +240,133 @@ TEST_F(FolderListingTest, TakesAnEmptyPathForTheCurrentFolder)
     const CurrentFolder here(folder.Path());
 
     EXPECT_THAT(FilesOf(ListFolder(QString(), {}, ListedFolders::None)), ElementsAre("./a"));
+}
+
+TEST_F(FolderListingTest, AddsToWhatWasListedBefore)
+{
+    const TempFolder folder;
+    folder.Write(QStringLiteral("1/a"));
+    folder.Write(QStringLiteral("2/b"));
+    ListedFiles listed;
+
+    Zendra::LW::ListFolder(folder.Path(QStringLiteral("1")), {}, listed);
+    Zendra::LW::ListFolder(folder.Path(QStringLiteral("2")), {}, listed);
+
+    EXPECT_THAT(listed.files, SizeIs(2));
+}
+
+/// The two ways to list a folder, by the name filters that lead to them.
+class ListingWayTest : public FolderListingTest, public testing::WithParamInterface<QStringList>
+{
+protected:
+    ListedFiles List(ListingOptions options) const
+    {
+        options.nameFilters = GetParam();
+        options.subfolders = true;
+        ListedFiles listed;
+        Zendra::LW::ListFolder(folder.Path(), options, listed);
+        return listed;
+    }
+
+    const QDateTime earlier = QDateTime::fromMSecsSinceEpoch(1500000000123);
+    const QDateTime later = QDateTime::fromMSecsSinceEpoch(1600000000456);
+    const TempFolder folder;
+};
+
+INSTANTIATE_TEST_SUITE_P(Ways, ListingWayTest,
+                         testing::Values(QStringList(), QStringList{QStringLiteral("*")}));
+
+TEST_P(ListingWayTest, LeavesOutKnownFilesAndLinks)
+{
+    for (const char* name : {"a", "b", "c"})
+        folder.Write(QString::fromLatin1(name));
+    folder.Link(QStringLiteral("a"), QStringLiteral("link"));
+    folder.Link(QStringLiteral("a"), QStringLiteral("link2"));
+    const QSet<QString> known{folder.Path(QStringLiteral("a")), folder.Path(QStringLiteral("c")),
+                              folder.Path(QStringLiteral("link"))};
+    ListingOptions options;
+    options.known = &known;
+
+    QStringList paths;
+    for (const ListedFile& file : List(options).files)
+        paths.append(file.info.filePath());
+
+    EXPECT_THAT(Texts(paths),
+                testing::UnorderedElementsAre(folder.Path(QStringLiteral("b")).toStdString(),
+                                              folder.Path(QStringLiteral("link2")).toStdString()));
+}
+
+TEST_P(ListingWayTest, ListsAFolderInThePlaceOfAKnownFile)
+{
+    folder.Write(QStringLiteral("a/b"));
+    const QSet<QString> known{folder.Path(QStringLiteral("a"))};
+    ListingOptions options;
+    options.nameFilters = GetParam();
+    options.subfolders = true;
+    options.known = &known;
+    ListedFiles listed;
+
+    EXPECT_THAT(Zendra::LW::ListFolder(folder.Path(), options, listed), SizeIs(1));
+    EXPECT_THAT(listed.files, IsEmpty());
+}
+
+TEST_P(ListingWayTest, ReadsTimesOnlyWhereThatIsWanted)
+{
+    folder.Write(QStringLiteral("a"));
+    folder.SetModificationTime(QStringLiteral("a"), earlier);
+    ListingOptions whileListing;
+    whileListing.times = Times::ReadWhileListing;
+
+    const ListedFile read = List(whileListing).files.constFirst();
+    const ListedFile unread = List({}).files.constFirst();
+    folder.SetModificationTime(QStringLiteral("a"), later);
+
+    EXPECT_EQ(read.modificationTime, earlier.toMSecsSinceEpoch());
+    EXPECT_EQ(read.info.lastModified(), earlier);
+    EXPECT_EQ(unread.modificationTime, unreadableTime);
+    EXPECT_EQ(unread.info.lastModified(), later);
+}
+
+TEST_P(ListingWayTest, ReadsTheTimeOfALinksTarget)
+{
+    folder.Write(QStringLiteral("sub/a"));
+    folder.SetModificationTime(QStringLiteral("sub/a"), earlier);
+    folder.Link(QStringLiteral("sub/a"), QStringLiteral("link"));
+    ListingOptions options;
+    options.times = Times::ReadWhileListing;
+
+    EXPECT_EQ(List(options).files.constFirst().modificationTime, earlier.toMSecsSinceEpoch());
+}
+
+// What such a path leads to need not be what QFileInfo::absoluteFilePath() says.
+TEST_P(ListingWayTest, ReadsNoTimesBehindAPathThatIsNotCleanOrAbsolute)
+{
+    folder.Write(QStringLiteral("sub/a"));
+    const CurrentFolder here(folder.Path());
+    ListingOptions options;
+    options.nameFilters = GetParam();
+    options.times = Times::ReadWhileListing;
+    for (const QString& path : {folder.Path(QStringLiteral("sub/../sub")), QStringLiteral("sub")}) {
+        ListedFiles listed;
+        Zendra::LW::ListFolder(path, options, listed);
+
+        ASSERT_THAT(listed.files, SizeIs(1));
+        EXPECT_EQ(listed.files.constFirst().modificationTime, unreadableTime);
+    }
+}
+
+TEST_P(ListingWayTest, TellsWhetherThereAreLinks)
+{
+    folder.Write(QStringLiteral("a"));
+    folder.MakeFolder(QStringLiteral("sub"));
+    EXPECT_FALSE(List({}).behindLinks);
+
+    folder.Link(QStringLiteral("a"), QStringLiteral("link"));
+    EXPECT_TRUE(List({}).behindLinks);
+    folder.Remove(QStringLiteral("link"));
+
+    folder.Link(QStringLiteral("sub"), QStringLiteral("link"));
+    EXPECT_TRUE(List({}).behindLinks);
 }
 
 #ifdef __linux__

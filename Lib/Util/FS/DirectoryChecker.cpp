@@ -1,34 +1,80 @@
 #include "Lib/Util/FS/DirectoryChecker.h"
 
-#include "Lib/Util/FS/AbsolutePath.h"
 #include "Lib/Util/FS/DirectorySnapshot.h"
+#include "Lib/Util/FS/FileTime.h"
+#include "Lib/Util/FS/FileTimeReader.h"
+#include "Lib/Util/FS/FolderScan.h"
+#include "Lib/Util/FS/NewFiles.h"
+#include "Lib/Util/FS/WatchSettings.h"
+#include "Lib/Util/FS/WatchToken.h"
+
+#include <QScopeGuard>
 
 #include <glog/logging.h>
+
+#include <optional>
 
 namespace Zendra::LW {
 
 struct DirectoryChecker::Impl
 {
     DirectorySnapshot snapshot;
-    WatchTicketIssuer watch;
-    WatchTicketIssuer pass;
+    std::optional<DirectorySnapshot> beforeStart; ///< set while a start is asking the predicate
+    WatchTokenSource watch;
+    WatchTokenSource pass;
 
     /// Forgets everything. @return false when there was nothing to forget
     bool Reset()
     {
-        if (snapshot.dirPath.isEmpty())
+        if (snapshot.settings.dirPath.isEmpty())
             return false;
-        snapshot.dirPath = QString();
+        snapshot.settings = {};
         snapshot.Clear();
         return true;
     }
 
-    /// Whether OnFileChanged() is certain to have nothing to report of a known file; saves it the lookup and
-    /// the conversions of times. False says nothing.
-    bool IsCertainlyUnchanged(const QFileInfo& info) const
+    void UndoStart()
     {
-        // What a relative path means depends on the current folder, which may be another one by now.
-        return IsAbsoluteAndClean(info.filePath()) && snapshot.IsUnchanged(info);
+        if (beforeStart)
+            snapshot = *beforeStart;
+        beforeStart.reset();
+    }
+
+    void TakeInitialFiles(const QString& dirPath, const WatchToken& token)
+    {
+        using Times = ListingOptions::Times;
+        // A predicate may take its time, or change the file.
+        const Times times = snapshot.settings.filter ? Times::ReadLater : Times::ReadWhileListing;
+        // Intended: not cleared first, so a start after one with an empty path adds to its files.
+        NewFiles files = NewFiles::OfStart(snapshot, dirPath, times, token);
+        while (files.MoveNext())
+            files.TakeIn();
+    }
+
+    /// @return what identifies the files for the rest of the pass
+    DirectorySnapshot::Identity ReportNewFiles(DirectoryChecker& checker, const QString& path)
+    {
+        NewFiles files = NewFiles::OfPass(snapshot, path, watch.GetToken());
+        while (files.MoveNext())
+            Q_EMIT checker.FileAdded(files.TakeIn());
+        return files.GetIdentity();
+    }
+
+    void ReportDifference(DirectoryChecker& checker, const QString& filePath,
+                          DirectorySnapshot::Identity identity)
+    {
+        const QFileInfo info(filePath);
+        switch (snapshot.Update(info, identity)) {
+        case DirectorySnapshot::Difference::None:
+            break;
+        case DirectorySnapshot::Difference::Changed:
+            Q_EMIT checker.FileChanged(info);
+            break;
+        case DirectorySnapshot::Difference::Removed:
+            // Intended: reported even when there was nothing to remove.
+            Q_EMIT checker.FileRemoved(info);
+            break;
+        }
     }
 };
 
@@ -41,33 +87,33 @@ DirectoryChecker::~DirectoryChecker() = default;
 bool DirectoryChecker::StartWatching(const QString& dirPath, const QStringList& nameFilters,
                                      const std::function<bool(const QFileInfo&)>& filter, unsigned int depth)
 {
-    DirectorySnapshot& snapshot = impl->snapshot;
     // Intended: with an empty path the checker runs and still counts as idle.
-    if (!snapshot.dirPath.isEmpty()) {
+    if (!impl->snapshot.settings.dirPath.isEmpty()) {
         LOG(INFO) << "Can't start watching " << dirPath.toStdString() << ", already watch "
-                  << snapshot.dirPath.toStdString();
+                  << impl->snapshot.settings.dirPath.toStdString();
         return false;
     }
 
-    impl->watch.Renew();
-    const WatchTicket watch = impl->watch.Issue();
-    const QList<QFileInfo> accepted = DirectorySnapshot::GetAcceptedFiles(
-        dirPath, nameFilters, filter, depth, DirectorySnapshot::Metadata::ReadWithTheScan, watch);
-    // The predicate has started the checker itself.
-    if (watch.IsOver())
+    // Nothing stays of a start whose predicate begins another one.
+    impl->UndoStart();
+    impl->watch.Invalidate();
+    const WatchToken token = impl->watch.GetToken();
+    impl->beforeStart = impl->snapshot;
+    auto undoStart = qScopeGuard([&] { // when the predicate throws
+        if (!token.IsExpired())
+            impl->UndoStart();
+    });
+    impl->snapshot.settings = {nameFilters, MakeSharedPredicate(filter), QString(), depth};
+    impl->TakeInitialFiles(dirPath, token);
+    undoStart.dismiss();
+    // The predicate has begun another watch.
+    if (token.IsExpired())
         return false;
 
-    snapshot.nameFilters = nameFilters;
-    snapshot.filter = filter;
-    snapshot.depth = depth;
-    // Intended: not cleared first, so a start after one with an empty path adds to its files.
-    snapshot.Reserve(snapshot.fileInfos.size() + accepted.size());
-    for (const QFileInfo& info : accepted)
-        snapshot.Append(info);
-    snapshot.dirPath = dirPath;
-
+    impl->beforeStart.reset();
+    impl->snapshot.settings.dirPath = dirPath;
     Q_EMIT PathChanged(dirPath);
-    if (!watch.IsOver())
+    if (!token.IsExpired())
         Q_EMIT WatchingStarted();
     return true;
 }
@@ -76,65 +122,54 @@ void DirectoryChecker::StopWatching()
 {
     if (!impl->Reset())
         return;
-    impl->watch.Renew();
+    impl->watch.Invalidate();
     Q_EMIT WatchingStopped();
 }
 
 QString DirectoryChecker::GetWatchedDirPath() const
 {
-    return impl->snapshot.dirPath;
+    return impl->snapshot.settings.dirPath;
 }
 
 QList<QFileInfo> DirectoryChecker::GetFileInfoList() const
 {
-    return impl->snapshot.fileInfos;
+    return impl->snapshot.GetFileInfos();
 }
 
 void DirectoryChecker::CheckFolder()
 {
-    const WatchTicket watch = impl->watch.Issue();
+    const WatchToken watch = impl->watch.GetToken();
     // A pass that a slot makes looks at every known file and so ends this one: a file that it dropped would
     // otherwise stand for another one here.
-    impl->pass.Renew();
-    const WatchTicket pass = impl->pass.Issue();
-    const QList<QFileInfo> known = impl->snapshot.fileInfos;
-    // Intended: no test whether it is watching; an idle checker looks into the current folder.
-    OnDirectoryChanged(QString(impl->snapshot.dirPath));
-    for (const QFileInfo& info : known) {
-        if (watch.IsOver() || pass.IsOver())
+    impl->pass.Invalidate();
+    const WatchToken pass = impl->pass.GetToken();
+
+    const DirectorySnapshot::KnownFiles known = impl->snapshot.GetKnownFiles();
+    // Intended: no test whether it is watching; an idle checker scans the current folder.
+    const DirectorySnapshot::Identity identity =
+        impl->ReportNewFiles(*this, QString(impl->snapshot.settings.dirPath));
+    FileTimeReader timeReader;
+    for (int i = 0; i < known.infos.size(); ++i) {
+        if (watch.IsExpired() || pass.IsExpired())
             return;
-        if (!impl->IsCertainlyUnchanged(info))
-            OnFileChanged(info.absoluteFilePath());
+        const QFileInfo& info = known.infos.at(i);
+        const qint64 knownTime = known.times.at(i);
+        // One system call instead of a lookup and conversions to local time.
+        if (knownTime != unreadableTime && timeReader.Read(info.filePath()) == knownTime)
+            continue;
+        timeReader.CloseFolder(); // a slot may rename it
+        impl->ReportDifference(*this, info.absoluteFilePath(), identity);
     }
 }
 
 void DirectoryChecker::OnDirectoryChanged(const QString& path)
 {
-    DirectorySnapshot& snapshot = impl->snapshot;
-    snapshot.TakeNewFiles(path, impl->watch.Issue(), [&](int place, const QFileInfo& info, bool) {
-        snapshot.Insert(place, info);
-        Q_EMIT FileAdded(info);
-    });
+    impl->ReportNewFiles(*this, path);
 }
 
 void DirectoryChecker::OnFileChanged(const QString& filePath)
 {
-    DirectorySnapshot& snapshot = impl->snapshot;
-    const QFileInfo info(filePath);
-    // Intended: used as it is. A path that is not in the snapshot stands for the file at its name's place.
-    const int index = snapshot.GetInfoIndex(info);
-    if (info.exists()) {
-        if (!snapshot.HasOtherTime(index, info))
-            return;
-        snapshot.Replace(index, info);
-        Q_EMIT FileChanged(info);
-        return;
-    }
-
-    if (snapshot.Contains(index))
-        snapshot.RemoveAt(index);
-    // Intended: reported even when there was nothing to remove.
-    Q_EMIT FileRemoved(info);
+    impl->ReportDifference(*this, filePath, DirectorySnapshot::Identity::CanonicalPath);
 }
 
 } // namespace Zendra::LW

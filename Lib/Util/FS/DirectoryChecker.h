@@ -33,6 +33,11 @@ public:
     /// Begins to watch, as IDirectoryWatcher says. Emits PathChanged() and then WatchingStarted(). A refusal
     /// is logged at INFO.
     ///
+    /// The checker is idle while the predicate is asked: GetWatchedDirPath() is empty, StopWatching() does
+    /// nothing, and GetFileInfoList() has the files that were accepted so far. When the predicate starts the
+    /// checker itself, that start holds and this one ends: it returns false and emits nothing. When the
+    /// predicate throws, the checker is as it was before the call.
+    ///
     /// An empty dirPath is accepted and means the process's current folder, but leaves the checker idle:
     /// StopWatching() does nothing then, and the next start adds its files to those that are there.
     bool StartWatching(const QString& dirPath, const QStringList& nameFilters,

@@ -1,107 +1,100 @@
 #pragma once
 
-#include "Lib/Util/FS/WatchTicket.h"
+#include "Lib/Util/FS/FolderListing.h"
+#include "Lib/Util/FS/WatchSettings.h"
 
 #include <QFileInfo>
-#include <QHash>
 #include <QList>
+#include <QSet>
 #include <QString>
-#include <QStringList>
-
-#include <functional>
-#include <limits>
+#include <QVector>
 
 namespace Zendra::LW {
 
-/// What a watcher knows of its folder: the accepted files in the order of QFileInfo::fileName() alone,
-/// compared by QString's operator<, and the settings of the watch.
+/// What a watcher knows of its folder: the settings of the watch, and the accepted files in the order of
+/// QFileInfo::fileName() alone, compared by QString's operator<.
 ///
-/// Both watchers keep one. Files enter and leave one at a time, between signals, so that every slot sees a
-/// snapshot that is in order.
+/// Files enter and leave one at a time, between signals, so that every slot sees a list that is in order.
 class DirectorySnapshot
 {
 public:
-    using Predicate = std::function<bool(const QFileInfo&)>;
-    /// Takes a new file in before a place, -1 for the end, and reports it.
-    using TakeIn = std::function<void(int place, const QFileInfo& info, bool snapshotWasEmpty)>;
-
-    /// The files below a folder in the order in which the system lists them, a folder's own before those of
-    /// its subfolders. Hidden entries are skipped, links are followed, the name filters do not apply to
-    /// folders. The sizes and times of the files are not read yet.
-    static QList<QFileInfo> GetFilesInDirRecursively(const QString& dirPath, const QStringList& nameFilters,
-                                                     unsigned int depth);
-    /// The same, in the order of file names; the order of equal names is left open.
-    static QList<QFileInfo> GetSortedFilesInDirRecursively(const QString& dirPath,
-                                                           const QStringList& nameFilters,
-                                                           unsigned int depth);
-    /// When the files that will enter a snapshot get their sizes and times.
-    enum class Metadata
+    /// What an update found out about a file.
+    enum class Difference
     {
-        ReadOnEntering, ///< for a watcher that registers them first: what happens to them from then on is
-                        ///< noticed
-        ReadWithTheScan ///< folder by folder, which is faster
+        None,
+        Changed, ///< it has another modification time
+        Removed  ///< it does not exist
     };
-    /// A sorted scan without the files that the predicate turns away. Ends early when the watch does.
-    static QList<QFileInfo> GetAcceptedFiles(const QString& dirPath, const QStringList& nameFilters,
-                                             const Predicate& filter, unsigned int depth, Metadata metadata,
-                                             const WatchTicket& watch);
 
-    /// The place of a file in the snapshot, or of its name when the file is not in it.
+    /// What tells that a file is one of the list.
+    enum class Identity
+    {
+        CanonicalPath, ///< as for QFileInfo::operator==: two paths may lead to one file by way of a link
+        Path           ///< faster, and the same where a scan has met no link
+    };
+
+    const QList<QFileInfo>& GetFileInfos() const { return fileInfos; }
+
+    /// The index of a file in the list, or of its name when the file is not in it.
     ///
     /// Intended: a result other than -1 is no proof that the file is there; the caller compares the entry.
     /// @return the first equal entry of that name; else the first entry whose name is not less;
     ///         -1 when every name is less
-    int GetInfoIndex(const QFileInfo& info) const;
-    bool Contains(int place) const { return 0 <= place && place < fileInfos.size(); }
-    /// Whether there is a file at that place, and its modification time is not the given file's.
-    bool HasOtherTime(int place, const QFileInfo& info) const;
+    int GetInfoIndex(const QFileInfo& info, Identity identity = Identity::CanonicalPath) const;
+    /// Whether the entry at a result of GetInfoIndex() is that file.
+    bool IsFileAt(int index, const QFileInfo& info, Identity identity = Identity::CanonicalPath) const;
 
-    /// Makes room for that many files.
-    void Reserve(int count) { fileInfos.reserve(count); }
-    /// Takes a file in before the given place, or at the end for -1, with the size and times that it has now.
-    void Insert(int place, const QFileInfo& info);
-    void Append(const QFileInfo& info);
-    void Replace(int place, const QFileInfo& info);
-    void RemoveAt(int place);
-    /// Forgets the files and the settings but for the folder's path.
+    /// Makes room for that many files more.
+    void Reserve(int count);
+    /// Takes a file in at the end of the list, whatever its name, with the size and times that it has now, or
+    /// that the listing has read.
+    /// @return the new entry
+    QFileInfo Append(const ListedFile& file);
+    /// Takes a file in before the entry at a result of GetInfoIndex(), with the size and times that it has
+    /// now.
+    /// @return the new entry
+    QFileInfo Insert(int index, const QFileInfo& info);
+    /// Looks at a file again. The entry at its index is replaced if the time differs, and removed if the file
+    /// does not exist.
+    ///
+    /// Intended: the index is used as it is. A file that is not in the list stands for the entry at its
+    /// index.
+    Difference Update(const QFileInfo& info, Identity identity = Identity::CanonicalPath);
+    /// Forgets all files.
     void Clear();
 
-    /// Scans a folder and hands out each file that is not in the snapshot yet and that the predicate keeps,
-    /// one after the other in the order of names. Ends early when the watch does.
-    void TakeNewFiles(const QString& path, const WatchTicket& watch, const TakeIn& takeIn);
+    /// Paths that a scan may leave out, since GetInfoIndex() finds each of them; null if it would not.
+    const QSet<QString>* GetKnownPaths() const;
 
-    /// Whether a file of the snapshot is certain to have the modification time that is known of it, by one
-    /// system call; false says nothing.
-    bool IsUnchanged(const QFileInfo& info) const;
+    /// The files as they are now, and the time that each is certain to be unchanged with: unreadableTime
+    /// where only Update() can tell.
+    struct KnownFiles
+    {
+        QList<QFileInfo> infos;
+        QVector<qint64> times;
+    };
+    KnownFiles GetKnownFiles() const;
 
-    QList<QFileInfo> fileInfos; ///< changed by the operations above only
-    QStringList nameFilters;
-    Predicate filter;
-    QString dirPath;
-    unsigned int depth = 0;
+    /// Differs after every change of the list: tells a pass that a slot or a predicate has changed it.
+    unsigned int GetRevision() const { return revision; }
 
 private:
-    struct KnownFile
-    {
-        QFileInfo info;
-        mutable qint64
-            modificationTime; ///< of info, in milliseconds since 1970; `unread` until it was asked for
-    };
-    static constexpr qint64 unread = std::numeric_limits<qint64>::min();
+    bool IsIndexed() const { return isSorted && paths.size() == fileInfos.size(); }
+    QFileInfo Add(int index, const ListedFile& file);
+    bool HasOtherTime(int index, const QFileInfo& info) const;
+    void Replace(int index, const QFileInfo& info, qint64 time);
+    void RemoveAt(int index);
 
-    bool IsKnown(int place, const QFileInfo& info) const
-    {
-        return Contains(place) && fileInfos.at(place) == info;
-    }
-    /// The scanned files that have to be looked at, sorted: all but those whose very path is known.
-    QList<QFileInfo> GetUnknownFiles(const QList<QFileInfo>& scanned);
-    void CompleteIndex();
+    QList<QFileInfo> fileInfos;
 
-    /// The files by QFileInfo::filePath(): for most known files the path is all that the rules need. Complete
-    /// when it is as long as the list; two entries of one path keep it shorter.
-    QHash<QString, KnownFile> index;
-    /// Grows with every change of the files: tells a pass that a slot or a predicate has changed them
-    /// meanwhile.
+public:
+    /// Intended: right behind the list. Debuggers and older binaries read the fields in place.
+    WatchSettings settings;
+
+private:
+    QVector<qint64> times; ///< of fileInfos, as ReadModificationTime() has them, or unreadableTime
+    QSet<QString> paths;   ///< of fileInfos; smaller than the list when two entries have one path
+    bool isSorted = true;
     unsigned int revision = 0;
 };
 

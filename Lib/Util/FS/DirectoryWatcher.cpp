@@ -2,79 +2,27 @@
 
 #include "Lib/Util/FS/AbsolutePath.h"
 #include "Lib/Util/FS/DirectorySnapshot.h"
+#include "Lib/Util/FS/FolderScan.h"
+#include "Lib/Util/FS/NewFiles.h"
+#include "Lib/Util/FS/SystemWatcher.h"
+#include "Lib/Util/FS/WatchToken.h"
 
 #include <QFileSystemWatcher>
 #include <QScopeGuard>
-#include <QSocketNotifier>
-#include <QVector>
 
 #include <glog/logging.h>
-
-#include <utility>
-
-#include <fcntl.h>
 
 namespace Zendra::LW {
 namespace {
 
-/// The handlers that are running, one inside the other, and the system watchers that were stopped from inside
-/// them.
-///
-/// A QFileSystemWatcher must not be deleted before its own notice has returned to it.
-struct RunningHandlers
-{
-    int count = 0;
-    QVector<QFileSystemWatcher*> stopped;
-};
-
-/// Marks a handler as running. Outlives the watcher, which a slot may destroy.
-class HandlerScope
-{
-public:
-    explicit HandlerScope(std::shared_ptr<RunningHandlers> runningHandlers)
-        : handlers(std::move(runningHandlers))
-    {
-        ++handlers->count;
-    }
-
-    ~HandlerScope()
-    {
-        if (--handlers->count > 0)
-            return;
-        // Not earlier: an event loop run by a slot would delete them below the notice's feet.
-        for (QFileSystemWatcher* watcher : qAsConst(handlers->stopped))
-            watcher->deleteLater();
-        handlers->stopped.clear();
-    }
-
-    HandlerScope(const HandlerScope&) = delete;
-    HandlerScope& operator=(const HandlerScope&) = delete;
-
-private:
-    std::shared_ptr<RunningHandlers> handlers;
-};
-
-/// Keeps Qt from waiting for notices that are not there.
-///
-/// When a slot runs an event loop in which another watcher reads its notices, Qt announces them to that one
-/// once more after the loop, and its inotify engine would then block for good in reading none.
-void NeverWaitForNotices(const QFileSystemWatcher& watcher)
-{
-    const QList<QSocketNotifier*> notifiers = watcher.findChildren<QSocketNotifier*>();
-    for (const QSocketNotifier* notifier : notifiers) {
-        const int descriptor = static_cast<int>(notifier->socket());
-        ::fcntl(descriptor, F_SETFL, ::fcntl(descriptor, F_GETFL) | O_NONBLOCK);
-    }
-}
-
-/// The paths to register files by. Copies that lie side by side in memory: Qt holds each path against all
-/// those before it, and the files' own lie scattered.
-QStringList PathsToRegister(const QList<QFileInfo>& files)
+/// The paths to register files by. Deep copies, contiguous in memory: addPath() compares each path with all
+/// earlier ones.
+QStringList PathsToRegister(const SortedFiles& files)
 {
     QStringList paths;
     paths.reserve(files.size());
-    for (const QFileInfo& info : files) {
-        const QString path = AbsolutePathOf(info);
+    for (int i = 0; i < files.size(); ++i) {
+        const QString path = AbsolutePathOf(files.at(i).info);
         paths.append(QString(path.constData(), path.size()));
     }
     return paths;
@@ -84,29 +32,29 @@ QStringList PathsToRegister(const QList<QFileInfo>& files)
 
 struct DirectoryWatcher::Impl
 {
-    QFileSystemWatcher* watcher = nullptr; ///< a child of the DirectoryWatcher; null while not watching
+    SystemWatcher watcher; ///< runs while the DirectoryWatcher watches
     DirectorySnapshot snapshot;
-    WatchTicketIssuer watch;
+    WatchTokenSource watch;
     std::shared_ptr<RunningHandlers> handlers = std::make_shared<RunningHandlers>();
 
-    bool IsInsideHandler() const { return handlers->count > 0; }
-
-    /// Before the file enters the snapshot: what happens to it between the two is then noticed.
-    void Register(const QString& path)
+    void Stop()
     {
-        if (watcher)
-            watcher->addPath(path);
+        watch.Invalidate();
+        watcher.Stop(*handlers);
+        snapshot.Clear();
+        // Intended: the path stays, GetWatchedDirPath() goes on naming the folder that was watched last.
+        snapshot.settings = {{}, {}, snapshot.settings.dirPath, 0};
     }
 
-    void LetGoOfWatcher(const DirectoryWatcher* receiver)
+    void TakeInitialFiles(const WatchToken& token)
     {
-        QFileSystemWatcher* const ended = std::exchange(watcher, nullptr);
-        if (IsInsideHandler()) {
-            ended->disconnect(receiver);
-            ended->setParent(nullptr);
-            handlers->stopped.append(ended);
-        } else {
-            delete ended;
+        NewFiles files =
+            NewFiles::OfStart(snapshot, snapshot.settings.dirPath, ListingOptions::Times::ReadLater, token);
+        const QStringList paths = PathsToRegister(files.GetScan());
+        while (files.MoveNext()) {
+            // Before the file enters the snapshot: what happens to it between the two is then noticed.
+            watcher.AddPath(paths.at(files.GetPosition()));
+            files.TakeIn();
         }
     }
 };
@@ -118,110 +66,89 @@ DirectoryWatcher::DirectoryWatcher() : impl(std::make_unique<Impl>())
 DirectoryWatcher::~DirectoryWatcher()
 {
     // Otherwise QObject deletes it as a child.
-    if (impl->watcher && impl->IsInsideHandler())
-        impl->LetGoOfWatcher(this);
+    if (impl->watcher.IsRunning() && impl->handlers->count > 0)
+        impl->watcher.Stop(*impl->handlers);
 }
 
 bool DirectoryWatcher::StartWatching(const QString& dirPath, const QStringList& nameFilters,
                                      const std::function<bool(const QFileInfo&)>& filter, unsigned int depth)
 {
-    if (impl->watcher) {
+    if (impl->watcher.IsRunning()) {
         LOG(INFO) << "Can't start watching " << dirPath.toStdString() << ", already watch";
         return false;
     }
 
-    // Registered before the first look, so that nothing happens unseen in between.
-    impl->watch.Renew();
-    const WatchTicket watch = impl->watch.Issue();
-    impl->watcher = new QFileSystemWatcher(QStringList{dirPath}, this);
-    NeverWaitForNotices(*impl->watcher);
-    connect(impl->watcher, &QFileSystemWatcher::fileChanged, this, &DirectoryWatcher::OnFileChanged);
-    connect(impl->watcher, &QFileSystemWatcher::directoryChanged, this,
-            &DirectoryWatcher::OnDirectoryChanged);
-    auto giveUp = qScopeGuard([&] {
-        if (!watch.IsOver())
-            impl->LetGoOfWatcher(this);
+    impl->watch.Invalidate();
+    const WatchToken token = impl->watch.GetToken();
+    const DirectorySnapshot before = impl->snapshot;
+    auto undoStart = qScopeGuard([&] { // when the predicate throws
+        if (token.IsExpired())
+            return;
+        impl->Stop();
+        impl->snapshot = before;
     });
-    const QList<QFileInfo> accepted = DirectorySnapshot::GetAcceptedFiles(
-        dirPath, nameFilters, filter, depth, DirectorySnapshot::Metadata::ReadOnEntering, watch);
-    giveUp.dismiss();
-    if (watch.IsOver())
+    impl->snapshot.Clear();
+    impl->snapshot.settings = {nameFilters, MakeSharedPredicate(filter), dirPath, depth};
+    // Registered before the first scan, so that nothing happens unseen in between.
+    QFileSystemWatcher* const watcher = impl->watcher.Start(dirPath, this);
+    connect(watcher, &QFileSystemWatcher::fileChanged, this, &DirectoryWatcher::OnFileChanged);
+    connect(watcher, &QFileSystemWatcher::directoryChanged, this, &DirectoryWatcher::OnDirectoryChanged);
+    impl->TakeInitialFiles(token);
+    undoStart.dismiss();
+    // The predicate has stopped the watcher.
+    if (token.IsExpired())
         return false;
-
-    DirectorySnapshot& snapshot = impl->snapshot;
-    snapshot.Clear();
-    snapshot.dirPath = dirPath;
-    snapshot.nameFilters = nameFilters;
-    snapshot.filter = filter;
-    snapshot.depth = depth;
-    snapshot.Reserve(accepted.size());
-    const QStringList paths = PathsToRegister(accepted);
-    for (int i = 0; i < accepted.size(); ++i) {
-        impl->Register(paths.at(i));
-        snapshot.Append(accepted.at(i));
-    }
     Q_EMIT WatchingStarted();
     return true;
 }
 
 void DirectoryWatcher::StopWatching()
 {
-    if (!impl->watcher)
+    if (!impl->watcher.IsRunning())
         return;
-
-    impl->watch.Renew();
-    impl->LetGoOfWatcher(this);
-    // Intended: the path stays, GetWatchedDirPath() goes on naming the folder that was watched last.
-    impl->snapshot.Clear();
+    impl->Stop();
     Q_EMIT WatchingStopped();
 }
 
 QString DirectoryWatcher::GetWatchedDirPath() const
 {
-    return impl->snapshot.dirPath;
+    return impl->snapshot.settings.dirPath;
 }
 
 QList<QFileInfo> DirectoryWatcher::GetFileInfoList() const
 {
-    return impl->snapshot.fileInfos;
+    return impl->snapshot.GetFileInfos();
 }
 
 void DirectoryWatcher::OnDirectoryChanged(const QString& path)
 {
     const HandlerScope scope(impl->handlers);
-    DirectorySnapshot& snapshot = impl->snapshot;
+    NewFiles files = NewFiles::OfPass(impl->snapshot, path, impl->watch.GetToken());
     // Intended: a folder notice only adds; changes and removals come with the file's own notice.
-    snapshot.TakeNewFiles(path, impl->watch.Issue(),
-                          [&](int place, const QFileInfo& info, bool snapshotWasEmpty) {
-                              // Intended: files that fill an empty snapshot are not registered.
-                              if (!snapshotWasEmpty)
-                                  impl->Register(AbsolutePathOf(info));
-                              snapshot.Insert(place, info);
-                              Q_EMIT FileAdded(info);
-                          });
+    while (files.MoveNext()) {
+        // Intended: files that fill an empty snapshot are not registered.
+        if (!files.FillEmptySnapshot())
+            impl->watcher.AddPath(AbsolutePathOf(files.Get()));
+        Q_EMIT FileAdded(files.TakeIn());
+    }
 }
 
 void DirectoryWatcher::OnFileChanged(const QString& path)
 {
     const HandlerScope scope(impl->handlers);
-    DirectorySnapshot& snapshot = impl->snapshot;
     const QFileInfo info(path);
-    const int index = snapshot.GetInfoIndex(info);
-    if (info.exists()) {
-        // Every registered file is in the snapshot; a notice of any other is nobody's business.
-        if (!snapshot.HasOtherTime(index, info))
-            return;
-        snapshot.Replace(index, info);
+    switch (impl->snapshot.Update(info)) {
+    case DirectorySnapshot::Difference::None:
+        break;
+    case DirectorySnapshot::Difference::Changed:
         Q_EMIT FileChanged(info);
-        return;
+        break;
+    case DirectorySnapshot::Difference::Removed:
+        impl->watcher.RemovePath(path);
+        // Intended: reported even when there was nothing to remove.
+        Q_EMIT FileRemoved(info);
+        break;
     }
-
-    if (snapshot.Contains(index))
-        snapshot.RemoveAt(index);
-    if (impl->watcher)
-        impl->watcher->removePath(path);
-    // Intended: reported even when there was nothing to remove.
-    Q_EMIT FileRemoved(info);
 }
 
 } // namespace Zendra::LW

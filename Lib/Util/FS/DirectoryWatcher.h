@@ -34,9 +34,13 @@ public:
     /// Ends a running watch without a signal.
     ~DirectoryWatcher() override;
 
-    /// Begins to watch, as IDirectoryWatcher says. A refusal is logged at INFO. When the predicate stops the
-    /// watcher, the start is given up: WatchingStopped() is emitted, WatchingStarted() is not, and the result
-    /// is false.
+    /// Begins to watch, as IDirectoryWatcher says. A refusal is logged at INFO.
+    ///
+    /// The watcher is running while the predicate is asked: GetWatchedDirPath() is the new folder, and
+    /// GetFileInfoList() has the files that were accepted so far. When the predicate stops the watcher, or
+    /// stops and restarts it, this start ends: it returns false, WatchingStopped() has been emitted, and
+    /// WatchingStarted() is not emitted for it. When the predicate throws, the watcher is as it was before
+    /// the call.
     bool StartWatching(const QString& dirPath, const QStringList& nameFilters,
                        const std::function<bool(const QFileInfo&)>& filter, unsigned int depth) override;
     void StopWatching() override;

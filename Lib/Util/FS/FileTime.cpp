@@ -2,6 +2,7 @@
 
 #include <QFile>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 namespace Zendra::LW {
@@ -18,11 +19,16 @@ const timespec& ModificationTimeOf(const struct stat& data)
 
 } // namespace
 
-std::optional<qint64> ReadModificationTime(const QString& path)
+qint64 ReadModificationTime(const QString& path)
+{
+    return ReadModificationTime(AT_FDCWD, QFile::encodeName(path).constData());
+}
+
+qint64 ReadModificationTime(int folder, const char* name)
 {
     struct stat data;
-    if (::stat(QFile::encodeName(path).constData(), &data) != 0)
-        return std::nullopt;
+    if (::fstatat(folder, name, &data, 0) != 0)
+        return unreadableTime;
     const timespec& time = ModificationTimeOf(data);
     return qint64(time.tv_sec) * 1000 + time.tv_nsec / 1000000;
 }

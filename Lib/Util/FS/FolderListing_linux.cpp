@@ -1,8 +1,9 @@
 #include "Lib/Util/FS/FolderListing.h"
 
+#include "Lib/Util/FS/AbsolutePath.h"
+
 #include <QDir>
 #include <QFile>
-#include <QStringBuilder>
 
 #include <algorithm>
 #include <cstring>
@@ -49,53 +50,111 @@ Kind KindOf(const dirent& entry, const QFileInfo& info)
     }
 }
 
-bool IsAscii(const char* name)
+/// The path of one entry after the other, in the same memory.
+class EntryPath
 {
-    return std::all_of(name, name + std::strlen(name),
-                       [](char character) { return (character & 0x80) == 0; });
-}
+public:
+    explicit EntryPath(const QString& folderPath) : path(folderPath)
+    {
+        if (!path.endsWith(QLatin1Char('/')))
+            path.append(QLatin1Char('/'));
+        prefixLength = static_cast<int>(path.size());
+    }
 
-/// A string of just the size that it needs, for it stays as long as the file is known; null for a name that
-/// is no text in the locale's encoding: its QString would not open it.
-QString PathOf(const QString& prefix, const char* name)
+    /// @return false for a name that is no text in the locale's encoding: its QString would not open it
+    bool SetName(const char* name)
+    {
+        path.truncate(prefixLength);
+        if (IsAscii(name)) { // the same in every encoding
+            path.append(QLatin1String(name));
+            return true;
+        }
+        // Decoded behind the separator, since a byte order mark is dropped from the beginning of a text only.
+        const QByteArray withSeparator = QByteArray(1, '/').append(name);
+        const QString decoded = QFile::decodeName(withSeparator);
+        path.append(decoded.constData() + 1, decoded.size() - 1);
+        return QFile::encodeName(decoded) == withSeparator;
+    }
+
+    const QString& Get() const { return path; }
+    /// A string of just the size that it needs, for one that stays as long as the file is known.
+    QString Copy() const { return QString(path.constData(), path.size()); }
+
+private:
+    static bool IsAscii(const char* name)
+    {
+        return std::all_of(name, name + std::strlen(name),
+                           [](char character) { return (character & 0x80) == 0; });
+    }
+
+    QString path;
+    int prefixLength;
+};
+
+/// One folder while it is read.
+class FolderReader
 {
-    if (IsAscii(name)) // the same in every encoding
-        return prefix % QLatin1String(name);
-    const QString decoded = QFile::decodeName(name);
-    return QFile::encodeName(decoded) == name ? prefix % decoded : QString();
-}
+public:
+    FolderReader(const QString& path, const ListingOptions& listingOptions, ListedFiles& listedFiles)
+        : options(listingOptions), listed(listedFiles),
+          folder(::opendir(QFile::encodeName(path).constData())), entryPath(path),
+          // What an unclean path leads to need not be what QFileInfo::absoluteFilePath() says.
+          readsTimes(options.times == ListingOptions::Times::ReadWhileListing && IsAbsoluteAndClean(path))
+    {
+    }
+
+    QStringList Read()
+    {
+        while (const dirent* entry = folder ? ::readdir(folder.get()) : nullptr) {
+            if (entry->d_name[0] != '.' && entryPath.SetName(entry->d_name))
+                Add(*entry);
+        }
+        return subfolders;
+    }
+
+private:
+    void Add(const dirent& entry)
+    {
+        // No QFileInfo for a known file: in most passes most files are known.
+        if (entry.d_type == DT_REG && options.IsKnown(entryPath.Get()))
+            return;
+        const QFileInfo info(entryPath.Copy());
+        const Kind kind = KindOf(entry, info);
+        const bool isListed = kind == Kind::File || (kind == Kind::Folder && options.subfolders);
+        if (!isListed)
+            return;
+        if (entry.d_type == DT_LNK || entry.d_type == DT_UNKNOWN)
+            listed.behindLinks = listed.behindLinks || info.isSymLink();
+        if (kind == Kind::Folder)
+            subfolders.append(info.absoluteFilePath());
+        else if (entry.d_type == DT_REG || !options.IsKnown(entryPath.Get()))
+            listed.files.append(readsTimes ? ReadTimes(entry, info) : ListedFile{info});
+    }
+
+    ListedFile ReadTimes(const dirent& entry, const QFileInfo& info) const
+    {
+        const qint64 time = ReadModificationTime(::dirfd(folder.get()), entry.d_name);
+        ReadMetadata(info);
+        return {info, time};
+    }
+
+    const ListingOptions& options;
+    ListedFiles& listed;
+    QStringList subfolders;
+    const std::unique_ptr<DIR, CloseFolder> folder;
+    EntryPath entryPath;
+    const bool readsTimes;
+};
 
 } // namespace
 
-FolderListing ListFolder(const QString& dirPath, const QStringList& nameFilters, ListedFolders folders)
+QStringList ListFolder(const QString& dirPath, const ListingOptions& options, ListedFiles& listed)
 {
     // QDir knows what a wildcard matches, and the paths that are none of the file system's.
-    if (!nameFilters.isEmpty() || !dirPath.startsWith(QLatin1Char('/')) || dirPath.contains(QChar::Null))
-        return ListFolderWithQt(dirPath, nameFilters, folders);
-
-    FolderListing listing;
-    QString prefix = QDir(dirPath).path();
-    const std::unique_ptr<DIR, CloseFolder> folder(::opendir(QFile::encodeName(prefix).constData()));
-    if (!folder)
-        return listing;
-    if (!prefix.endsWith(QLatin1Char('/')))
-        prefix.append(QLatin1Char('/'));
-
-    while (const dirent* entry = ::readdir(folder.get())) {
-        if (entry->d_name[0] == '.')
-            continue;
-        const QString path = PathOf(prefix, entry->d_name);
-        if (path.isNull())
-            continue;
-
-        const QFileInfo info(path);
-        const Kind kind = KindOf(*entry, info);
-        if (kind == Kind::File)
-            listing.files.append(info);
-        else if (kind == Kind::Folder && folders == ListedFolders::All)
-            listing.subfolders.append(info.absoluteFilePath());
-    }
-    return listing;
+    if (!options.nameFilters.isEmpty() || !dirPath.startsWith(QLatin1Char('/'))
+        || dirPath.contains(QChar::Null))
+        return ListFolderWithQt(dirPath, options, listed);
+    return FolderReader(QDir(dirPath).path(), options, listed).Read();
 }
 
 } // namespace Zendra::LW

@@ -1,35 +1,54 @@
 #include "Lib/Util/FS/FolderListing.h"
 
+#include "Lib/Util/FS/AbsolutePath.h"
+
 #include <QDir>
 #include <QDirIterator>
 
 namespace Zendra::LW {
+namespace {
 
-FolderListing ListFolderWithQt(const QString& dirPath, const QStringList& nameFilters, ListedFolders folders)
+ListedFile MakeListedFile(const QFileInfo& info, ListingOptions::Times times)
+{
+    const QString path = info.filePath();
+    if (times == ListingOptions::Times::ReadLater || !IsAbsoluteAndClean(path))
+        return {info};
+    const qint64 time = ReadModificationTime(path);
+    ReadMetadata(info);
+    return {info, time};
+}
+
+} // namespace
+
+QStringList ListFolderWithQt(const QString& dirPath, const ListingOptions& options, ListedFiles& listed)
 {
     // One listing gives the files and the folders: AllDirs exempts folders from the name filters.
     QDir::Filters wanted = QDir::Files;
-    if (folders == ListedFolders::All)
+    if (options.subfolders)
         wanted |= QDir::AllDirs | QDir::NoDotAndDotDot;
 
-    FolderListing listing;
+    QStringList subfolders;
+    // There is no such folder. Qt 6 would list the one that is named before the zero.
+    if (dirPath.contains(QChar::Null))
+        return subfolders;
     // By way of QDir, which takes an empty path for the current folder.
-    QDirIterator entry(QDir(dirPath).path(), nameFilters, wanted);
+    QDirIterator entry(QDir(dirPath).path(), options.nameFilters, wanted);
     while (entry.hasNext()) {
         entry.next();
         const QFileInfo info = entry.fileInfo();
+        listed.behindLinks = listed.behindLinks || info.isSymLink();
         if (info.isDir())
-            listing.subfolders.append(info.absoluteFilePath());
-        else
-            listing.files.append(info);
+            subfolders.append(info.absoluteFilePath());
+        else if (!options.IsKnown(info.filePath()))
+            listed.files.append(MakeListedFile(info, options.times));
     }
-    return listing;
+    return subfolders;
 }
 
 #ifndef Q_OS_LINUX
-FolderListing ListFolder(const QString& dirPath, const QStringList& nameFilters, ListedFolders folders)
+QStringList ListFolder(const QString& dirPath, const ListingOptions& options, ListedFiles& listed)
 {
-    return ListFolderWithQt(dirPath, nameFilters, folders);
+    return ListFolderWithQt(dirPath, options, listed);
 }
 #endif
 

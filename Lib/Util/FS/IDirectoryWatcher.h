@@ -45,9 +45,10 @@ public:
     /// @param dirPath      the folder, absolute or relative to the process's current folder
     /// @param nameFilters  wildcards as QDir takes them (without regard to case), for files only;
     ///                     none means every file
-    /// @param filter       keeps a file only if it returns true; an empty one keeps every file. An
-    ///                     exception from it passes to the caller and leaves the watcher as it was
-    ///                     before the call
+    /// @param filter       keeps a file only if it returns true; an empty one keeps every file. The watcher
+    ///                     asks one copy of it, during the start and later, so a state that it has goes on
+    ///                     and the caller's own object is not touched. An exception from it passes to the
+    ///                     caller and leaves the watcher as it was before the call
     /// @param depth        levels of folders below dirPath to look into; 0 is dirPath alone
     /// @return false, with nothing changed and nothing emitted, when it is watching already
     virtual bool StartWatching(const QString& dirPath, const QStringList& nameFilters,

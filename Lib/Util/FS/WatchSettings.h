@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QFileInfo>
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+#include <memory>
+
+namespace Zendra::LW {
+
+/// Decides which files to keep; an empty one keeps every file.
+using FilePredicate = std::function<bool(const QFileInfo&)>;
+
+/// What StartWatching() was given.
+struct WatchSettings
+{
+    QStringList nameFilters;
+    FilePredicate filter;
+    QString dirPath;
+    unsigned int depth = 0;
+};
+
+/// A copy of a predicate whose own copies are one: they share its state.
+///
+/// Whoever calls the predicate of a watch holds a copy meanwhile, since a predicate may stop the watch.
+inline FilePredicate MakeSharedPredicate(const FilePredicate& predicate)
+{
+    if (!predicate)
+        return {};
+    return [shared = std::make_shared<const FilePredicate>(predicate)](const QFileInfo& info) {
+        return (*shared)(info);
+    };
+}
+
+inline bool Accepts(const FilePredicate& predicate, const QFileInfo& info)
+{
+    return !predicate || predicate(info);
+}
+
+} // namespace Zendra::LW

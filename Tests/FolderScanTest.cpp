@@ -1,0 +1,774 @@
+#include "Lib/Util/FS/FolderScan.h"
+
+#include "Tests/Support/ByteFolder.h"
+#include "Tests/Support/CurrentFolder.h"
+#include "Tests/Support/TempFolder.h"
+#include "Tests/Support/Unprivileged.h"
+#include "Tests/Support/WildFolder.h"
+
+#include <QDir>
+#include <QFile>
+#include <QSet>
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <climits>
+#include <limits>
+#include <ostream>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace Zendra::LW {
+namespace {
+
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::IsEmpty;
+using testing::SizeIs;
+using testing::UnorderedElementsAre;
+using testing::UnorderedElementsAreArray;
+using Tests::ByteFolder;
+using Tests::CurrentFolder;
+using Tests::TempFolder;
+using Tests::Unprivileged;
+using Tests::WildFolder;
+
+using Texts = std::vector<std::string>;
+
+constexpr unsigned int everyLevel = std::numeric_limits<unsigned int>::max();
+
+Texts PathsOf(const QList<QFileInfo>& files, const QString& below = QString())
+{
+    Texts paths;
+    for (const QFileInfo& info : files) {
+        const QString path = info.filePath();
+        const bool isBelow = !below.isEmpty() && path.startsWith(below + QLatin1Char('/'));
+        paths.push_back((isBelow ? path.mid(below.size() + 1) : path).toStdString());
+    }
+    return paths;
+}
+
+Texts NamesOf(const QList<QFileInfo>& files)
+{
+    Texts names;
+    for (const QFileInfo& info : files)
+        names.push_back(info.fileName().toStdString());
+    return names;
+}
+
+std::string Native(const QString& path)
+{
+    return QFile::encodeName(path).toStdString();
+}
+
+void Require(bool done, const std::string& step)
+{
+    if (!done)
+        throw std::runtime_error(step);
+}
+
+ListingOptions MatchingNames(const QStringList& nameFilters)
+{
+    ListingOptions options;
+    options.nameFilters = nameFilters;
+    return options;
+}
+
+QList<QFileInfo> ScanFiles(const QString& dirPath, const QStringList& nameFilters, unsigned int depth)
+{
+    QList<QFileInfo> infos;
+    for (const ListedFile& file : GetFilesInDirRecursively(dirPath, depth, MatchingNames(nameFilters)).files)
+        infos.append(file.info);
+    return infos;
+}
+
+QList<QFileInfo> ScanSortedFiles(const QString& dirPath, const QStringList& nameFilters, unsigned int depth)
+{
+    QList<QFileInfo> infos;
+    const SortedFiles files = GetSortedFilesInDirRecursively(dirPath, depth, MatchingNames(nameFilters));
+    for (int i = 0; i < files.size(); ++i)
+        infos.append(files.at(i).info);
+    return infos;
+}
+
+/// The scan in its plainest words, one listing for the files and one for the folders: what the scan is
+/// compared with.
+///
+/// Unsorted, and not NoSort, which QDir takes for its default: by name.
+QList<QFileInfo> PlainScan(const QString& dirPath, const QStringList& nameFilters, unsigned int depth)
+{
+    const QDir dir(dirPath);
+    QList<QFileInfo> files = dir.entryInfoList(nameFilters, QDir::Files, QDir::Unsorted);
+    if (depth == 0)
+        return files;
+    const QList<QFileInfo> subfolders = dir.entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Unsorted);
+    for (const QFileInfo& subfolder : subfolders)
+        files.append(PlainScan(subfolder.absoluteFilePath(), nameFilters, depth - 1));
+    return files;
+}
+
+class DirectoryScanTest : public testing::Test
+{
+protected:
+    Texts Scan(unsigned int depth, const QStringList& nameFilters = {}) const
+    {
+        return PathsOf(ScanFiles(folder.Path(), nameFilters, depth), folder.Path());
+    }
+
+    TempFolder folder;
+};
+
+TEST_F(DirectoryScanTest, FindsTheFilesOfTheFolderAloneAtDepthZero)
+{
+    folder.Write(QStringLiteral("b.txt"));
+    folder.Write(QStringLiteral("A.txt"));
+    folder.Write(QStringLiteral("sub/a.txt"));
+
+    EXPECT_THAT(Scan(0), UnorderedElementsAre("b.txt", "A.txt"));
+}
+
+TEST_F(DirectoryScanTest, GoesDownAsManyLevelsAsItIsTold)
+{
+    folder.Write(QStringLiteral("0.txt"));
+    folder.Write(QStringLiteral("1/1.txt"));
+    folder.Write(QStringLiteral("1/2/2.txt"));
+    folder.Write(QStringLiteral("1/2/3/3.txt"));
+
+    EXPECT_THAT(Scan(1), ElementsAre("0.txt", "1/1.txt"));
+    EXPECT_THAT(Scan(2), ElementsAre("0.txt", "1/1.txt", "1/2/2.txt"));
+    EXPECT_THAT(Scan(3), ElementsAre("0.txt", "1/1.txt", "1/2/2.txt", "1/2/3/3.txt"));
+}
+
+TEST_F(DirectoryScanTest, HasNoBottomAtTheLargestDepth)
+{
+    QString path;
+    for (int level = 0; level < 40; ++level)
+        path += QStringLiteral("d/");
+    folder.Write(path + QStringLiteral("a.txt"));
+
+    EXPECT_THAT(Scan(everyLevel), SizeIs(1));
+    EXPECT_THAT(Scan(40), SizeIs(1));
+    EXPECT_THAT(Scan(39), IsEmpty());
+}
+
+TEST_F(DirectoryScanTest, HasTheFilesOfAFolderBeforeThoseOfItsSubfolders)
+{
+    folder.Write(QStringLiteral("a/b/1.txt"));
+    folder.Write(QStringLiteral("a/z.txt"));
+    folder.Write(QStringLiteral("a/y.txt"));
+    folder.Write(QStringLiteral("z.txt"));
+
+    const Texts found = Scan(2);
+
+    ASSERT_THAT(found, SizeIs(4));
+    EXPECT_EQ(found[0], "z.txt");
+    EXPECT_THAT((Texts{found[1], found[2]}), UnorderedElementsAre("a/z.txt", "a/y.txt"));
+    EXPECT_EQ(found[3], "a/b/1.txt");
+}
+
+TEST_F(DirectoryScanTest, NeverListsAFolder)
+{
+    folder.MakeFolder(QStringLiteral("a.txt"));
+    folder.MakeFolder(QStringLiteral("sub/b.txt"));
+
+    EXPECT_THAT(Scan(0), IsEmpty());
+    EXPECT_THAT(Scan(5), IsEmpty());
+    EXPECT_THAT(Scan(5, {QStringLiteral("*.txt")}), IsEmpty());
+}
+
+TEST_F(DirectoryScanTest, SkipsHiddenFilesAndHiddenFolders)
+{
+    folder.Write(QStringLiteral(".hidden.txt"));
+    folder.Write(QStringLiteral(".hidden/a.txt"));
+    folder.Write(QStringLiteral("sub/.hidden.txt"));
+    folder.Write(QStringLiteral("sub/.hidden/b.txt"));
+    folder.Write(QStringLiteral("sub/c.txt"));
+
+    EXPECT_THAT(Scan(everyLevel), ElementsAre("sub/c.txt"));
+    EXPECT_THAT(Scan(everyLevel, {QStringLiteral(".*")}), IsEmpty());
+}
+
+TEST_F(DirectoryScanTest, ListsALinkToAFileUnderItsOwnName)
+{
+    folder.Write(QStringLiteral("out/of/reach.txt"));
+    folder.Link(QStringLiteral("out/of/reach.txt"), QStringLiteral("link.txt"));
+
+    EXPECT_THAT(Scan(0), ElementsAre("link.txt"));
+}
+
+TEST_F(DirectoryScanTest, EntersALinkToAFolder)
+{
+    const TempFolder elsewhere;
+    elsewhere.Write(QStringLiteral("a.txt"));
+    folder.Link(elsewhere.Path(), QStringLiteral("link"));
+
+    EXPECT_THAT(Scan(0), IsEmpty());
+    EXPECT_THAT(Scan(1), ElementsAre("link/a.txt"));
+}
+
+TEST_F(DirectoryScanTest, LeavesACycleOfLinksAtTheDepth)
+{
+    folder.Write(QStringLiteral("a.txt"));
+    folder.Link(folder.Path(), QStringLiteral("loop"));
+
+    EXPECT_THAT(Scan(3), ElementsAre("a.txt", "loop/a.txt", "loop/loop/a.txt", "loop/loop/loop/a.txt"));
+}
+
+TEST_F(DirectoryScanTest, LeavesACycleOfLinksAtTheLargestDepthToo)
+{
+    folder.Write(QStringLiteral("a.txt"));
+    folder.Link(folder.Path(), QStringLiteral("loop"));
+
+    // The system follows only so many links in one path.
+    EXPECT_THAT(Scan(everyLevel),
+                ElementsAreArray(PathsOf(PlainScan(folder.Path(), {}, everyLevel), folder.Path())));
+}
+
+TEST_F(DirectoryScanTest, SkipsLinksThatLeadNowhere)
+{
+    folder.Link(QStringLiteral("missing.txt"), QStringLiteral("dangling.txt"));
+    folder.Link(QStringLiteral("self.txt"), QStringLiteral("self.txt"));
+    folder.Link(QStringLiteral("there.txt"), QStringLiteral("back.txt"));
+    folder.Link(QStringLiteral("back.txt"), QStringLiteral("there.txt"));
+
+    EXPECT_THAT(Scan(2), IsEmpty());
+}
+
+TEST_F(DirectoryScanTest, SkipsWhatIsNeitherFileNorFolder)
+{
+    Require(::mkfifo(Native(folder.Path(QStringLiteral("fifo"))).c_str(), 0600) == 0, "make a fifo");
+    Require(::mknod(Native(folder.Path(QStringLiteral("socket"))).c_str(), S_IFSOCK | 0600, 0) == 0,
+            "make a socket");
+
+    EXPECT_THAT(Scan(2), IsEmpty());
+}
+
+TEST_F(DirectoryScanTest, ListsALinkToWhatIsNeitherFileNorFolder)
+{
+    folder.Link(QStringLiteral("/dev/null"), QStringLiteral("null.txt"));
+
+    EXPECT_THAT(Scan(0), ElementsAre("null.txt"));
+}
+
+TEST_F(DirectoryScanTest, FindsNothingInAnEmptyFolder)
+{
+    EXPECT_THAT(Scan(0), IsEmpty());
+    EXPECT_THAT(Scan(3), IsEmpty());
+}
+
+TEST_F(DirectoryScanTest, FindsNothingInAFolderThatIsMissing)
+{
+    const QString missing = folder.Path(QStringLiteral("missing"));
+
+    EXPECT_THAT(ScanFiles(missing, {}, 3), IsEmpty());
+    EXPECT_THAT(ScanSortedFiles(missing, {}, 3), IsEmpty());
+}
+
+TEST_F(DirectoryScanTest, FindsNothingBelowAFile)
+{
+    const QString file = folder.Write(QStringLiteral("a.txt"));
+
+    EXPECT_THAT(ScanFiles(file, {}, 3), IsEmpty());
+}
+
+TEST_F(DirectoryScanTest, FindsNothingInAFolderThatItMayNotRead)
+{
+    folder.Write(QStringLiteral("a.txt"));
+    folder.SetPermissions(QStringLiteral("."), 0111);
+
+    const Unprivileged nobody;
+
+    EXPECT_THAT(Scan(3), IsEmpty());
+}
+
+TEST_F(DirectoryScanTest, SkipsASubfolderThatItMayNotRead)
+{
+    folder.Write(QStringLiteral("closed/a.txt"));
+    folder.Write(QStringLiteral("open/b.txt"));
+    folder.SetPermissions(QStringLiteral("closed"), 0);
+    folder.SetPermissions(QStringLiteral("."), 0755);
+
+    const Unprivileged nobody;
+
+    EXPECT_THAT(Scan(3), ElementsAre("open/b.txt"));
+}
+
+TEST_F(DirectoryScanTest, ListsAFileThatItMayNotOpen)
+{
+    folder.Write(QStringLiteral("a.txt"));
+    folder.SetPermissions(QStringLiteral("a.txt"), 0);
+    folder.SetPermissions(QStringLiteral("."), 0755);
+
+    const Unprivileged nobody;
+
+    EXPECT_THAT(Scan(0), ElementsAre("a.txt"));
+}
+
+TEST_F(DirectoryScanTest, TakesAnEmptyPathForTheCurrentFolder)
+{
+    folder.Write(QStringLiteral("a.txt"));
+    folder.Write(QStringLiteral("sub/b.txt"));
+    const CurrentFolder here(folder.Path());
+
+    const Texts found = PathsOf(ScanFiles(QString(), {}, 1));
+
+    EXPECT_THAT(found, ElementsAreArray(PathsOf(PlainScan(QString(), {}, 1))));
+    EXPECT_THAT(found, SizeIs(2));
+}
+
+TEST_F(DirectoryScanTest, KeepsARelativeRootInThePathsOfItsOwnFilesOnly)
+{
+    folder.Write(QStringLiteral("root/a.txt"));
+    folder.Write(QStringLiteral("root/sub/b.txt"));
+    const CurrentFolder here(folder.Path());
+
+    const Texts found = PathsOf(ScanFiles(QStringLiteral("root"), {}, 1));
+
+    EXPECT_THAT(found,
+                ElementsAre("root/a.txt", folder.Path(QStringLiteral("root/sub/b.txt")).toStdString()));
+}
+
+class DirectoryScanRootTest : public DirectoryScanTest, public testing::WithParamInterface<const char*>
+{
+};
+
+TEST_P(DirectoryScanRootTest, MayBeWrittenInManyWays)
+{
+    folder.Write(QStringLiteral("root/a.txt"));
+    folder.Write(QStringLiteral("root/sub/b.txt"));
+    folder.Link(QStringLiteral("root"), QStringLiteral("link"));
+    const CurrentFolder here(folder.Path(QStringLiteral("root")));
+    const QString root = QString::fromUtf8(GetParam());
+
+    const Texts found = PathsOf(ScanFiles(root, {}, 1));
+
+    EXPECT_THAT(found, ElementsAreArray(PathsOf(PlainScan(root, {}, 1))));
+    EXPECT_THAT(found, SizeIs(2));
+}
+
+INSTANTIATE_TEST_SUITE_P(Relative, DirectoryScanRootTest,
+                         testing::Values("", ".", "./", "../root", "..//root/", "../link", "sub/..",
+                                         "../link/../root/."));
+
+class AbsoluteRootTest : public DirectoryScanRootTest
+{
+};
+
+TEST_P(AbsoluteRootTest, MayBeWrittenInManyWays)
+{
+    folder.Write(QStringLiteral("root/a.txt"));
+    folder.Write(QStringLiteral("root/sub/b.txt"));
+    folder.Link(QStringLiteral("root"), QStringLiteral("link"));
+    const QString root = folder.Path() + QString::fromUtf8(GetParam());
+
+    const Texts found = PathsOf(ScanFiles(root, {}, 1));
+
+    EXPECT_THAT(found, ElementsAreArray(PathsOf(PlainScan(root, {}, 1))));
+    EXPECT_THAT(found, SizeIs(2));
+}
+
+INSTANTIATE_TEST_SUITE_P(Absolute, AbsoluteRootTest,
+                         testing::Values("/root", "/root/", "//root///", "/./root/.", "/root/../root",
+                                         "/link", "/link/"));
+
+TEST_F(DirectoryScanTest, MayBeginAtTheTopOfAll)
+{
+    const Texts found = PathsOf(ScanFiles(QStringLiteral("/"), {}, 0));
+
+    EXPECT_THAT(found, ElementsAreArray(PathsOf(PlainScan(QStringLiteral("/"), {}, 0))));
+}
+
+TEST_F(DirectoryScanTest, ListsWhatItCanOfAFolderThatItMayNotEnter)
+{
+    folder.Write(QStringLiteral("listed/a.txt"));
+    folder.Write(QStringLiteral("listed/sub/b.txt"));
+    folder.Link(QStringLiteral("a.txt"), QStringLiteral("listed/link.txt"));
+    folder.SetPermissions(QStringLiteral("listed"), 0444);
+    folder.SetPermissions(QStringLiteral("."), 0755);
+
+    const Unprivileged nobody;
+
+    EXPECT_THAT(Scan(3), ElementsAreArray(PathsOf(PlainScan(folder.Path(), {}, 3), folder.Path())));
+}
+
+struct FilterRow
+{
+    const char* name;
+    QStringList nameFilters;
+    Texts expected;
+};
+
+std::ostream& operator<<(std::ostream& stream, const FilterRow& row)
+{
+    return stream << row.nameFilters.join(QLatin1Char(' ')).toStdString();
+}
+
+class NameFilterTest : public DirectoryScanTest, public testing::WithParamInterface<FilterRow>
+{
+};
+
+TEST_P(NameFilterTest, KeepsTheFilesThatMatch)
+{
+    for (const char* name :
+         {"a.mp4", "B.MP4", "c.mov", "mp4", "a[1].txt", "clips.old/d.mp4", "clips.old/e.mov"})
+        folder.Write(QString::fromLatin1(name));
+
+    EXPECT_THAT(Scan(1, GetParam().nameFilters), UnorderedElementsAreArray(GetParam().expected));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, NameFilterTest,
+    testing::Values(
+        FilterRow{
+            "None", {}, {"a.mp4", "B.MP4", "c.mov", "mp4", "a[1].txt", "clips.old/d.mp4", "clips.old/e.mov"}},
+        FilterRow{"Star",
+                  {QStringLiteral("*")},
+                  {"a.mp4", "B.MP4", "c.mov", "mp4", "a[1].txt", "clips.old/d.mp4", "clips.old/e.mov"}},
+        FilterRow{"CaseDoesNotMatter", {QStringLiteral("*.mp4")}, {"a.mp4", "B.MP4", "clips.old/d.mp4"}},
+        FilterRow{"UpperCaseFilter", {QStringLiteral("*.MP4")}, {"a.mp4", "B.MP4", "clips.old/d.mp4"}},
+        FilterRow{"Several",
+                  {QStringLiteral("c*"), QStringLiteral("?.mp4")},
+                  {"a.mp4", "B.MP4", "c.mov", "clips.old/d.mp4"}},
+        FilterRow{"WholeName", {QStringLiteral("mp4")}, {"mp4"}},
+        FilterRow{"Set", {QStringLiteral("[ad].mp4")}, {"a.mp4", "clips.old/d.mp4"}},
+        FilterRow{"AFoldersName", {QStringLiteral("clips*")}, {}},
+        FilterRow{"APath", {QStringLiteral("clips.old/*.mp4")}, {}},
+        FilterRow{"NoneMatches", {QStringLiteral("*.avi")}, {}}),
+    [](const auto& testInfo) { return testInfo.param.name; });
+
+class OddNameTest : public DirectoryScanTest,
+                    public testing::WithParamInterface<std::pair<const char*, QString>>
+{
+};
+
+TEST_P(OddNameTest, IsFoundAsAFileAndAsAFolder)
+{
+    const QString name = GetParam().second;
+    folder.Write(name);
+    folder.Write(QStringLiteral("sub/") + name + QLatin1Char('/') + name);
+
+    EXPECT_THAT(Scan(2),
+                ElementsAre(name.toStdString(),
+                            (QStringLiteral("sub/") + name + QLatin1Char('/') + name).toStdString()));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Names, OddNameTest,
+    testing::Values(
+        std::pair("Spaces", QStringLiteral(" two  words ")),
+        std::pair("LineBreak", QStringLiteral("one\ntwo")), std::pair("Tab", QStringLiteral("\t")),
+        std::pair("Wildcards", QStringLiteral("*?[a]")), std::pair("Backslash", QStringLiteral("a\\b")),
+        std::pair("Quotes", QStringLiteral("'\"`")), std::pair("Markup", QStringLiteral("<b>&amp;")),
+        std::pair("Umlaut", QStringLiteral("\u00c4.txt")),
+        std::pair("DecomposedUmlaut", QStringLiteral("A\u0308.txt")),
+        std::pair("Donkey", QStringLiteral("\U0001FACF")), std::pair("Percent", QStringLiteral("%1%n")),
+        std::pair("Colon", QStringLiteral("a:b")), std::pair("Tilde", QStringLiteral("~")),
+        std::pair("TwoHundredFiftyFiveBytes", QString(255, QLatin1Char('x'))),
+        std::pair("TwoHundredFiftyFiveBytesOfUmlauts", QString(127, QChar(0xfc)) + QLatin1Char('x'))),
+    [](const auto& testInfo) { return testInfo.param.first; });
+
+TEST(ByteNameTest, OfAFileOrAFolderThatIsNotTextDoesNoHarm)
+{
+    const ByteFolder folder;
+    folder.Write("a.txt");
+    for (const char* name : {"\xff\xfe.txt", "\xc3", "\xed\xa0\x80", "sub\xff/b.txt", "\xff/\xfe/c.txt"})
+        folder.Write(name);
+    const QString root = QFile::decodeName(folder.Path().c_str());
+
+    const Texts found = PathsOf(ScanFiles(root, {}, 3));
+
+    EXPECT_THAT(found, ElementsAreArray(PathsOf(PlainScan(root, {}, 3))));
+    EXPECT_THAT(found, testing::Contains(folder.Path("a.txt")));
+}
+
+/// A chain of folders in which one file's path is as long as the system allows, and others are longer.
+///
+/// Made and removed step by step, since no call takes the longer paths.
+class DeepFolder
+{
+public:
+    DeepFolder()
+    {
+        const std::string link(200, 'd');
+        std::string path = Native(folder.Path());
+        const auto room = [&] { return PATH_MAX - 1 - path.size() - 1; };
+        Enter(path);
+        while (room() > 255) {
+            Enter(link);
+            path += '/' + link;
+        }
+        longestPath = path + '/' + std::string(room(), 'f');
+        MakeFile(std::string(room(), 'f'));
+        for (int level = 0; level < 3; ++level) {
+            Enter(link);
+            MakeFile("beyond");
+        }
+    }
+
+    ~DeepFolder()
+    {
+        while (!levels.empty()) {
+            const Level last = levels.back();
+            levels.pop_back();
+            ::unlinkat(last.descriptor, last.file.c_str(), 0);
+            ::close(last.descriptor);
+            if (!levels.empty())
+                ::unlinkat(levels.back().descriptor, last.name.c_str(), AT_REMOVEDIR);
+        }
+    }
+
+    DeepFolder(const DeepFolder&) = delete;
+    DeepFolder& operator=(const DeepFolder&) = delete;
+
+    QString Path() const { return folder.Path(); }
+    const std::string& LongestPath() const { return longestPath; }
+
+private:
+    struct Level
+    {
+        std::string name;
+        int descriptor;
+        std::string file; ///< the one file in it
+    };
+
+    int Current() const { return levels.empty() ? AT_FDCWD : levels.back().descriptor; }
+
+    void Enter(const std::string& name)
+    {
+        ::mkdirat(Current(), name.c_str(), 0700);
+        const int descriptor = ::openat(Current(), name.c_str(), O_DIRECTORY | O_RDONLY | O_CLOEXEC);
+        Require(descriptor >= 0, "enter " + name);
+        levels.push_back({name, descriptor, {}});
+    }
+
+    void MakeFile(const std::string& name)
+    {
+        const int file = ::openat(Current(), name.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600);
+        Require(file >= 0, "make " + name);
+        ::close(file);
+        levels.back().file = name;
+    }
+
+    TempFolder folder;
+    std::vector<Level> levels;
+    std::string longestPath;
+};
+
+TEST(DeepFolderTest, IsFoundAsFarAsPathsReach)
+{
+    const DeepFolder deep;
+    ASSERT_EQ(deep.LongestPath().size(), PATH_MAX - 1);
+
+    const Texts found = PathsOf(ScanFiles(deep.Path(), {}, everyLevel));
+
+    EXPECT_THAT(found, testing::Contains(deep.LongestPath()));
+    EXPECT_THAT(found, ElementsAreArray(PathsOf(PlainScan(deep.Path(), {}, everyLevel))));
+}
+
+class WildFolderTest : public testing::TestWithParam<unsigned int>
+{
+protected:
+    static const QList<QStringList>& NameFilters()
+    {
+        static const QList<QStringList> nameFilters{{},
+                                                    {QStringLiteral("*.mp4")},
+                                                    {QStringLiteral("A*"), QStringLiteral("?.txt")},
+                                                    {QStringLiteral("[0-9]*")},
+                                                    {QStringLiteral(".*")},
+                                                    {QString()},
+                                                    {QStringLiteral("*\u00c4*")}};
+        return nameFilters;
+    }
+
+    static void ExpectThePlainScan(const QString& path, const QStringList& nameFilters, unsigned int depth)
+    {
+        SCOPED_TRACE("filters '" + nameFilters.join(QLatin1Char(' ')).toStdString() + "', depth "
+                     + std::to_string(depth));
+        const QList<QFileInfo> expected = PlainScan(path, nameFilters, depth);
+
+        const QList<QFileInfo> scanned = ScanFiles(path, nameFilters, depth);
+        const QList<QFileInfo> sorted = ScanSortedFiles(path, nameFilters, depth);
+
+        EXPECT_THAT(PathsOf(scanned), ElementsAreArray(PathsOf(expected)));
+        EXPECT_THAT(PathsOf(sorted), UnorderedElementsAreArray(PathsOf(expected)));
+        EXPECT_TRUE(std::is_sorted(sorted.begin(), sorted.end(), [](const QFileInfo& a, const QFileInfo& b) {
+            return a.fileName() < b.fileName();
+        }));
+    }
+};
+
+TEST_P(WildFolderTest, IsScannedAsByOneListingForFilesAndOneForFolders)
+{
+    const WildFolder wild(GetParam(), true);
+
+    for (const QStringList& nameFilters : NameFilters()) {
+        for (const unsigned int depth : {0U, 1U, 3U})
+            ExpectThePlainScan(wild.Path(), nameFilters, depth);
+    }
+}
+
+TEST_P(WildFolderTest, IsScannedToItsBottom)
+{
+    const WildFolder wild(GetParam(), false);
+
+    for (const QStringList& nameFilters : NameFilters())
+        ExpectThePlainScan(wild.Path(), nameFilters, everyLevel);
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, WildFolderTest, testing::Range(1U, 13U));
+
+class SortedScanTest : public DirectoryScanTest
+{
+protected:
+    Texts SortedScan(unsigned int depth) const
+    {
+        return PathsOf(ScanSortedFiles(folder.Path(), {}, depth), folder.Path());
+    }
+};
+
+TEST_F(SortedScanTest, ComparesNamesByTheirCodeUnits)
+{
+    // In this order: digits, upper case, lower case, umlauts; and an emoji, whose code units are surrogates,
+    // before a character that has a smaller number than it.
+    const QStringList inOrder{
+        QStringLiteral(" a"),         QStringLiteral("10"),     QStringLiteral("9"),
+        QStringLiteral("A"),          QStringLiteral("A1"),     QStringLiteral("A\u0308"),
+        QStringLiteral("B.mov"),      QStringLiteral("Z"),      QStringLiteral("a"),
+        QStringLiteral("a.mov"),      QStringLiteral("aB"),     QStringLiteral("ab"),
+        QStringLiteral("z"),          QStringLiteral("\u00c4"), QStringLiteral("\u00e4"),
+        QStringLiteral("\U0001F600"), QStringLiteral("\uff5e")};
+    Texts expected;
+    for (const QString& name : inOrder) {
+        folder.Write(name);
+        expected.push_back(name.toStdString());
+    }
+
+    EXPECT_THAT(SortedScan(0), ElementsAreArray(expected));
+}
+
+TEST_F(SortedScanTest, ComparesNothingButTheNames)
+{
+    folder.Write(QStringLiteral("a/c.txt"));
+    folder.Write(QStringLiteral("b/b.txt"));
+    folder.Write(QStringLiteral("c/a.txt"));
+    folder.Write(QStringLiteral("A.txt"));
+    folder.Write(QStringLiteral("d.txt"));
+
+    EXPECT_THAT(SortedScan(0), ElementsAre("A.txt", "d.txt"));
+    EXPECT_THAT(SortedScan(1), ElementsAre("A.txt", "c/a.txt", "b/b.txt", "a/c.txt", "d.txt"));
+}
+
+class SortOrderTest : public SortedScanTest,
+                      public testing::WithParamInterface<std::pair<const char*, QStringList>>
+{
+};
+
+TEST_P(SortOrderTest, IsThatOfTheirNamesAsTexts)
+{
+    QStringList names = GetParam().second;
+    for (const QString& name : qAsConst(names))
+        folder.Write(name);
+    std::sort(names.begin(), names.end());
+
+    Texts expected;
+    for (const QString& name : qAsConst(names))
+        expected.push_back(name.toStdString());
+    EXPECT_THAT(SortedScan(0), ElementsAreArray(expected));
+}
+
+QStringList Numbered(const QString& pattern, int count)
+{
+    QStringList names;
+    for (int number = 0; number < count; ++number)
+        names.append(pattern.arg(number * 7919 % 100003));
+    return names;
+}
+
+QStringList Prefixes(const QString& text)
+{
+    QStringList names;
+    for (int length = 1; length <= text.size(); ++length)
+        names.append(text.left(length));
+    return names;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Names, SortOrderTest,
+    testing::Values(
+        std::pair("ThatBeginAlike", Numbered(QStringLiteral("Recording %1.mp4"), 300)),
+        std::pair("ThatEndAlike", Numbered(QStringLiteral("%1 - a recording.mp4"), 300)),
+        std::pair("ThatAreTheBeginningOfOneAnother", Prefixes(QStringLiteral("abcdefghijklmnop"))),
+        std::pair("ThatDifferLate", QStringList{QStringLiteral("abcdefgh"), QStringLiteral("abcdefgH"),
+                                                QStringLiteral("abcdefg"), QStringLiteral("b")}),
+        std::pair("ThatDifferInTheLastOfFourCharacters",
+                  QStringList{QStringLiteral("x123"), QStringLiteral("y124"), QStringLiteral("x124"),
+                              QStringLiteral("x12"), QStringLiteral("x1230")}),
+        std::pair("BeyondTheFirstByte",
+                  QStringList{QStringLiteral("\u0100a"), QStringLiteral("\u00ffb"), QStringLiteral("a\uff5e"),
+                              QStringLiteral("a\U0001F600"), QStringLiteral("ab")}),
+        std::pair("WithAllBitsOfACharacter",
+                  QStringList{QStringLiteral("\u4e00"), QStringLiteral("\u3042"), QStringLiteral("\uac00"),
+                              QStringLiteral("b\uff5e"), QStringLiteral("ca"), QStringLiteral("bb\uff5e"),
+                              QStringLiteral("bca"), QStringLiteral("bbb\uff5e"), QStringLiteral("bbca")}),
+        std::pair("OfWhichThereIsOne", QStringList{QStringLiteral("a")})),
+    [](const auto& testInfo) { return testInfo.param.first; });
+
+TEST_F(SortedScanTest, KeepsFilesOfOneNameTogether)
+{
+    for (const char* path : {"1/b.txt", "2/b.txt", "3/b.txt", "1/a.txt", "2/c.txt", "b.txt"})
+        folder.Write(QString::fromLatin1(path));
+
+    const QList<QFileInfo> sorted = ScanSortedFiles(folder.Path(), {}, 1);
+
+    EXPECT_THAT(NamesOf(sorted), ElementsAre("a.txt", "b.txt", "b.txt", "b.txt", "b.txt", "c.txt"));
+    EXPECT_THAT(PathsOf(sorted, folder.Path()),
+                UnorderedElementsAre("1/a.txt", "1/b.txt", "2/b.txt", "3/b.txt", "b.txt", "2/c.txt"));
+}
+
+TEST_F(SortedScanTest, TakesTheNameFilters)
+{
+    folder.Write(QStringLiteral("b.mp4"));
+    folder.Write(QStringLiteral("a.mov"));
+    folder.Write(QStringLiteral("sub/a.mp4"));
+
+    const QList<QFileInfo> sorted = ScanSortedFiles(folder.Path(), {QStringLiteral("*.mp4")}, 1);
+
+    EXPECT_THAT(NamesOf(sorted), ElementsAre("a.mp4", "b.mp4"));
+}
+
+TEST_F(DirectoryScanTest, LeavesOutKnownFilesInEveryFolder)
+{
+    for (const char* path : {"a.txt", "b.txt", "sub/a.txt", "sub/b.txt"})
+        folder.Write(QString::fromLatin1(path));
+    const QSet<QString> known{folder.Path(QStringLiteral("b.txt")), folder.Path(QStringLiteral("sub/a.txt"))};
+    ListingOptions options;
+    options.known = &known;
+
+    const SortedFiles files = GetSortedFilesInDirRecursively(folder.Path(), 1, options);
+
+    ASSERT_EQ(files.size(), 2);
+    EXPECT_EQ(files.at(0).info.filePath(), folder.Path(QStringLiteral("a.txt")));
+    EXPECT_EQ(files.at(1).info.filePath(), folder.Path(QStringLiteral("sub/b.txt")));
+}
+
+TEST_F(DirectoryScanTest, TellsWhetherItMetALinkAnywhere)
+{
+    folder.Write(QStringLiteral("1/2/a.txt"));
+    EXPECT_FALSE(GetFilesInDirRecursively(folder.Path(), 3, {}).behindLinks);
+
+    folder.Link(QStringLiteral("a.txt"), QStringLiteral("1/2/b.txt"));
+
+    EXPECT_FALSE(GetFilesInDirRecursively(folder.Path(), 1, {}).behindLinks);
+    EXPECT_TRUE(GetFilesInDirRecursively(folder.Path(), 3, {}).behindLinks);
+    EXPECT_TRUE(GetSortedFilesInDirRecursively(folder.Path(), 3, {}).AreBehindLinks());
+}
+
+} // namespace
+} // namespace Zendra::LW
