@@ -473,6 +473,29 @@ TEST_F(FileIdentityTest, IsTheCanonicalPathWhereThereIsALink)
     EXPECT_EQ(IdentityOf(folder.Path()), Identity::CanonicalPath);
 }
 
+// Entries may remember where their paths led to.
+TEST_F(FileIdentityTest, StaysTheCanonicalPathUntilAllFilesAreForgotten)
+{
+    Write({"a.txt"});
+    folder.Link(QStringLiteral("a.txt"), QStringLiteral("link"));
+    ASSERT_EQ(IdentityOf(folder.Path()), Identity::CanonicalPath);
+    folder.Remove(QStringLiteral("link"));
+
+    EXPECT_EQ(IdentityOf(folder.Path()), Identity::CanonicalPath);
+    snapshot.Clear();
+    EXPECT_EQ(IdentityOf(folder.Path()), Identity::Path);
+}
+
+TEST_F(FileIdentityTest, IsTheCanonicalPathAfterAStartThatMetALink)
+{
+    Write({"a.txt"});
+    folder.Link(QStringLiteral("a.txt"), QStringLiteral("link"));
+    NewFiles::OfStart(snapshot, folder.Path(), ListingOptions::Times::ReadLater, source.GetToken());
+    folder.Remove(QStringLiteral("link"));
+
+    EXPECT_EQ(IdentityOf(folder.Path()), Identity::CanonicalPath);
+}
+
 TEST_F(FileIdentityTest, IsTheCanonicalPathBelowAnyOtherFolderThanTheWatchedOne)
 {
     folder.MakeFolder(QStringLiteral("sub"));

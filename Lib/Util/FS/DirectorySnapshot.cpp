@@ -33,8 +33,7 @@ bool IsSameFile(const QFileInfo& entry, const QFileInfo& info, DirectorySnapshot
     // To QFileInfo::operator== all missing files are one and the same, since none has a canonical path.
     if (canonicalPath.isEmpty())
         return AbsolutePathOf(entry) == AbsolutePathOf(info);
-    // Asked of another QFileInfo: the entry would keep the answer, and the memory for it.
-    return QFileInfo(entry.filePath()).canonicalFilePath() == canonicalPath;
+    return entry.canonicalFilePath() == canonicalPath;
 }
 
 /// The time by which a pass may tell that the file at a path is unchanged. What a relative path means depends
@@ -152,6 +151,7 @@ void DirectorySnapshot::Clear()
     times.clear();
     paths.clear();
     isSorted = true;
+    hasMetLinks = false;
     ++revision;
 }
 

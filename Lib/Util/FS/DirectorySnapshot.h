@@ -30,7 +30,7 @@ public:
     enum class Identity
     {
         CanonicalPath, ///< as for QFileInfo::operator==: two paths may lead to one file by way of a link
-        Path           ///< faster, and the same where a scan has met no link
+        Path           ///< faster, and the same where no scan has met a link
     };
 
     const QList<QFileInfo>& GetFileInfos() const { return fileInfos; }
@@ -62,6 +62,10 @@ public:
     Difference Update(const QFileInfo& info, Identity identity = Identity::CanonicalPath);
     /// Forgets all files.
     void Clear();
+
+    /// To be called when a scan has met a link. Entries may remember where their paths once led to.
+    void SetHasMetLinks() { hasMetLinks = true; }
+    bool HasMetLinks() const { return hasMetLinks; }
 
     /// Paths that a scan may leave out, since GetInfoIndex() finds each of them; null if it would not.
     const QSet<QString>* GetKnownPaths() const;
@@ -95,6 +99,7 @@ private:
     QVector<qint64> times; ///< of fileInfos, as ReadModificationTime() has them, or unreadableTime
     QSet<QString> paths;   ///< of fileInfos; smaller than the list when two entries have one path
     bool isSorted = true;
+    bool hasMetLinks = false;
     unsigned int revision = 0;
 };
 

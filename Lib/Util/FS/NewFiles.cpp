@@ -6,13 +6,15 @@ namespace Zendra::LW {
 
 namespace {
 
-/// The files of the snapshot are below the watched folder, and their paths begin as it was given. Where no
-/// link is in between, two of them are never the same file.
-DirectorySnapshot::Identity IdentityOf(const SortedFiles& scan, const WatchSettings& settings,
-                                       const QString& dirPath)
+/// The files of the snapshot are below the watched folder, and their paths begin as it was given. Where there
+/// was never a link in between, two of them are never the same file.
+DirectorySnapshot::Identity IdentityAfter(const SortedFiles& scan, DirectorySnapshot& snapshot,
+                                          const QString& dirPath)
 {
+    if (scan.AreBehindLinks())
+        snapshot.SetHasMetLinks();
     const bool mayBeLinked =
-        scan.AreBehindLinks() || dirPath != settings.dirPath || !IsAbsoluteAndClean(dirPath);
+        snapshot.HasMetLinks() || dirPath != snapshot.settings.dirPath || !IsAbsoluteAndClean(dirPath);
     return mayBeLinked ? DirectorySnapshot::Identity::CanonicalPath : DirectorySnapshot::Identity::Path;
 }
 
@@ -27,7 +29,7 @@ NewFiles NewFiles::OfStart(DirectorySnapshot& snapshot, const QString& dirPath, 
     options.times = times;
     const SortedFiles scan = GetSortedFilesInDirRecursively(dirPath, settings.depth, options);
     snapshot.Reserve(scan.size());
-    return NewFiles(snapshot, scan, IdentityOf(scan, settings, dirPath), Destination::End, token);
+    return NewFiles(snapshot, scan, IdentityAfter(scan, snapshot, dirPath), Destination::End, token);
 }
 
 NewFiles NewFiles::OfPass(DirectorySnapshot& snapshot, const QString& dirPath, const WatchToken& token)
@@ -41,7 +43,7 @@ NewFiles NewFiles::OfPass(DirectorySnapshot& snapshot, const QString& dirPath, c
     if (snapshotIsEmpty)
         snapshot.Reserve(scan.size());
     // Intended: an empty snapshot takes in every file, also one that equals another by way of a link.
-    return NewFiles(snapshot, scan, IdentityOf(scan, settings, dirPath),
+    return NewFiles(snapshot, scan, IdentityAfter(scan, snapshot, dirPath),
                     snapshotIsEmpty ? Destination::End : Destination::NameIndex, token);
 }
 
