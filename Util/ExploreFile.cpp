@@ -3,7 +3,9 @@
 #include "Util/RevealFile.h"
 
 #include <QByteArray>
+#include <QCoreApplication>
 #include <QDesktopServices>
+#include <QThread>
 #include <QUrl>
 
 #include <boost/filesystem/operations.hpp>
@@ -60,6 +62,12 @@ QByteArray ContainingFolder(const QByteArray& path)
     return path.left(std::max(1, path.lastIndexOf('/')));
 }
 
+bool IsGuiThread()
+{
+    const QCoreApplication* const application = QCoreApplication::instance();
+    return application && application->thread() == QThread::currentThread();
+}
+
 } // namespace
 
 bool ExploreFile(const ioPath& path)
@@ -74,7 +82,8 @@ bool ExploreFile(const ioPath& path)
 
     if (RevealFile(FileUrl(entry), exploreFileLimit))
         return true;
-    return QDesktopServices::openUrl(FileUrl(ContainingFolder(entry)));
+    // QDesktopServices belongs to the GUI thread.
+    return IsGuiThread() && QDesktopServices::openUrl(FileUrl(ContainingFolder(entry)));
 }
 
 } // namespace Zendra::Util

@@ -46,7 +46,8 @@ class LWUTILFS_EXPORT IFileManager : public Core::EventPublisher<IFileManagerObs
 {
 public:
     /// Shows a file, selected, in the system's file browser, and calls OnFileExplored().
-    /// Blocks for as long as Util::ExploreFile() does.
+    /// Blocks for as long as Util::ExploreFile() does, two seconds at most. Off the GUI thread only the file
+    /// browser is asked; on it the containing folder is opened when the browser does not answer.
     /// @return false for a missing path, or when it could not be shown
     virtual bool ExploreFile(const Zendra::ioPath& path) = 0;
 
