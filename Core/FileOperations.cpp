@@ -1,6 +1,6 @@
 #include "Core/FileOperations.h"
 
-#include "Core/MoveToTrash.h"
+#include "Core/MoveEntryToTrash.h"
 
 #include <boost/filesystem/path.hpp>
 

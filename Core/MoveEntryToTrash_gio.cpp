@@ -1,4 +1,4 @@
-#include "Core/MoveToTrash.h"
+#include "Core/MoveEntryToTrash.h"
 
 #include <boost/filesystem/directory.hpp>
 #include <boost/filesystem/path.hpp>
@@ -53,26 +53,26 @@ std::array<fs::path, 3> TrashesFor(const fs::path& entry, const Status& status)
 }
 
 /// What the trash keeps beside a file: where it came from, and when it went.
-fs::path NoteOf(const fs::path& trash, const fs::path& name)
+fs::path TrashInfoOf(const fs::path& trash, const fs::path& name)
 {
     return trash / "info" / (name.string() + ".trashinfo");
 }
 
-/// A note that could not be written is empty.
-bool HasNote(const fs::path& trash, const fs::path& name)
+/// A trash info that could not be written is empty.
+bool HasTrashInfo(const fs::path& trash, const fs::path& name)
 {
-    return StatusOf(NoteOf(trash, name)).st_size > 0;
+    return StatusOf(TrashInfoOf(trash, name)).st_size > 0;
 }
 
-/// The file in this trash, unless it has its note; empty when it has one, or is elsewhere.
-fs::path FindWithoutNote(const fs::path& trash, const Status& status)
+/// The file in this trash, unless it has its trash info; empty when it has one, or is elsewhere.
+fs::path FindWithoutTrashInfo(const fs::path& trash, const Status& status)
 {
     boost::system::error_code error;
     for (fs::directory_iterator trashed(trash / "files", error), end; trashed != end;
          trashed.increment(error)) {
         fs::path name = trashed->path().filename();
         const Status found = StatusOf(trashed->path());
-        if (SameFile(found, status) && !HasNote(trash, name))
+        if (SameFile(found, status) && !HasTrashInfo(trash, name))
             return name;
     }
     return {};
@@ -86,17 +86,17 @@ void TakeBack(const fs::path& trash, const fs::path& name, const fs::path& entry
     const File target = MakeFile(entry);
     if (g_file_move(source.get(), target.get(), G_FILE_COPY_NOFOLLOW_SYMLINKS, nullptr, nullptr, nullptr,
                     nullptr))
-        ::unlink(NoteOf(trash, name).c_str());
+        ::unlink(TrashInfoOf(trash, name).c_str());
 }
 
 /// Whether the entry, which is in a trash now, can be restored from there; if not, it is back in its place.
 ///
 /// GIO moves a file also when it could not write the note, on a full disk and for a name to which no more
 /// can be added, and says that all went well. No program could list or restore such a file.
-bool CanBeRestored(const fs::path& entry, const Status& status)
+bool TakeBackUnlessRestorable(const fs::path& entry, const Status& status)
 {
     for (const fs::path& trash : TrashesFor(entry, status)) {
-        const fs::path name = FindWithoutNote(trash, status);
+        const fs::path name = FindWithoutTrashInfo(trash, status);
         if (!name.empty()) {
             TakeBack(trash, name, entry);
             return false;
@@ -117,7 +117,7 @@ bool MoveEntryToTrash(const std::string& entry)
     const File file = MakeFile(entry);
     if (!g_file_trash(file.get(), nullptr, nullptr))
         return false;
-    return CanBeRestored(entry, status);
+    return TakeBackUnlessRestorable(entry, status);
 }
 
 } // namespace Zendra::Core
