@@ -52,7 +52,7 @@ public:
     virtual bool ExploreFile(const Zendra::ioPath& path) = 0;
 
     /// Moves a file, folder or link to the user's trash, and calls OnFileMovedToTrash().
-    /// @return false if that is not possible; nothing has been touched then
+    /// @return as Core::MoveToTrash(), which has the rules
     virtual bool MoveToTrash(const Zendra::ioPath& path) = 0;
 
     /// Deletes a file or a link for good, never what the link points to, and calls OnFileRemoved().
