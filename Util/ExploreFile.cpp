@@ -1,5 +1,6 @@
 #include "Util/ExploreFile.h"
 
+#include "Core/NullCharacter.h"
 #include "Util/RevealFile.h"
 
 #include <QByteArray>
@@ -73,8 +74,7 @@ bool IsGuiThread()
 bool ExploreFile(const ioPath& path)
 {
     const std::string given = path.string();
-    // The system would read only up to a null character, and another file would be shown.
-    if (given.empty() || given.find('\0') != std::string::npos)
+    if (given.empty() || HasNullCharacter(given))
         return false;
     const QByteArray entry = PlainAbsolutePath(given);
     if (!IsThere(entry))
