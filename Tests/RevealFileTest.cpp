@@ -164,7 +164,7 @@ TEST_F(RevealFileTest, KeepsNothingOpenWhenTheBusHangsUp)
     TimeToReveal(longLimit);
     const int before = OpenDescriptors();
 
-    for (int call = 0; call < 50; ++call)
+    for (int call = 0; call < 500; ++call)
         hangUp();
 
     EXPECT_TRUE(WaitUntil([&] { return OpenDescriptors() <= before; }))
