@@ -64,6 +64,7 @@ int main(int argc, char* argv[])
     Benchmarks::AddPollingBenchmarks();
     Benchmarks::AddWatchingBenchmarks();
     Benchmarks::AddCallBenchmarks();
+    Benchmarks::AddTrashBenchmarks();
     Benchmarks::RunAllWorks();
 
     if (arguments.isSet(briefly)) {

@@ -1,6 +1,7 @@
 #include "Core/FileOperations.h"
 
-#include "Core/MoveToTrash.h"
+#include "Core/MoveEntryToTrash.h"
+#include "Core/NullCharacter.h"
 
 #include <boost/filesystem/path.hpp>
 
@@ -12,12 +13,6 @@
 
 namespace Zendra::Core {
 namespace {
-
-/// The system would read such a path only up to the null character, and so take it for another one.
-bool HasNullCharacter(const std::string& path)
-{
-    return path.find('\0') != std::string::npos;
-}
 
 bool EntryExists(const std::string& path)
 {

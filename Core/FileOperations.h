@@ -17,15 +17,17 @@ namespace Zendra::Core {
 /// what lies on the disk of the home folder, and otherwise a folder at the top of the file's own disk. It
 /// is made when missing. The environment is looked at once in a process, at the first use; a data home
 /// that is no absolute path is refused. So is a file whose origin cannot be noted in the trash, since
-/// nobody could restore it: on a full disk, and with a name of more than 238 bytes. That turns out only
-/// when it is in the trash, so it is taken back; should another file have come to its place in that
-/// instant, it stays in the trash's folder "files", and the result is false as well.
+/// nobody could restore it: on a full disk, and, before GLib 2.84, with a name of more than 238 bytes. That
+/// turns out only when it is in the trash, so it is taken back; should another file have come to its place in
+/// that instant, it stays in the trash's folder "files", and the result is false as well. Refused, too, is a
+/// hard link to a file that lies in that folder under the same name with no origin noted.
 ///
-/// Blocks for as long as the file system takes. Keeps no state, so any thread may call it.
+/// Blocks for as long as the file system takes, and that hardly depends on what the trash holds already.
+/// Keeps no state, so any thread may call it, several also for the same file: one of them gets true.
 ///
 /// @param path  absolute, or relative to the process's current folder
-/// @return true if the entry is in the trash; false, with the entry where it was, for a missing path, the
-///         empty one, or a refusal by the system. Never throws.
+/// @return true if the entry is in the trash; false for a missing path, the empty one, or a refusal by the
+///         system, with the entry where it was but for the case above. Never throws.
 ZENDRA_CORE_EXPORT bool MoveToTrash(const ioPath& path);
 
 /// Deletes one file, or one symbolic link, never what the link points to.

@@ -1,5 +1,7 @@
 #include "Core/ioPath.h"
 
+#include "Core/NullCharacter.h"
+
 #include <boost/filesystem/operations.hpp>
 
 #include <ostream>
@@ -8,12 +10,6 @@ namespace fs = boost::filesystem;
 
 namespace Zendra {
 namespace {
-
-/// The system would read such a path only up to the null character, and so take it for another one.
-bool HasNullCharacter(const fs::path& path)
-{
-    return path.native().find('\0') != std::string::npos;
-}
 
 bool IsTooLong(const fs::path& path)
 {
@@ -52,14 +48,14 @@ std::string ioPath::string() const
 bool ioPath::exists() const
 {
     boost::system::error_code ignored;
-    return !HasNullCharacter(path) && fs::exists(path, ignored);
+    return !HasNullCharacter(path.native()) && fs::exists(path, ignored);
 }
 
 // Boost's own create_directories calls itself once for each name, and so a long enough path ends the process.
 bool ioPath::create_directories(const ioPath& folder)
 {
     const std::string& whole = folder.path.native();
-    if (HasNullCharacter(folder.path) || IsTooLong(folder.path))
+    if (HasNullCharacter(whole) || IsTooLong(folder.path))
         return false;
 
     for (size_t end = 0; end != std::string::npos;) {
@@ -72,7 +68,7 @@ bool ioPath::create_directories(const ioPath& folder)
 
 fs::directory_iterator ioPath::iterator() const
 {
-    if (HasNullCharacter(path)) {
+    if (HasNullCharacter(path.native())) {
         throw fs::filesystem_error("Zendra::ioPath::iterator", path,
                                    make_error_code(boost::system::errc::invalid_argument));
     }

@@ -50,6 +50,26 @@ private:
     bool hasSeenABox = false;
 };
 
+/// Counts what QDialog complains about while it lives.
+class DialogComplaints
+{
+public:
+    DialogComplaints() : before(qInstallMessageHandler(&Count)) { count = 0; }
+    ~DialogComplaints() { qInstallMessageHandler(before); }
+    DialogComplaints(const DialogComplaints&) = delete;
+    DialogComplaints& operator=(const DialogComplaints&) = delete;
+
+    static inline int count = 0;
+
+private:
+    static void Count(QtMsgType /*type*/, const QMessageLogContext& /*context*/, const QString& text)
+    {
+        count += text.startsWith(QLatin1String("QDialog"));
+    }
+
+    const QtMessageHandler before;
+};
+
 void Press(QMessageBox& box, QMessageBox::StandardButton button)
 {
     box.button(button)->click();
@@ -366,6 +386,90 @@ TEST(AlertBoxTest, GoesWithoutAnAnswerWhenTheApplicationQuits)
     // Only running the application again takes the wish to quit back, from which no later loop would start.
     QTimer::singleShot(0, qApp, &QCoreApplication::quit);
     QCoreApplication::exec();
+}
+
+TEST(AlertBoxTest, HasNoAnswerForASecondExecWhileItIsShown)
+{
+    AlertBox box(AlertBox::Level::Question, QString(), QString(), QMessageBox::Yes | QMessageBox::No, nullptr,
+                 dialog);
+    QMessageBox::StandardButton inner = QMessageBox::Yes;
+    const DialogComplaints complaints;
+    const User user([&](QMessageBox& shown) {
+        inner = box.Exec();
+        EXPECT_TRUE(shown.isVisible());
+        Press(shown, QMessageBox::Yes);
+    });
+
+    const QMessageBox::StandardButton answer = box.Exec();
+
+    EXPECT_EQ(inner, QMessageBox::NoButton);
+    EXPECT_EQ(answer, QMessageBox::Yes);
+    EXPECT_EQ(complaints.count, 0);
+}
+
+TEST(AlertBoxTest, HasNoAnswerForASecondExecOnceItIsHiddenAndTheFirstHasNotReturned)
+{
+    AlertBox box(AlertBox::Level::Question, QString(), QString(), QMessageBox::Yes | QMessageBox::No, nullptr,
+                 dialog);
+    QMessageBox::StandardButton inner = QMessageBox::Yes;
+    const User user([&](QMessageBox& shown) {
+        shown.hide();
+        inner = box.Exec();
+    });
+
+    const QMessageBox::StandardButton answer = box.Exec();
+
+    EXPECT_EQ(inner, QMessageBox::NoButton);
+    EXPECT_EQ(answer, QMessageBox::NoButton);
+}
+
+TEST(AlertBoxTest, IsShownOverAnotherOne)
+{
+    AlertBox below(AlertBox::Level::Warning, QString(), QStringLiteral("below"),
+                   QMessageBox::Ok | QMessageBox::Cancel, nullptr, dialog);
+    AlertBox above(AlertBox::Level::Question, QString(), QStringLiteral("above"),
+                   QMessageBox::Yes | QMessageBox::No, nullptr, dialog);
+    QMessageBox::StandardButton aboveAnswer = QMessageBox::NoButton;
+    QString textAbove;
+    const User user([&](QMessageBox& shownBelow) {
+        const User userAbove([&](QMessageBox& shownAbove) {
+            textAbove = shownAbove.text();
+            EXPECT_TRUE(shownBelow.isVisible());
+            Press(shownAbove, QMessageBox::No);
+        });
+        aboveAnswer = above.Exec();
+        EXPECT_EQ(ShownBox(), &shownBelow);
+        Press(shownBelow, QMessageBox::Cancel);
+    });
+
+    const QMessageBox::StandardButton belowAnswer = below.Exec();
+
+    EXPECT_EQ(textAbove, QStringLiteral("above"));
+    EXPECT_EQ(aboveAnswer, QMessageBox::No);
+    EXPECT_EQ(belowAnswer, QMessageBox::Cancel);
+    EXPECT_EQ(ShownBox(), nullptr);
+}
+
+TEST(AlertBoxTest, StaysWhenTheOneBelowGoes)
+{
+    auto below = std::make_unique<AlertBox>(AlertBox::Level::Warning, QString(), QStringLiteral("below"),
+                                            QMessageBox::Ok, nullptr, dialog);
+    AlertBox above(AlertBox::Level::Question, QString(), QStringLiteral("above"),
+                   QMessageBox::Yes | QMessageBox::No, nullptr, dialog);
+    QMessageBox::StandardButton aboveAnswer = QMessageBox::NoButton;
+    const User user([&](QMessageBox&) {
+        const User userAbove([&](QMessageBox& shownAbove) {
+            below.reset();
+            EXPECT_TRUE(shownAbove.isVisible());
+            Press(shownAbove, QMessageBox::Yes);
+        });
+        aboveAnswer = above.Exec();
+    });
+
+    const QMessageBox::StandardButton belowAnswer = below->Exec();
+
+    EXPECT_EQ(aboveAnswer, QMessageBox::Yes);
+    EXPECT_EQ(belowAnswer, QMessageBox::NoButton);
 }
 
 } // namespace

@@ -1,180 +1,36 @@
 #include "Util/ExploreFile.h"
 
+#include "Tests/Support/Desktop.h"
 #include "Tests/Support/EventLoop.h"
-#include "Tests/Support/TempFolder.h"
-#include "Util/RevealFile.h"
+#include "Tests/Support/SessionBusFixture.h"
 
-#include <QCoreApplication>
-#include <QDesktopServices>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QProcess>
 #include <QTimer>
-#include <QUrl>
 
 #include <gmock/gmock.h>
 
 #include <chrono>
-#include <map>
-#include <memory>
 #include <stdexcept>
 #include <string>
 
 #include <fcntl.h>
-#include <signal.h>
 #include <unistd.h>
 
-using Tests::TempFolder;
+using Tests::Desktop;
+using Tests::OpenDescriptors;
+using Tests::slack;
 using Tests::WaitUntil;
 using Zendra::Util::ExploreFile;
 using Zendra::Util::exploreFileLimit;
-using Zendra::Util::RevealFile;
 
 namespace {
 
-/// Far more than a machine under load needs, and less than any limit that is not ours.
-constexpr std::chrono::milliseconds slack{10000};
-
-/// Environment variables that are put back when it goes.
-class Environment
-{
-public:
-    Environment() = default;
-    ~Environment()
-    {
-        for (const auto& [name, value] : before)
-            Put(name, value);
-    }
-    Environment(const Environment&) = delete;
-    Environment& operator=(const Environment&) = delete;
-
-    /// A null value takes the variable away.
-    void Set(const char* name, const QByteArray& value)
-    {
-        before.emplace(name, qEnvironmentVariableIsSet(name) ? qgetenv(name).append("") : QByteArray());
-        Put(name, value);
-    }
-
-private:
-    static void Put(const std::string& name, const QByteArray& value)
-    {
-        if (value.isNull())
-            qunsetenv(name.c_str());
-        else
-            qputenv(name.c_str(), value);
-    }
-
-    std::map<std::string, QByteArray> before;
-};
-
-/// A process that says a line when it is ready, and ends with this object.
-class Helper
-{
-public:
-    Helper(const QString& program, const QStringList& arguments)
-    {
-        process.setStandardErrorFile(QProcess::nullDevice());
-        process.start(program, arguments);
-        while (!process.canReadLine()) {
-            if (!process.waitForReadyRead(20000))
-                throw std::runtime_error("no sign of life from " + program.toStdString());
-        }
-        firstLine = process.readLine().trimmed();
-    }
-    ~Helper()
-    {
-        process.kill();
-        process.waitForFinished();
-    }
-    Helper(const Helper&) = delete;
-    Helper& operator=(const Helper&) = delete;
-
-    QByteArray FirstLine() const { return firstLine; }
-
-    /// Takes the processor away from it for good: its sockets stay open, and nothing answers.
-    void Freeze() const { ::kill(static_cast<pid_t>(process.processId()), SIGSTOP); }
-
-private:
-    QProcess process;
-    QByteArray firstLine;
-};
-
-/// The desktop: takes every file URL that is to be opened, while it lives.
-class Desktop : public QObject
-{
-    Q_OBJECT
-
-public:
-    Desktop() { QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "Open"); }
-    ~Desktop() override { QDesktopServices::unsetUrlHandler(QStringLiteral("file")); }
-
-    QList<QByteArray> opened;
-
-public Q_SLOTS:
-    void Open(const QUrl& url) { opened << url.toEncoded(); }
-};
-
-/// A session bus of the test's own: no service of this machine is on it or started by it.
-class ExploreFileTest : public testing::Test
+class ExploreFileTest : public Tests::SessionBusFixture
 {
 protected:
-    ExploreFileTest()
-    {
-        environment.Set("DBUS_SESSION_BUS_ADDRESS", QByteArray());
-        environment.Set("XDG_RUNTIME_DIR", QByteArray());
-        working.MakeFolder(QStringLiteral("services"));
-    }
-
-    /// Starts a bus that listens on a socket in a folder of the test, by default found by its address.
-    void StartBus(const QString& socketName = QStringLiteral("socket"))
-    {
-        const QByteArray address = "unix:path=" + QUrl::toPercentEncoding(working.Path(socketName), "/", "~");
-        const QString configuration = working.Write(QStringLiteral("bus.conf"), R"(<busconfig>
-            <type>session</type>
-            <listen>)" + address + R"(</listen>
-            <servicedir>)" + QFile::encodeName(working.Path(QStringLiteral("services")))
-                                                                                    + R"(</servicedir>
-            <policy context="default"><allow send_destination="*"/><allow receive_sender="*"/><allow own="*"/></policy>
-            </busconfig>)");
-        bus = std::make_unique<Helper>(QStringLiteral("dbus-daemon"),
-                                       QStringList{QStringLiteral("--nofork"),
-                                                   QStringLiteral("--print-address"),
-                                                   QStringLiteral("--config-file=") + configuration});
-        environment.Set("DBUS_SESSION_BUS_ADDRESS", bus->FirstLine());
-    }
-
-    void StopBus() { bus.reset(); }
-
-    /// Starts the bus and a file browser on it.
-    void StartBrowser(const char* behaviour)
-    {
-        StartBus();
-        browser = std::make_unique<Helper>(QStringLiteral(FILE_MANAGER_STAND_IN),
-                                           QStringList{QString::fromLatin1(behaviour), RecordName()});
-    }
-
-    QString RecordName() const { return working.Path(QStringLiteral("record")); }
-
-    /// What file browsers have been asked, a line for each request.
-    QByteArray Requests() const
-    {
-        QFile record(RecordName());
-        return record.open(QIODevice::ReadOnly) ? record.readAll() : QByteArray();
-    }
-
-    static QByteArray RequestFor(const QByteArray& uri) { return "ShowItems [" + uri + "] []\n"; }
-
-    static QByteArray PlainUri(const QString& path) { return "file://" + QFile::encodeName(path); }
-
     static bool Explore(const QString& path) { return ExploreFile(path.toStdString()); }
-
-    const TempFolder folder;
-    /// Where the bus and the browser keep what is theirs.
-    const TempFolder working;
-    Environment environment;
-    std::unique_ptr<Helper> bus;
-    std::unique_ptr<Helper> browser;
 };
 
 /// A bus, a browser that answers, and a desktop that is not to be needed.
@@ -264,19 +120,16 @@ TEST_F(ExploreFileInABrowserTest, FindsABusThatCameLater)
 TEST_F(ExploreFileInABrowserTest, KeepsNoConnectionOpen)
 {
     const QString file = folder.Write(QStringLiteral("a.mp4"));
-    const auto descriptors = [] {
-        return QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::NoFilter | QDir::System).size();
-    };
-    // Qt keeps what it needs for any connection.
+    // GLib keeps what it needs for any connection.
     Explore(file);
-    Tests::ProcessDeferredDeletes();
-    const int before = descriptors();
+    const int before = OpenDescriptors();
 
     Explore(file);
     Explore(file);
     Explore(file);
 
-    EXPECT_TRUE(WaitUntil([&] { return descriptors() <= before; })) << descriptors() << " after " << before;
+    EXPECT_TRUE(WaitUntil([&] { return OpenDescriptors() <= before; }))
+        << OpenDescriptors() << " after " << before;
 }
 
 TEST_F(ExploreFileInABrowserTest, RunsNoEventLoopWhileItWaits)
@@ -485,10 +338,7 @@ TEST_F(ExploreFileInABrowserTest, RefusesARelativePathWhenTheCurrentFolderIsGone
 
 TEST_F(ExploreFileTest, HasTheBusStartABrowser)
 {
-    working.Write(QStringLiteral("services/browser.service"),
-                  "[D-BUS Service]\nName=org.freedesktop.FileManager1\nExec=\"" FILE_MANAGER_STAND_IN
-                  "\" answers \""
-                      + QFile::encodeName(RecordName()) + "\"\n");
+    LetTheBusStartBrowsers();
     StartBus();
     const QString file = folder.Write(QStringLiteral("a.mp4"));
 
@@ -503,8 +353,7 @@ TEST_F(ExploreFileTest, FindsTheBusInTheUsersRuntimeFolder)
     const QString runtime = working.MakeFolder(QStringLiteral("run ~;,#=%"));
     environment.Set("XDG_RUNTIME_DIR", QFile::encodeName(runtime));
     StartBus(QStringLiteral("run ~;,#=%/bus"));
-    browser = std::make_unique<Helper>(QStringLiteral(FILE_MANAGER_STAND_IN),
-                                       QStringList{QStringLiteral("answers"), RecordName()});
+    StartBrowserOnTheBus("answers");
     environment.Set("DBUS_SESSION_BUS_ADDRESS", QByteArray());
     const QString file = folder.Write(QStringLiteral("a.mp4"));
 
@@ -649,54 +498,4 @@ TEST_F(ExploreFileTest, FailsWhenThereIsNeitherABrowserNorADesktop)
     EXPECT_FALSE(Explore(file));
 }
 
-/// The part that asks the browser, with a limit of the test's own.
-class RevealFileTest : public ExploreFileTest
-{
-protected:
-    /// How long the caller was held.
-    std::chrono::milliseconds TimeToReveal(std::chrono::milliseconds limit)
-    {
-        QElapsedTimer clock;
-        clock.start();
-        revealed = RevealFile(QUrl(QStringLiteral("file:///")), limit);
-        return std::chrono::milliseconds(clock.elapsed());
-    }
-
-    bool revealed = true;
-};
-
-TEST_F(RevealFileTest, HoldsTheCallerNoLongerThanTheLimitWhenTheBrowserNeverAnswers)
-{
-    StartBrowser("keeps-silent");
-
-    const std::chrono::milliseconds held = TimeToReveal(std::chrono::milliseconds(100));
-
-    EXPECT_FALSE(revealed);
-    EXPECT_GE(held, std::chrono::milliseconds(90));
-    EXPECT_LT(held, slack);
-}
-
-TEST_F(RevealFileTest, HoldsTheCallerNoLongerThanTheLimitWhenTheBusNeverAnswers)
-{
-    StartBrowser("answers");
-    bus->Freeze();
-
-    const std::chrono::milliseconds held = TimeToReveal(std::chrono::milliseconds(100));
-
-    EXPECT_FALSE(revealed);
-    EXPECT_LT(held, slack);
-}
-
-TEST_F(RevealFileTest, DoesNotWaitForTheLimitWhenTheBrowserAnswers)
-{
-    StartBrowser("answers");
-
-    const std::chrono::milliseconds held = TimeToReveal(std::chrono::hours(1));
-
-    EXPECT_TRUE(revealed);
-    EXPECT_LT(held, slack);
-}
-
 } // namespace
-
-#include "ExploreFileTest.moc"

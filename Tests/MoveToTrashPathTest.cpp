@@ -1,5 +1,5 @@
 #include "Core/FileOperations.h"
-#include "Core/MoveToTrash.h"
+#include "Core/MoveEntryToTrash.h"
 #include "Tests/Support/ByteFolder.h"
 
 #include <gmock/gmock.h>

@@ -32,6 +32,9 @@ namespace {
 const QString asStranger = QStringLiteral("--as-stranger");
 const QString unableToWrite = QStringLiteral("--unable-to-write");
 const QString replaceAtOnce = QStringLiteral("--replace-at-once");
+const QString renamedInTrash = QStringLiteral("--rename-in-trash=renamed");
+const QString fewLooks = QStringLiteral("--few-looks");
+const QString noListing = QStringLiteral("--no-listing");
 
 struct Outcome
 {
@@ -188,6 +191,35 @@ protected:
         EXPECT_FALSE(Trash(path, options)) << path;
 
         EXPECT_EQ(Files(), before) << path;
+    }
+
+    /// Another hard link to a file, straight in the folder "files" of the trash. Without an info nobody could
+    /// restore it.
+    std::string HardLinkIntoTrash(const std::string& file, const std::string& name) const
+    {
+        MakeFolder("home/data/Trash/files");
+        MakeFolder("home/data/Trash/info");
+        const std::string link = Path("home/data/Trash/files/" + name);
+        std::filesystem::create_hard_link(file, link);
+        return link;
+    }
+
+    /// Takes the names that come after this one in the trash.
+    void TakeNamesInTrashAfter(const std::string& name) const
+    {
+        for (int i = 2; i <= 300; ++i)
+            Write("home/data/Trash/info/" + name + "." + std::to_string(i) + ".trashinfo", "");
+    }
+
+    /// What has been in the trash for long: files with their infos.
+    void FillTrash(int count) const
+    {
+        for (int i = 0; i < count; ++i) {
+            const std::string name = "old " + std::to_string(i);
+            Write("home/data/Trash/files/" + name);
+            Write("home/data/Trash/info/" + name + ".trashinfo",
+                  "[Trash Info]\nPath=" + Path(name) + "\nDeletionDate=2020-01-01T00:00:00\n");
+        }
     }
 
     QString dataHome = QString::fromStdString(Path("home/data"));
@@ -552,6 +584,125 @@ TEST_F(MoveToTrashTest, LeavesAHardLinkOnAFullDiskWhoseTwinIsInTheTrash)
     EXPECT_EQ(TheOneInTheTrash(), twin);
 }
 
+TEST_F(MoveToTrashTest, LeavesAHardLinkOnAFullDiskWhoseTwinOfTheSameNameIsInTheTrash)
+{
+    const std::string twin = Write("work/one/same");
+    const std::string file = Path("work/same");
+    std::filesystem::create_hard_link(twin, file);
+    EXPECT_TRUE(Trash(twin));
+
+    ExpectRefused(file, {unableToWrite});
+
+    EXPECT_EQ(TheOneInTheTrash(), twin);
+}
+
+TEST_F(MoveToTrashTest, LeavesAFileOnAFullDiskThatTheTrashKeepsUnderAnotherName)
+{
+    const std::string file = Write("work/file");
+
+    ExpectRefused(file, {unableToWrite, renamedInTrash});
+}
+
+// Hard links to one file, one of them in the trash without an info, from a move that went wrong
+
+TEST_F(MoveToTrashTest, TrashesAHardLinkWhoseTwinCannotBeRestored)
+{
+    const std::string file = Write("work/file");
+    const std::string twin = HardLinkIntoTrash(file, "twin");
+
+    ExpectTrashedAndRestored(file);
+
+    EXPECT_TRUE(IsThere(twin));
+}
+
+TEST_F(MoveToTrashTest, TrashesAHardLinkWhoseTwinCannotBeRestoredUnderANameThatIsTaken)
+{
+    EXPECT_TRUE(Trash(Write("work/one/file.tar.gz")));
+    const std::string file = Write("work/file.tar.gz");
+    const std::string twin = HardLinkIntoTrash(file, "a twin");
+
+    EXPECT_TRUE(Trash(file));
+
+    EXPECT_FALSE(IsThere(file));
+    EXPECT_TRUE(IsThere(twin));
+    EXPECT_TRUE(IsThere(Path("home/data/Trash/files/file.2.tar.gz")));
+    EXPECT_THAT(TrashList(), HasSubstr(" " + file + "\n"));
+}
+
+TEST_F(MoveToTrashTest, TrashesAHardLinkWhoseTwinOfTheSameNameHasAnEmptyInfo)
+{
+    const std::string file = Write("work/file");
+    const std::string twin = HardLinkIntoTrash(file, "file");
+    Write("home/data/Trash/info/file.trashinfo", "");
+
+    EXPECT_TRUE(Trash(file));
+
+    EXPECT_FALSE(IsThere(file));
+    EXPECT_TRUE(IsThere(twin));
+    EXPECT_TRUE(IsThere(Path("home/data/Trash/files/file.2")));
+}
+
+TEST_F(MoveToTrashTest, TrashesAHardLinkWhoseTwinCannotBeRestoredUnderAnotherName)
+{
+    const std::string file = Write("work/file");
+    const std::string twin = HardLinkIntoTrash(file, "twin");
+
+    EXPECT_TRUE(Trash(file, {renamedInTrash}));
+
+    EXPECT_FALSE(IsThere(file));
+    EXPECT_TRUE(IsThere(twin));
+    EXPECT_EQ(TheOneInTheTrash(), file);
+}
+
+// For the system the two are one already, and GIO takes that for a move.
+TEST_F(MoveToTrashTest, LeavesAHardLinkWhoseTwinOfTheSameNameCannotBeRestored)
+{
+    const std::string file = Write("work/file");
+    HardLinkIntoTrash(file, "file");
+
+    ExpectRefused(file);
+
+    EXPECT_TRUE(IsThere(file));
+    EXPECT_FALSE(IsThere(Path("home/data/Trash/info/file.trashinfo")));
+}
+
+// A trash with very much in it
+
+TEST_F(MoveToTrashTest, ListsNoTrashForAFileThatIsThereUnderItsName)
+{
+    FillTrash(3);
+
+    ExpectRefused(Write("work/file"), {unableToWrite, noListing});
+    EXPECT_TRUE(Trash(Path("work/file"), {noListing}));
+}
+
+TEST_F(MoveToTrashTest, ListsNoTrashForFilesOfOneName)
+{
+    for (int i = 0; i < 5; ++i)
+        EXPECT_TRUE(Trash(Write("work/take.1.mp4"), {noListing}));
+    ExpectRefused(Write("work/take.1.mp4"), {unableToWrite, noListing});
+
+    for (int i = 0; i < 5; ++i)
+        EXPECT_TRUE(Trash(Write("work/no_suffix"), {noListing}));
+    ExpectRefused(Write("work/no_suffix"), {unableToWrite, noListing});
+}
+
+TEST_F(MoveToTrashTest, LooksNoFurtherThanTheFirstFileThatIsFound)
+{
+    TakeNamesInTrashAfter("file");
+    TakeNamesInTrashAfter("folder");
+
+    EXPECT_TRUE(Trash(Write("work/file"), {fewLooks}));
+    EXPECT_TRUE(Trash(MakeFolder("work/folder"), {fewLooks}));
+}
+
+TEST_F(MoveToTrashTest, LooksAtNoOtherFileWhenItHasToListTheTrash)
+{
+    FillTrash(300);
+
+    ExpectRefused(Write("work/file"), {unableToWrite, renamedInTrash, fewLooks});
+}
+
 TEST_F(MoveToTrashTest, KeepsBothWhenAnotherFileCameWhereOneCannotBeRestoredTo)
 {
     const std::string file = Write("work/file", "the first");
@@ -663,6 +814,22 @@ TEST_F(MoveToTrashOnOtherDiskTest, LeavesWhatCouldNotBeRestored)
     MakeFolder("disk/.Trash", 01777);
     ExpectRefused(Path("disk/one/two/file"), {unableToWrite});
     EXPECT_TRUE(IsThere(Path("disk/.Trash/" + std::to_string(::getuid()))));
+}
+
+TEST_F(MoveToTrashOnOtherDiskTest, ListsNoTrashForAFileThatIsThereUnderItsName)
+{
+    FillTrash(3);
+
+    ExpectRefused(Write("disk/file"), {unableToWrite, noListing});
+}
+
+TEST_F(MoveToTrashOnOtherDiskTest, DoesNotLookIntoATrashOnAnotherDisk)
+{
+    FillTrash(1);
+    Write("home/data/Trash/info/file.trashinfo", "");
+    TakeNamesInTrashAfter("file");
+
+    EXPECT_TRUE(Trash(Write("disk/file"), {fewLooks}));
 }
 
 // Two disks number their files alike, and the trash of the one is looked at for a file of the other.

@@ -6,6 +6,8 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
+#include <QProcess>
 #include <QTranslator>
 
 #include <gmock/gmock.h>
@@ -672,6 +674,56 @@ TEST_F(PathValidationTest, RefusesAFolderFromWhichFilesCannotBeRemoved)
     calls.errorOfRemoving = EPERM;
 
     EXPECT_EQ(Validate(folder.Path()), Unwritable());
+}
+
+TEST_F(PathValidationTest, LeavesOneHiddenFileForEveryCheckOfAFolderFromWhichFilesCannotBeRemoved)
+{
+    Meddling calls;
+    calls.errorOfRemoving = EPERM;
+
+    Validate(folder.Path());
+    Validate(folder.Path());
+
+    const QStringList entries = folder.Entries();
+    ASSERT_EQ(entries.size(), 2);
+    for (const QString& entry : entries) {
+        EXPECT_TRUE(entry.startsWith(QLatin1String(".write-test-"))) << entry.toStdString();
+        EXPECT_EQ(QFileInfo(folder.Path(entry)).size(), 1);
+    }
+}
+
+/// A folder in which files can be made and not removed, while it lives; made so by chattr.
+class AppendOnly
+{
+public:
+    explicit AppendOnly(const QString& folder) : path(folder) { done = Chattr("+a"); }
+    ~AppendOnly() { Chattr("-a"); }
+    AppendOnly(const AppendOnly&) = delete;
+    AppendOnly& operator=(const AppendOnly&) = delete;
+
+    bool IsDone() const { return done; }
+
+private:
+    bool Chattr(const char* flag) const
+    {
+        return QProcess::execute(QStringLiteral("chattr"), {QString::fromLatin1(flag), path}) == 0;
+    }
+
+    const QString path;
+    bool done = false;
+};
+
+TEST_F(PathValidationTest, RefusesAnAppendOnlyFolderAndLeavesItsFileThere)
+{
+    {
+        const AppendOnly appendOnly(folder.Path());
+        if (!appendOnly.IsDone())
+            GTEST_SKIP() << "chattr cannot make a folder append-only here";
+
+        EXPECT_EQ(Validate(folder.Path()), Unwritable());
+    }
+
+    EXPECT_EQ(folder.Entries().size(), 1);
 }
 
 TEST_F(PathValidationTest, TellsOfAFullDiskEvenWhenTheFileCannotBeRemoved)

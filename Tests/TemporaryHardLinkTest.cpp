@@ -33,6 +33,7 @@ static_assert(std::is_nothrow_move_constructible_v<TemporaryHardLink>);
 static_assert(std::is_nothrow_move_assignable_v<TemporaryHardLink>);
 static_assert(std::is_nothrow_destructible_v<TemporaryHardLink>);
 static_assert(!std::is_default_constructible_v<TemporaryHardLink>);
+static_assert(std::is_convertible_v<const std::string&, TemporaryHardLink>);
 static_assert(!std::is_polymorphic_v<TemporaryHardLink>);
 static_assert(sizeof(TemporaryHardLink) == 2 * sizeof(std::string));
 static_assert(std::is_same_v<decltype(&TemporaryHardLink::GetOriginalFilePath),

@@ -34,10 +34,12 @@ AlertBox::~AlertBox()
 
 QMessageBox::StandardButton AlertBox::Exec()
 {
-    if (!box)
+    if (!box || box->isVisible())
         return QMessageBox::NoButton;
     // Nothing of this object after that: a slot may have destroyed it.
-    return static_cast<QMessageBox::StandardButton>(box->exec());
+    const int answer = box->exec();
+    // Negative when a slot has hidden the box and the first Exec() has not returned yet.
+    return answer < 0 ? QMessageBox::NoButton : static_cast<QMessageBox::StandardButton>(answer);
 }
 
 } // namespace Zendra::Util

@@ -56,7 +56,8 @@ public:
     /// @return the button that was pressed. Escape, and closing the window, count as pressing the button that
     ///         declines (Cancel, No, or the only one; see QMessageBox), and are ignored when there is none.
     ///         QMessageBox::NoButton when the box went without an answer, because its parent was destroyed or
-    ///         the application quits.
+    ///         the application quits; and at once when the box is open already, since a slot calls Exec()
+    ///         again: the answer is for the first call.
     QMessageBox::StandardButton Exec();
 
 private:

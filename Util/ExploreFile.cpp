@@ -1,9 +1,12 @@
 #include "Util/ExploreFile.h"
 
+#include "Core/NullCharacter.h"
 #include "Util/RevealFile.h"
 
 #include <QByteArray>
+#include <QCoreApplication>
 #include <QDesktopServices>
+#include <QThread>
 #include <QUrl>
 
 #include <boost/filesystem/operations.hpp>
@@ -60,13 +63,18 @@ QByteArray ContainingFolder(const QByteArray& path)
     return path.left(std::max(1, path.lastIndexOf('/')));
 }
 
+bool IsGuiThread()
+{
+    const QCoreApplication* const application = QCoreApplication::instance();
+    return application && application->thread() == QThread::currentThread();
+}
+
 } // namespace
 
 bool ExploreFile(const ioPath& path)
 {
     const std::string given = path.string();
-    // The system would read only up to a null character, and another file would be shown.
-    if (given.empty() || given.find('\0') != std::string::npos)
+    if (given.empty() || HasNullCharacter(given))
         return false;
     const QByteArray entry = PlainAbsolutePath(given);
     if (!IsThere(entry))
@@ -74,7 +82,8 @@ bool ExploreFile(const ioPath& path)
 
     if (RevealFile(FileUrl(entry), exploreFileLimit))
         return true;
-    return QDesktopServices::openUrl(FileUrl(ContainingFolder(entry)));
+    // QDesktopServices belongs to the GUI thread.
+    return IsGuiThread() && QDesktopServices::openUrl(FileUrl(ContainingFolder(entry)));
 }
 
 } // namespace Zendra::Util

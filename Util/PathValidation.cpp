@@ -1,5 +1,7 @@
 #include "Util/PathValidation.h"
 
+#include "Core/NullCharacter.h"
+
 #include <QCoreApplication>
 #include <QFile>
 #include <QRandomGenerator>
@@ -15,9 +17,9 @@
 namespace Zendra::Util {
 namespace {
 
-enum class Verdict
+enum class FolderProblem
 {
-    Valid,
+    None,
     NothingGiven,
     Missing,
     NotAFolder,
@@ -26,22 +28,22 @@ enum class Verdict
     DiskFull
 };
 
-QString ReasonFor(Verdict verdict)
+QString ReasonFor(FolderProblem problem)
 {
-    switch (verdict) {
-    case Verdict::Valid:
+    switch (problem) {
+    case FolderProblem::None:
         break;
-    case Verdict::NothingGiven:
+    case FolderProblem::NothingGiven:
         return QCoreApplication::translate("PathValidation", "No folder is given");
-    case Verdict::Missing:
+    case FolderProblem::Missing:
         return QCoreApplication::translate("PathValidation", "The folder does not exist");
-    case Verdict::NotAFolder:
+    case FolderProblem::NotAFolder:
         return QCoreApplication::translate("PathValidation", "This is not a folder");
-    case Verdict::Unreadable:
+    case FolderProblem::Unreadable:
         return QCoreApplication::translate("PathValidation", "The folder cannot be read");
-    case Verdict::Unwritable:
+    case FolderProblem::Unwritable:
         return QCoreApplication::translate("PathValidation", "The folder cannot be written to");
-    case Verdict::DiskFull:
+    case FolderProblem::DiskFull:
         return QCoreApplication::translate("PathValidation", "The disk is full");
     }
     return QString();
@@ -56,35 +58,35 @@ QByteArray NativeName(const QString& path)
     return name;
 }
 
-Verdict VerdictOnOpening(const QByteArray& name, int error)
+FolderProblem ProblemWithOpening(const QByteArray& name, int error)
 {
     switch (error) {
     case ENOENT:
     case ELOOP:
     case ENAMETOOLONG:
-        return Verdict::Missing;
+        return FolderProblem::Missing;
     case ENOTDIR: {
         // Either the last name is no folder, or one before it is none and the path leads nowhere.
         struct stat status = {};
-        return ::stat(name.constData(), &status) == 0 ? Verdict::NotAFolder : Verdict::Missing;
+        return ::stat(name.constData(), &status) == 0 ? FolderProblem::NotAFolder : FolderProblem::Missing;
     }
     default:
-        return Verdict::Unreadable;
+        return FolderProblem::Unreadable;
     }
 }
 
-Verdict VerdictOnWriting(int error)
+FolderProblem ProblemWithWriting(int error)
 {
-    return error == ENOSPC || error == EDQUOT ? Verdict::DiskFull : Verdict::Unwritable;
+    return error == ENOSPC || error == EDQUOT ? FolderProblem::DiskFull : FolderProblem::Unwritable;
 }
 
 /// Reading the first entry is enough: a folder that can be opened and not listed fails there.
-Verdict TryToList(DIR* folder)
+FolderProblem TryToList(DIR* folder)
 {
     errno = 0;
     if (!::readdir(folder) && errno != 0)
-        return Verdict::Unreadable;
-    return Verdict::Valid;
+        return FolderProblem::Unreadable;
+    return FolderProblem::None;
 }
 
 QByteArray HiddenName()
@@ -93,17 +95,17 @@ QByteArray HiddenName()
 }
 
 /// A byte, since a full disk still takes an empty file; closed, since some file systems complain only then.
-Verdict TryToFill(int file)
+FolderProblem TryToFill(int file)
 {
     const bool written = ::write(file, "", 1) == 1;
     const int writeError = errno;
     const bool closed = ::close(file) == 0;
     if (!written)
-        return VerdictOnWriting(writeError);
-    return closed ? Verdict::Valid : VerdictOnWriting(errno);
+        return ProblemWithWriting(writeError);
+    return closed ? FolderProblem::None : ProblemWithWriting(errno);
 }
 
-Verdict TryToWrite(int folder)
+FolderProblem TryToWrite(int folder)
 {
     QByteArray name;
     int file = -1;
@@ -116,47 +118,46 @@ Verdict TryToWrite(int folder)
             break;
     }
     if (file < 0)
-        return VerdictOnWriting(errno);
+        return ProblemWithWriting(errno);
 
     // Closed before it is removed: network file systems keep an open file under another name.
-    const Verdict verdict = TryToFill(file);
+    const FolderProblem problem = TryToFill(file);
     const bool removed = ::unlinkat(folder, name.constData(), 0) == 0;
-    return verdict == Verdict::Valid && !removed ? Verdict::Unwritable : verdict;
+    return problem == FolderProblem::None && !removed ? FolderProblem::Unwritable : problem;
 }
 
-Verdict Judge(const QString& path)
+FolderProblem FindProblem(const QString& path)
 {
     if (path.isEmpty())
-        return Verdict::NothingGiven;
-    // The system would stop reading there, and the verdict would be on another folder.
-    if (path.contains(QChar::Null))
-        return Verdict::Missing;
+        return FolderProblem::NothingGiven;
+    if (HasNullCharacter(path))
+        return FolderProblem::Missing;
 
     const QByteArray name = NativeName(path);
     const int descriptor = ::open(name.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (descriptor < 0)
-        return VerdictOnOpening(name, errno);
+        return ProblemWithOpening(name, errno);
     DIR* folder = ::fdopendir(descriptor);
     if (!folder) {
         ::close(descriptor);
-        return Verdict::Unreadable;
+        return FolderProblem::Unreadable;
     }
 
-    Verdict verdict = TryToList(folder);
-    if (verdict == Verdict::Valid)
-        verdict = TryToWrite(descriptor);
+    FolderProblem problem = TryToList(folder);
+    if (problem == FolderProblem::None)
+        problem = TryToWrite(descriptor);
     ::closedir(folder);
-    return verdict;
+    return problem;
 }
 
 } // namespace
 
 bool IsThisPathValid(const QString& path, QString* reason)
 {
-    const Verdict verdict = Judge(path);
-    if (verdict != Verdict::Valid && reason)
-        *reason = ReasonFor(verdict);
-    return verdict == Verdict::Valid;
+    const FolderProblem problem = FindProblem(path);
+    if (problem != FolderProblem::None && reason)
+        *reason = ReasonFor(problem);
+    return problem == FolderProblem::None;
 }
 
 } // namespace Zendra::Util

@@ -10,8 +10,14 @@ namespace Zendra::Util {
 ///
 /// It does not ask for permissions, which do not tell the truth about read-only mounts, access lists, foreign
 /// file systems or full disks. It tries: it lists the folder, then makes a hidden file of one byte in it and
-/// removes it again. No existing file is ever touched, and only a process that is killed between these two
-/// steps leaves its file behind. Whoever watches the folder gets a notice that it has changed.
+/// removes it again. No existing file is ever touched. Whoever watches the folder gets a notice that it has
+/// changed.
+///
+/// Two things leave the hidden file, ".write-test-" and a random number, behind: a process that is killed
+/// between these two steps, and a folder in which files can be made and not removed, such as an append-only
+/// one
+/// (`chattr +a`) or some shares. Such a folder cannot be written to as this function understands it, and
+/// keeps one more hidden file for every check.
 ///
 /// A link to a folder is as good as the folder. The path is taken as the system takes it: relative to the
 /// process's current folder unless it begins with a slash. Intended: a path that begins with a colon is no Qt

@@ -6,7 +6,6 @@ find_package(glog REQUIRED)
 
 if(LWUTILFS_BUNDLED_COMPANIONS)
     if(NOT APPLE)
-        find_package(Qt5 5.15 REQUIRED COMPONENTS DBus)
         find_package(PkgConfig REQUIRED)
         pkg_check_modules(GIO REQUIRED IMPORTED_TARGET gio-2.0)
     endif()

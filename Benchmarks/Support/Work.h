@@ -39,5 +39,6 @@ bool IsBrief();
 void AddPollingBenchmarks();
 void AddWatchingBenchmarks();
 void AddCallBenchmarks();
+void AddTrashBenchmarks();
 
 } // namespace Benchmarks

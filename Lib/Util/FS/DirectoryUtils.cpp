@@ -94,7 +94,9 @@ bool CheckPathAndAnnoyUserIfInvalid(const QString& path, QWidget* parent)
     // Intended: the path is filled in after the reason, so a "%1" inside the reason takes the path.
     const QString message =
         QCoreApplication::translate("DirectoryUtilsValidPath", "%1: %2").arg(reason).arg(path);
-    Util::AlertBox alert(Util::AlertBox::Level::Warning, QStringLiteral(""), message, QMessageBox::Ok, parent,
+    // By its value: the companion libraries may be the application's own, in which level 0 has another name.
+    constexpr auto level = Util::AlertBox::Level(0);
+    Util::AlertBox alert(level, QStringLiteral(""), message, QMessageBox::Ok, parent,
                          Qt::Dialog | Qt::MSWindowsFixedSizeDialogHint);
     alert.Exec();
     return false;

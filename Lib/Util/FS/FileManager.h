@@ -18,7 +18,8 @@ namespace Zendra::LW {
 ///
 /// Does no file work of its own: each operation is one call of Util::ExploreFile(), Core::MoveToTrash(),
 /// Core::RemoveFile(), ioPath::exists() or ioPath::create_directories(), whose result and exceptions it
-/// passes on. Takes no lock of its own. Each observer is handed a copy of the path.
+/// passes on, on the thread of the caller, which may be any. Takes no lock of its own. Each observer is
+/// handed a copy of the path.
 class LWUTILFS_EXPORT FileManager : public IFileManager
 {
 public:

@@ -46,12 +46,13 @@ class LWUTILFS_EXPORT IFileManager : public Core::EventPublisher<IFileManagerObs
 {
 public:
     /// Shows a file, selected, in the system's file browser, and calls OnFileExplored().
-    /// Blocks for as long as Util::ExploreFile() does.
+    /// Blocks for as long as Util::ExploreFile() does, two seconds at most. Off the GUI thread only the file
+    /// browser is asked; on it the containing folder is opened when the browser does not answer.
     /// @return false for a missing path, or when it could not be shown
     virtual bool ExploreFile(const Zendra::ioPath& path) = 0;
 
     /// Moves a file, folder or link to the user's trash, and calls OnFileMovedToTrash().
-    /// @return false if that is not possible; nothing has been touched then
+    /// @return as Core::MoveToTrash(), which has the rules
     virtual bool MoveToTrash(const Zendra::ioPath& path) = 0;
 
     /// Deletes a file or a link for good, never what the link points to, and calls OnFileRemoved().

@@ -27,8 +27,8 @@ namespace Zendra::LW {
 class LWUTILFS_EXPORT TemporaryHardLink
 {
 public:
-    /// Links the file as Reset() does.
-    explicit TemporaryHardLink(const std::string& filePath);
+    /// Links the file as Reset() does. Intended: not explicit, so a path can stand where a link is wanted.
+    TemporaryHardLink(const std::string& filePath);
     /// Removes whatever file has the recorded path, never the original. Never throws.
     ~TemporaryHardLink();
 

@@ -11,9 +11,10 @@ namespace Zendra::Util {
 class __attribute__((visibility("default"))) AlertBox
 {
 public:
+    /// Names of its own: the library goes by the value.
     enum class Level
     {
-        Warning
+        Caution
     };
 
     AlertBox(Level, const QString&, const QString& text, QFlags<QMessageBox::StandardButton>, QWidget*,

@@ -1,4 +1,4 @@
-#include "Core/MoveToTrash.h"
+#include "Core/MoveEntryToTrash.h"
 
 #include <QFile>
 #include <QString>

@@ -1,0 +1,171 @@
+#include "Core/FileOperations.h"
+
+#include "Tests/Support/ByteFolder.h"
+
+#include <QDir>
+#include <QStorageInfo>
+
+#include <gmock/gmock.h>
+
+#include <array>
+#include <atomic>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <glib.h>
+
+using testing::Each;
+using Zendra::Core::MoveToTrash;
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int threadCount = 8;
+constexpr int filesOfAThread = 25;
+
+std::string ContentOf(const fs::path& file)
+{
+    return std::string(std::istreambuf_iterator<char>(std::ifstream(file).rdbuf()), {});
+}
+
+/// The trash is the same for all tests: GLib looks at the environment once in a process.
+class MoveToTrashThreadsTest : public testing::Test
+{
+protected:
+    static void SetUpTestSuite()
+    {
+        // Temporary folders often lie in memory, and nothing in memory is ever trashed.
+        if (QStorageInfo(QDir::tempPath()).fileSystemType() == "tmpfs")
+            qputenv("TMPDIR", "/var/tmp");
+        folder = std::make_unique<Tests::ByteFolder>();
+        qputenv("HOME", QByteArray::fromStdString(folder->Path()));
+        qputenv("XDG_DATA_HOME", QByteArray::fromStdString(folder->Path("data")));
+    }
+
+    static void TearDownTestSuite() { folder.reset(); }
+
+    void SetUp() override
+    {
+        if (QStorageInfo(QString::fromStdString(folder->Path())).fileSystemType() == "tmpfs")
+            GTEST_SKIP() << "both the temporary folder and /var/tmp lie in memory";
+        ASSERT_EQ(g_get_user_data_dir(), folder->Path("data"));
+        fs::remove_all(folder->Path("data"));
+        fs::remove_all(folder->Path("work"));
+    }
+
+    /// Runs it in all threads at once, with the number of the thread.
+    static void RunInThreads(const std::function<void(int)>& run)
+    {
+        std::atomic<int> waiting = threadCount;
+        std::vector<std::thread> threads;
+        for (int thread = 0; thread < threadCount; ++thread) {
+            threads.emplace_back([&, thread] {
+                for (--waiting; waiting > 0;)
+                    std::this_thread::yield();
+                run(thread);
+            });
+        }
+        for (std::thread& thread : threads)
+            thread.join();
+    }
+
+    /// The contents of the files in the trash, by the paths that they are restored to. The files without a
+    /// note of that are listed under their names.
+    static std::map<std::string, std::string> Trashed()
+    {
+        std::map<std::string, std::string> trashed;
+        const fs::path trash = folder->Path("data/Trash");
+        for (const auto& file : fs::directory_iterator(trash / "files")) {
+            const std::string name = file.path().filename();
+            const std::string info = ContentOf(trash / "info" / (name + ".trashinfo"));
+            const size_t start = info.find("\nPath=");
+            const std::string path = start == std::string::npos
+                                         ? name
+                                         : info.substr(start + 6, info.find('\n', start + 6) - start - 6);
+            trashed[path] = ContentOf(file.path());
+        }
+        return trashed;
+    }
+
+    static size_t InfoCount()
+    {
+        const fs::directory_iterator infos(folder->Path("data/Trash/info"));
+        return static_cast<size_t>(std::distance(begin(infos), end(infos)));
+    }
+
+    static std::unique_ptr<Tests::ByteFolder> folder;
+};
+
+std::unique_ptr<Tests::ByteFolder> MoveToTrashThreadsTest::folder;
+
+TEST_F(MoveToTrashThreadsTest, FilesOfOneNameAreAllKept)
+{
+    std::array<std::vector<std::string>, threadCount> files;
+    std::map<std::string, std::string> expected;
+    for (int file = 0; file < threadCount * filesOfAThread; ++file) {
+        const std::string name = "work/" + std::to_string(file) + "/take.mp4";
+        const std::string path = folder->Write(name, name);
+        files[static_cast<size_t>(file % threadCount)].push_back(path);
+        expected[path] = name;
+    }
+    std::atomic<int> moved = 0;
+
+    RunInThreads([&](int thread) {
+        for (const std::string& file : files[static_cast<size_t>(thread)])
+            moved += MoveToTrash(file);
+    });
+
+    EXPECT_EQ(moved, threadCount * filesOfAThread);
+    EXPECT_EQ(Trashed(), expected);
+    EXPECT_EQ(InfoCount(), expected.size());
+}
+
+TEST_F(MoveToTrashThreadsTest, AFileIsMovedByOneOfThem)
+{
+    std::vector<std::string> files;
+    std::map<std::string, std::string> expected;
+    for (int file = 0; file < filesOfAThread; ++file) {
+        const std::string name = "work/" + std::to_string(file);
+        files.push_back(folder->Write(name, name));
+        expected[files.back()] = name;
+    }
+    std::array<std::atomic<int>, filesOfAThread> moved = {};
+
+    RunInThreads([&](int /*thread*/) {
+        for (size_t file = 0; file < files.size(); ++file)
+            moved[file] += MoveToTrash(files[file]);
+    });
+
+    EXPECT_THAT(std::vector<int>(moved.begin(), moved.end()), Each(1));
+    EXPECT_EQ(Trashed(), expected);
+    EXPECT_EQ(InfoCount(), expected.size());
+}
+
+TEST_F(MoveToTrashThreadsTest, HardLinksToOneFileAreAllKept)
+{
+    const std::string original = folder->Write("work/original", "one file");
+    std::array<std::string, threadCount> links;
+    std::map<std::string, std::string> expected;
+    for (int thread = 0; thread < threadCount; ++thread) {
+        std::string& link = links[static_cast<size_t>(thread)];
+        link = folder->MakeFolder("work/" + std::to_string(thread)) + "/take.mp4";
+        fs::create_hard_link(original, link);
+        expected[link] = "one file";
+    }
+    std::atomic<int> moved = 0;
+
+    RunInThreads([&](int thread) { moved += MoveToTrash(links[static_cast<size_t>(thread)]); });
+
+    EXPECT_EQ(moved, threadCount);
+    EXPECT_EQ(Trashed(), expected);
+    EXPECT_EQ(InfoCount(), expected.size());
+}
+
+} // namespace

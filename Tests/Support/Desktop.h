@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QByteArray>
+#include <QDesktopServices>
+#include <QList>
+#include <QObject>
+#include <QUrl>
+
+namespace Tests {
+
+/// The desktop: takes every file URL that is to be opened, while it lives.
+class Desktop : public QObject
+{
+    Q_OBJECT
+
+public:
+    Desktop() { QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "Open"); }
+    ~Desktop() override { QDesktopServices::unsetUrlHandler(QStringLiteral("file")); }
+
+    QList<QByteArray> opened;
+
+public Q_SLOTS:
+    void Open(const QUrl& url) { opened << url.toEncoded(); }
+};
+
+} // namespace Tests

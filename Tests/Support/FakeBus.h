@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <thread>
+
+namespace Tests {
+
+/// A bus that is broken, on a socket of its own.
+class FakeBus
+{
+public:
+    enum class Behaviour
+    {
+        AcceptsNobody, ///< the system takes as many connections as fit into its queue, nobody reads them
+        IgnoresHello,  ///< lets the first caller log in, reads on and answers nothing
+        HangsUpOnHello ///< lets the first caller log in and closes the connection after its first message
+    };
+
+    FakeBus(const QString& socketPath, Behaviour behaviour);
+    /// Ends the connections.
+    ~FakeBus();
+    FakeBus(const FakeBus&) = delete;
+    FakeBus& operator=(const FakeBus&) = delete;
+
+    /// For DBUS_SESSION_BUS_ADDRESS.
+    QByteArray Address() const { return address; }
+
+private:
+    void ServeOne(Behaviour behaviour) const;
+
+    const QByteArray address;
+    int listener = -1;
+    std::thread server;
+};
+
+} // namespace Tests
