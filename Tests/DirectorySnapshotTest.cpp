@@ -262,7 +262,7 @@ TEST_F(DirectoryScanTest, FindsNothingBelowAFile)
 TEST_F(DirectoryScanTest, FindsNothingInAFolderThatItMayNotRead)
 {
     folder.Write(QStringLiteral("a.txt"));
-    folder.SetPermissions(QStringLiteral("."), 0711);
+    folder.SetPermissions(QStringLiteral("."), 0111);
 
     const Unprivileged nobody;
 
@@ -273,7 +273,7 @@ TEST_F(DirectoryScanTest, SkipsASubfolderThatItMayNotRead)
 {
     folder.Write(QStringLiteral("closed/a.txt"));
     folder.Write(QStringLiteral("open/b.txt"));
-    folder.SetPermissions(QStringLiteral("closed"), 0700);
+    folder.SetPermissions(QStringLiteral("closed"), 0);
     folder.SetPermissions(QStringLiteral("."), 0755);
 
     const Unprivileged nobody;
@@ -371,7 +371,7 @@ TEST_F(DirectoryScanTest, ListsWhatItCanOfAFolderThatItMayNotEnter)
     folder.Write(QStringLiteral("listed/a.txt"));
     folder.Write(QStringLiteral("listed/sub/b.txt"));
     folder.Link(QStringLiteral("a.txt"), QStringLiteral("listed/link.txt"));
-    folder.SetPermissions(QStringLiteral("listed"), 0744);
+    folder.SetPermissions(QStringLiteral("listed"), 0444);
     folder.SetPermissions(QStringLiteral("."), 0755);
 
     const Unprivileged nobody;

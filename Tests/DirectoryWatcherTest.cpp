@@ -196,7 +196,7 @@ TEST_F(DirectoryWatcherStartTest, SucceedsInAFolderThatIsMissing)
 TEST_F(DirectoryWatcherStartTest, SucceedsInAFolderThatItMayNotRead)
 {
     Write({"a.txt"});
-    folder.SetPermissions(QStringLiteral("."), 0711);
+    folder.SetPermissions(QStringLiteral("."), 0111);
     const Unprivileged nobody;
 
     EXPECT_TRUE(watcher->StartWatching(folder.Path(), {}, {}, 0));
