@@ -1,7 +1,7 @@
 // Calls MoveToTrash() in a process of its own, since a process looks at its environment for a trash only
 // once.
 //
-//     TrashTool [--as-stranger] [--unable-to-write] [--replace-at-once] <path, percent-encoded>
+//     TrashTool [--as-stranger] [--unable-to-write] [--lose-note] [--replace-at-once] <path, percent-encoded>
 //
 // Ends with 0 when the call returned true and with 1 when it returned false.
 
@@ -12,7 +12,9 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
+#include <string>
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -28,6 +30,7 @@ namespace {
 
 constexpr int cannotTell = 2;
 
+bool loseNote = false;
 bool replaceAtOnce = false;
 
 /// From now on files can be made, moved and deleted, but nothing written to them, as on a full disk.
@@ -37,9 +40,18 @@ bool LoseTheAbilityToWrite()
     return std::signal(SIGXFSZ, SIG_IGN) != SIG_ERR && ::setrlimit(RLIMIT_FSIZE, &nothing) == 0;
 }
 
+/// Leaves the note of a file in the home folder's trash as an older GIO does when the disk is full.
+void EmptyNoteOf(GFile* file)
+{
+    const std::string name = std::filesystem::path(g_file_peek_path(file)).filename();
+    const std::string note = std::string(g_get_user_data_dir()) + "/Trash/info/" + name + ".trashinfo";
+    std::filesystem::resize_file(note, 0);
+}
+
 } // namespace
 
-/// Stands before GIO's own: somebody makes an empty file where one has just gone to the trash.
+/// Stands before GIO's own: the note is lost, or somebody makes an empty file where one has just gone to the
+/// trash.
 extern "C" __attribute__((visibility("default"))) gboolean
 g_file_trash(GFile* file, GCancellable* cancellable, GError** error)
 {
@@ -49,6 +61,8 @@ g_file_trash(GFile* file, GCancellable* cancellable, GError** error)
     const __lsan::ScopedDisabler passOverItsLeaks;
 #endif
     const gboolean done = original(file, cancellable, error);
+    if (done && loseNote)
+        EmptyNoteOf(file);
     if (replaceAtOnce)
         ::close(::open(g_file_peek_path(file), O_WRONLY | O_CREAT | O_EXCL, 0600));
     return done;
@@ -64,6 +78,8 @@ int main(int argc, char* argv[])
         const QByteArray option = argv[i];
         if (option == "--as-stranger")
             stranger = std::make_unique<Tests::Unprivileged>();
+        else if (option == "--lose-note")
+            loseNote = true;
         else if (option == "--replace-at-once")
             replaceAtOnce = true;
         else if (option != "--unable-to-write" || !LoseTheAbilityToWrite())
