@@ -12,6 +12,11 @@ fail()
     exit 1
 }
 
+processor_count()
+{
+    getconf _NPROCESSORS_ONLN 2>/dev/null || sysctl -n hw.ncpu
+}
+
 # Settings that CMake reads from the environment when a build folder is made.
 prepare_build_environment()
 {
@@ -33,6 +38,7 @@ configure_and_build()
     local preset=$1 folder=${2:-$root/build/$1} words
     shift $(($# < 2 ? $# : 2))
 
+    mkdir -p "$folder" 2>/dev/null || fail "cannot make $folder; to build elsewhere: cmake --preset $preset -B FOLDER, cmake --build FOLDER"
     prepare_build_environment
     words=$(cd "$root" && cmake --preset "$preset" -B "$folder" "$@" 2>&1) || {
         printf '%s\n' "$words" >&2
