@@ -232,7 +232,7 @@ class WatcherTableTest : public testing::Test
 };
 
 using AllClasses = testing::Types<IDirectoryWatcher, DirectoryWatcher, DirectoryChecker>;
-TYPED_TEST_SUITE(WatcherTableTest, AllClasses);
+TYPED_TEST_SUITE(WatcherTableTest, AllClasses, );
 
 TYPED_TEST(WatcherTableTest, HasTheFourOperationsInOrderAfterThoseOfQObject)
 {
@@ -276,7 +276,7 @@ protected:
 };
 
 using Implementations = testing::Types<DirectoryWatcher, DirectoryChecker>;
-TYPED_TEST_SUITE(EveryWatcherTest, Implementations);
+TYPED_TEST_SUITE(EveryWatcherTest, Implementations, );
 
 TYPED_TEST(EveryWatcherTest, IsIdleWithoutAParentAtFirst)
 {

@@ -469,7 +469,7 @@ TEST_P(LongOctalTest, IsReadAsItStandsThere)
     const unsigned int exponent = GetParam();
     const std::string digits = std::to_string(1u << exponent % 3) + std::string(exponent / 3, '0');
     const NumberedFolder folder({"a0" + digits, "a000" + digits, "a1"});
-    const DirtyMemory dirty;
+    [[maybe_unused]] const DirtyMemory dirty;
 
     const std::string next = folder.Next(R"(a(\d+))");
 
