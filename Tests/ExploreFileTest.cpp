@@ -165,7 +165,10 @@ protected:
 
     static QByteArray RequestFor(const QByteArray& uri) { return "ShowItems [" + uri + "] []\n"; }
 
-    static QByteArray PlainUri(const QString& path) { return "file://" + QFile::encodeName(path); }
+    static QByteArray PlainUri(const QString& path)
+    {
+        return "file://" + QFile::encodeName(path).toPercentEncoding("/");
+    }
 
     static bool Explore(const QString& path) { return ExploreFile(path.toStdString()); }
 
