@@ -4,6 +4,10 @@
 
 #include <gmock/gmock.h>
 
+#include <iostream>
+
+#include <sys/stat.h>
+
 namespace {
 
 /// Gives the process a home of its own, so that no test reads or writes the user's.
@@ -14,6 +18,7 @@ void LiveIn(const QDir& home)
     qputenv("XDG_DATA_HOME", path + "/data");
     qputenv("XDG_CONFIG_HOME", path + "/config");
     qputenv("XDG_CACHE_HOME", path + "/cache");
+    qputenv("XDG_RUNTIME_DIR", path); // for nobody else, which Qt insists on
 }
 
 } // namespace
@@ -21,7 +26,13 @@ void LiveIn(const QDir& home)
 int main(int argc, char* argv[])
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    // Whoever runs the tests may hide new files from others; the tests hide what they want to.
+    ::umask(022);
     const QTemporaryDir home;
+    if (!home.isValid()) {
+        std::cerr << "The tests need a temporary folder: " << qPrintable(home.errorString()) << '\n';
+        return 1;
+    }
     LiveIn(QDir(home.path()));
 
     testing::InitGoogleMock(&argc, argv);
