@@ -23,7 +23,8 @@ prepare_build_environment()
     if [ "$(uname -s)" = Darwin ] && command -v brew >/dev/null; then
         # Homebrew keeps Qt 5 beside its prefix and not in it.
         CMAKE_PREFIX_PATH="$(brew --prefix qt@5)${CMAKE_PREFIX_PATH:+:$CMAKE_PREFIX_PATH}"
-        export CMAKE_PREFIX_PATH
+        PKG_CONFIG_PATH="$(brew --prefix qt@5)/lib/pkgconfig${PKG_CONFIG_PATH:+:$PKG_CONFIG_PATH}"
+        export CMAKE_PREFIX_PATH PKG_CONFIG_PATH
     fi
     if command -v ccache >/dev/null; then
         export CMAKE_CXX_COMPILER_LAUNCHER="${CMAKE_CXX_COMPILER_LAUNCHER-ccache}"
