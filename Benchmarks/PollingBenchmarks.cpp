@@ -1,5 +1,6 @@
 #include "Benchmarks/Support/Baselines.h"
 #include "Benchmarks/Support/FolderTree.h"
+#include "Benchmarks/Support/Heap.h"
 #include "Benchmarks/Support/Work.h"
 #include "Lib/Util/FS/DirectoryChecker.h"
 
@@ -7,8 +8,6 @@
 
 #include <limits>
 #include <memory>
-
-#include <malloc.h>
 
 namespace Benchmarks {
 namespace {
@@ -32,12 +31,6 @@ struct SharedTree
     }
     std::string NativePath() { return QFile::encodeName(Path()).toStdString(); }
 };
-
-double HeapInUse()
-{
-    const struct mallinfo2 info = ::mallinfo2();
-    return static_cast<double>(info.uordblks + info.hblkhd);
-}
 
 /// Times the start of something new in each repetition, but not its end.
 template <typename Start>

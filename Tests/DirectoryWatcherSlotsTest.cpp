@@ -2,6 +2,7 @@
 
 #include "Tests/Support/EventLoop.h"
 #include "Tests/Support/LogCapture.h"
+#include "Tests/Support/Surroundings.h"
 #include "Tests/Support/WatcherFixture.h"
 
 #include <QDir>
@@ -13,6 +14,7 @@
 #include <algorithm>
 #include <ostream>
 #include <stdexcept>
+#include <string>
 #include <utility>
 
 // What slots and predicates may do to the watcher that calls them. Most of these tests say more when they are
@@ -55,6 +57,12 @@ protected:
     {
         Write({"change1", "change2", "change3", "remove1", "remove2", "remove3", "extra1", "extra2",
                "other/o.txt"});
+    }
+
+    void SetUp() override
+    {
+        if (const std::string why = Tests::WhyNoticesAreLate(); !why.empty())
+            GTEST_SKIP() << why;
     }
 
     bool IsFromNotice() const { return GetParam() >= Signal::Added; }
@@ -724,6 +732,8 @@ TEST_F(MisbehavingPredicateTest, MayStopTheWatcherAtTheLastFile)
 
 TEST_F(MisbehavingPredicateTest, MayPutAnotherWatchInThePlaceOfTheOneThatIsStarting)
 {
+    if (const std::string why = Tests::WhyNoticesAreLate(); !why.empty())
+        GTEST_SKIP() << why;
     EXPECT_FALSE(Start([&](const QFileInfo&) {
         watcher->StopWatching();
         EXPECT_TRUE(watcher->StartWatching(Path("other"), {}, {}, 0));

@@ -2,11 +2,15 @@
 
 #include "Tests/Support/TempFolder.h"
 
+#include <QByteArray>
 #include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
 
 #include <gtest/gtest.h>
+
+#include <ctime>
+#include <string>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -15,8 +19,44 @@
 namespace Zendra::LW {
 namespace {
 
-TEST(FileTimeTest, IsThatOfQFileInfoToTheMillisecond)
+/// Local time in another zone while it lives. Given by a rule, since not every system has a list of zones.
+class Zone
 {
+public:
+    explicit Zone(const char* rule) : before(qgetenv("TZ")), wasSet(qEnvironmentVariableIsSet("TZ"))
+    {
+        qputenv("TZ", rule);
+        ::tzset();
+    }
+    ~Zone()
+    {
+        if (wasSet)
+            qputenv("TZ", before);
+        else
+            qunsetenv("TZ");
+        ::tzset();
+    }
+    Zone(const Zone&) = delete;
+    Zone& operator=(const Zone&) = delete;
+
+private:
+    const QByteArray before;
+    const bool wasSet;
+};
+
+struct ZoneRow
+{
+    const char* name;
+    const char* rule;
+};
+
+class FileTimeZoneTest : public testing::TestWithParam<ZoneRow>
+{
+};
+
+TEST_P(FileTimeZoneTest, IsThatOfQFileInfoToTheMillisecond)
+{
+    const Zone zone(GetParam().rule);
     const Tests::TempFolder folder;
     const QString path = folder.Write(QStringLiteral("a"));
     const timespec times[] = {{0, 0},           {0, 1000000},      {1500000000, 123000000},
@@ -25,11 +65,23 @@ TEST(FileTimeTest, IsThatOfQFileInfoToTheMillisecond)
     for (const timespec& time : times) {
         const timespec both[] = {time, time};
         ASSERT_EQ(::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), both, 0), 0);
+        const qint64 expected = qint64(time.tv_sec) * 1000 + time.tv_nsec / 1000000;
 
-        EXPECT_EQ(ReadModificationTime(path), qint64(time.tv_sec) * 1000 + time.tv_nsec / 1000000);
-        EXPECT_EQ(ReadModificationTime(path), QFileInfo(path).lastModified().toMSecsSinceEpoch());
+        EXPECT_EQ(ReadModificationTime(path), expected);
+        // QFileInfo takes the first millisecond of 1970 for no time.
+        if (expected != 0) {
+            EXPECT_EQ(ReadModificationTime(path), QFileInfo(path).lastModified().toMSecsSinceEpoch());
+        }
     }
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    Zones, FileTimeZoneTest,
+    testing::Values(ZoneRow{"Greenwich", "UTC0"}, ZoneRow{"FarWest", "<-11>11"}, ZoneRow{"West", "<-03>3"},
+                    ZoneRow{"HalfAnHourEast", "<+0530>-5:30"},
+                    ZoneRow{"SummerTimeOfHalfAnHour", "<+1030>-10:30<+11>-11,M10.1.0,M4.1.0"},
+                    ZoneRow{"FarEast", "<+13>-13"}),
+    [](const testing::TestParamInfo<ZoneRow>& row) { return std::string(row.param.name); });
 
 TEST(FileTimeTest, IsThatOfALinksTarget)
 {

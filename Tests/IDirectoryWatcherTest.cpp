@@ -4,6 +4,7 @@
 #include "Lib/Util/FS/DirectoryWatcher.h"
 #include "Tests/Support/LogCapture.h"
 #include "Tests/Support/SignalLog.h"
+#include "Tests/Support/Surroundings.h"
 #include "Tests/Support/TempFolder.h"
 
 #include <QMetaMethod>
@@ -232,7 +233,7 @@ class WatcherTableTest : public testing::Test
 };
 
 using AllClasses = testing::Types<IDirectoryWatcher, DirectoryWatcher, DirectoryChecker>;
-TYPED_TEST_SUITE(WatcherTableTest, AllClasses);
+TYPED_TEST_SUITE(WatcherTableTest, AllClasses, );
 
 TYPED_TEST(WatcherTableTest, HasTheFourOperationsInOrderAfterThoseOfQObject)
 {
@@ -276,7 +277,7 @@ protected:
 };
 
 using Implementations = testing::Types<DirectoryWatcher, DirectoryChecker>;
-TYPED_TEST_SUITE(EveryWatcherTest, Implementations);
+TYPED_TEST_SUITE(EveryWatcherTest, Implementations, );
 
 TYPED_TEST(EveryWatcherTest, IsIdleWithoutAParentAtFirst)
 {
@@ -295,6 +296,8 @@ TYPED_TEST(EveryWatcherTest, IsKnownByItsClassInThisLibraryToo)
 
 TYPED_TEST(EveryWatcherTest, HasTheFilesInTheOrderOfTheirNames)
 {
+    if (const std::string why = Tests::WhyCaseIsLost(); !why.empty())
+        GTEST_SKIP() << why;
     for (const char* name : {"b.txt", "A.txt", "a.txt", "C.txt"})
         this->folder.Write(QString::fromLatin1(name));
 

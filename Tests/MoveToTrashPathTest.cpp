@@ -1,10 +1,13 @@
 #include "Core/FileOperations.h"
 #include "Core/MoveEntryToTrash.h"
 #include "Tests/Support/ByteFolder.h"
+#include "Tests/Support/Surroundings.h"
 
 #include <gmock/gmock.h>
 
 #include <filesystem>
+#include <string>
+#include <vector>
 
 // What the system's part of MoveToTrash() is asked, with a stand-in for that part.
 
@@ -87,7 +90,7 @@ TEST_F(MoveToTrashPathTest, TakesAbsolutePathsAsTheyAre)
 {
     EXPECT_TRUE(MoveToTrash(Path("work/file")));
     EXPECT_TRUE(MoveToTrash("/" + Path("work/toElsewhere/../file")));
-    EXPECT_TRUE(MoveToTrash("/tmp/.."));
+    EXPECT_TRUE(MoveToTrash("/dev/.."));
     EXPECT_TRUE(MoveToTrash("/"));
     EXPECT_TRUE(MoveToTrash("//"));
     EXPECT_TRUE(MoveToTrash("/dev"));
@@ -97,6 +100,8 @@ TEST_F(MoveToTrashPathTest, TakesAbsolutePathsAsTheyAre)
 
 TEST_F(MoveToTrashPathTest, KeepsEveryByteOfAName)
 {
+    if (const std::string why = Tests::WhyBytesAreRefused(); !why.empty())
+        GTEST_SKIP() << why;
     const std::string name = " \xFC%41\n\\\"#" + std::string(200, 'x');
     Write("work/" + name);
 

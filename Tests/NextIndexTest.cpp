@@ -12,6 +12,7 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
+#include <cerrno>
 #include <cstdio>
 #include <fstream>
 #include <locale>
@@ -64,10 +65,15 @@ public:
     void Add(const std::string& name)
     {
         paths.push_back(Path() + '/' + name);
-        std::ofstream file;
-        file.exceptions(std::ios::failbit);
-        file.open(paths.back());
+        std::ofstream file(paths.back());
+        if (!file && errno != EILSEQ)
+            throw std::runtime_error("cannot make " + paths.back());
+        isRefused = isRefused || !file;
     }
+
+    /// Whether there is a name that the file system does not take: not every one takes other bytes than
+    /// UTF-8.
+    bool IsRefused() const { return isRefused; }
 
     std::string Path() const { return Native(folder.Path()); }
     const TempFolder& Folder() const { return folder; }
@@ -80,6 +86,7 @@ public:
 private:
     TempFolder folder;
     std::vector<std::string> paths;
+    bool isRefused = false;
 };
 
 const std::string nines(250, '9');
@@ -111,6 +118,8 @@ class NextIndexRules : public testing::TestWithParam<NumberRule>
 TEST_P(NextIndexRules, GivesOneMoreThanTheLargestNumber)
 {
     const NumberedFolder folder(GetParam().entries);
+    if (folder.IsRefused())
+        GTEST_SKIP() << "this file system takes no names but UTF-8";
 
     EXPECT_EQ(folder.Next(GetParam().pattern), GetParam().next);
 }
@@ -224,6 +233,8 @@ protected:
 
 TEST_P(NextIndexErrors, OneNumberThatCannotBeReadFailsTheCall)
 {
+    if (folder.IsRefused())
+        GTEST_SKIP() << "this file system takes no names but UTF-8";
     std::string error;
 
     try {
@@ -237,6 +248,8 @@ TEST_P(NextIndexErrors, OneNumberThatCannotBeReadFailsTheCall)
 
 TEST_P(NextIndexErrors, ComesAsABoostExceptionToo)
 {
+    if (folder.IsRefused())
+        GTEST_SKIP() << "this file system takes no names but UTF-8";
     EXPECT_THROW(folder.Next(R"(a(.+))"), boost::exception);
 }
 
@@ -469,7 +482,7 @@ TEST_P(LongOctalTest, IsReadAsItStandsThere)
     const unsigned int exponent = GetParam();
     const std::string digits = std::to_string(1u << exponent % 3) + std::string(exponent / 3, '0');
     const NumberedFolder folder({"a0" + digits, "a000" + digits, "a1"});
-    const DirtyMemory dirty;
+    [[maybe_unused]] const DirtyMemory dirty;
 
     const std::string next = folder.Next(R"(a(\d+))");
 

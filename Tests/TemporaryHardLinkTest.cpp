@@ -49,7 +49,7 @@ std::function<void(const char*)> beforeLink;
 } // namespace
 
 /// Takes the system's place for the whole program.
-extern "C" int symlink(const char* target, const char* path) noexcept
+extern "C" int symlink(const char* target, const char* path)
 {
     if (beforeLink)
         beforeLink(path);

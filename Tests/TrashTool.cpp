@@ -1,7 +1,7 @@
 // Calls MoveToTrash() in a process of its own, since a process looks at its environment for a trash only
 // once.
 //
-//     TrashTool [--as-stranger] [--unable-to-write] [--replace-at-once] [--rename-in-trash=NAME]
+//     TrashTool [--as-stranger] [--unable-to-write] [--lose-note] [--replace-at-once] [--rename-in-trash=NAME]
 //               [--few-looks] [--no-listing] <path, percent-encoded>
 //
 // Ends with 0 when the call returned true and with 1 when it returned false; with 3 when it did what the
@@ -36,6 +36,7 @@ namespace {
 constexpr int cannotTell = 2;
 constexpr int didWhatIsForbidden = 3;
 
+bool loseNote = false;
 bool replaceAtOnce = false;
 std::string nameInTrash;
 bool mayList = true;
@@ -59,6 +60,14 @@ void RenameInTrash(GFile* file)
                             trash / "info" / (nameInTrash + ".trashinfo"));
 }
 
+/// Leaves the note of a file in the home folder's trash as an older GIO does when the disk is full.
+void EmptyNoteOf(GFile* file)
+{
+    const std::string name = std::filesystem::path(g_file_peek_path(file)).filename();
+    const std::string note = std::string(g_get_user_data_dir()) + "/Trash/info/" + name + ".trashinfo";
+    std::filesystem::resize_file(note, 0);
+}
+
 } // namespace
 
 /// Stands before the system's own, as the next ones do.
@@ -77,7 +86,7 @@ extern "C" __attribute__((visibility("default"))) DIR* opendir(const char* path)
     return original(path);
 }
 
-/// Stands before GIO's own. Then somebody makes an empty file where one has just gone to the trash, or GIO
+/// Stands before GIO's own. Then the note is lost, or somebody makes an empty file where one has just gone to the trash, or GIO
 /// has given it another name there.
 extern "C" __attribute__((visibility("default"))) gboolean
 g_file_trash(GFile* file, GCancellable* cancellable, GError** error)
@@ -88,6 +97,8 @@ g_file_trash(GFile* file, GCancellable* cancellable, GError** error)
     const __lsan::ScopedDisabler passOverItsLeaks;
 #endif
     const gboolean done = original(file, cancellable, error);
+    if (done && loseNote)
+        EmptyNoteOf(file);
     if (replaceAtOnce)
         ::close(::open(g_file_peek_path(file), O_WRONLY | O_CREAT | O_EXCL, 0600));
     if (!nameInTrash.empty())
@@ -106,6 +117,8 @@ int main(int argc, char* argv[])
         const QByteArray option = argv[i];
         if (option == "--as-stranger")
             stranger = std::make_unique<Tests::Unprivileged>();
+        else if (option == "--lose-note")
+            loseNote = true;
         else if (option == "--replace-at-once")
             replaceAtOnce = true;
         else if (option == "--few-looks")

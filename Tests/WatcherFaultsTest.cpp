@@ -528,6 +528,8 @@ TEST_P(ListingFaultsTest, ALinkToTheFolderAboveEndsAtTheDepthForBoth)
 QString LongPath(const QString& root, int bytes)
 {
     QString path = root;
+    // What is added has as many characters as bytes; the path so far may have fewer.
+    bytes -= QFile::encodeName(path).size() - path.size();
     while (bytes - path.size() > 255)
         path += QLatin1Char('/') + QString(200, QLatin1Char('d'));
     return path + QLatin1Char('/') + QString(bytes - path.size() - 1, QLatin1Char('f'));

@@ -1,6 +1,7 @@
 #include "Core/ioPath.h"
 
 #include "Tests/Support/ByteFolder.h"
+#include "Tests/Support/Surroundings.h"
 #include "Tests/Support/Unprivileged.h"
 
 #include <gmock/gmock.h>
@@ -9,6 +10,7 @@
 #include <map>
 #include <sstream>
 #include <stdexcept>
+#include <string>
 #include <vector>
 
 #include <sys/stat.h>
@@ -225,8 +227,11 @@ TEST_F(ioPathTest, ExistsForEveryKindOfEntry)
 TEST_F(ioPathTest, ExistsUnderEveryNameThatTheSystemTakes)
 {
     for (const std::string& name : {" "s, "line\nbreak"s, "\"quoted\" & <b>"s, umlautComposed + "1",
-                                    umlautDecomposed + "2", notUtf8, "\xF0\x9F\xAB\x8F"s, longestName})
-        EXPECT_TRUE(ioPath(Write(name)).exists()) << name;
+                                    umlautDecomposed + "2", notUtf8, "\xF0\x9F\xAB\x8F"s, longestName}) {
+        if (Takes(name)) {
+            EXPECT_TRUE(ioPath(Write(name)).exists()) << name;
+        }
+    }
 }
 
 TEST_F(ioPathTest, ExistsAsSeenFromTheCurrentFolder)
@@ -358,6 +363,8 @@ TEST_F(ioPathTest, MakesFoldersUnderEveryNameThatTheSystemTakes)
 {
     for (const std::string& name : {" "s, "line\nbreak"s, "\"quoted\" & <b>"s, umlautComposed + "1",
                                     umlautDecomposed + "2", notUtf8, "\xF0\x9F\xAB\x8F"s, longestName}) {
+        if (!Takes(name))
+            continue;
         EXPECT_TRUE(ioPath::create_directories(Path(name + "/" + name))) << name;
         EXPECT_TRUE(IsRealFolder(name + "/" + name)) << name;
     }
@@ -523,6 +530,8 @@ TEST_F(ioPathTest, MakesFoldersBelowOnesThatCannotBeListed)
 
 TEST_F(ioPathTest, ListsEveryEntryOnce)
 {
+    if (const std::string why = Tests::WhyBytesAreRefused(); !why.empty())
+        GTEST_SKIP() << why;
     Write("file");
     Write(".hidden");
     Write(notUtf8);

@@ -20,7 +20,7 @@ if(LWUTILFS_COVERAGE)
         COMMAND "${CMAKE_COMMAND}" --build "${PROJECT_BINARY_DIR}"
         COMMAND find "${PROJECT_BINARY_DIR}" -name "*.gcda" -delete
         COMMAND "${CMAKE_COMMAND}" -E env QT_QPA_PLATFORM=offscreen GCOV_ERROR_FILE=/dev/null
-            "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/Tests/Support/lsan.supp:print_suppressions=0"
+            "LSAN_OPTIONS=suppressions='${PROJECT_SOURCE_DIR}/Tests/Support/lsan.supp':print_suppressions=0"
             "${CMAKE_CTEST_COMMAND}" --test-dir "${PROJECT_BINARY_DIR}" --parallel ${processors} --output-on-failure
             --no-tests=error --label-exclude "^(abi|package|soak)$"
         COMMAND "${LWUTILFS_GCOVR}" --root . "${PROJECT_BINARY_DIR}" --filter Core/ --filter Util/ --filter Lib/

@@ -12,13 +12,19 @@ fail()
     exit 1
 }
 
+processor_count()
+{
+    getconf _NPROCESSORS_ONLN 2>/dev/null || sysctl -n hw.ncpu
+}
+
 # Settings that CMake reads from the environment when a build folder is made.
 prepare_build_environment()
 {
     if [ "$(uname -s)" = Darwin ] && command -v brew >/dev/null; then
         # Homebrew keeps Qt 5 beside its prefix and not in it.
         CMAKE_PREFIX_PATH="$(brew --prefix qt@5)${CMAKE_PREFIX_PATH:+:$CMAKE_PREFIX_PATH}"
-        export CMAKE_PREFIX_PATH
+        PKG_CONFIG_PATH="$(brew --prefix qt@5)/lib/pkgconfig${PKG_CONFIG_PATH:+:$PKG_CONFIG_PATH}"
+        export CMAKE_PREFIX_PATH PKG_CONFIG_PATH
     fi
     if command -v ccache >/dev/null; then
         export CMAKE_CXX_COMPILER_LAUNCHER="${CMAKE_CXX_COMPILER_LAUNCHER-ccache}"
@@ -33,6 +39,7 @@ configure_and_build()
     local preset=$1 folder=${2:-$root/build/$1} words
     shift $(($# < 2 ? $# : 2))
 
+    mkdir -p "$folder" 2>/dev/null || fail "cannot make $folder; to build elsewhere: cmake --preset $preset -B FOLDER, cmake --build FOLDER"
     prepare_build_environment
     words=$(cd "$root" && cmake --preset "$preset" -B "$folder" "$@" 2>&1) || {
         printf '%s\n' "$words" >&2

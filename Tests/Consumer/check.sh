@@ -38,13 +38,13 @@ build_consumer()
 # Where the loader finds the four libraries of a program must be below a folder.
 expect_libraries_from()
 {
-    local folder=$1 program=$2
+    local folder=$1 program=$2 loaded
     command -v ldd >/dev/null || return 0
-    ldd "$program" | awk '/lib(LWUtilFS|Zendra|LWRegistry)/ { print $3 }' >"$SCRATCH/loaded"
+    ldd "$program" | sed -nE 's/^.*lib(LWUtilFS|Zendra|LWRegistry).* => (.*) \(0x[0-9a-f]+\)$/\2/p' >"$SCRATCH/loaded"
     [ "$(wc -l <"$SCRATCH/loaded")" -eq ${#libraries[@]} ] || fail "$program does not load the four libraries"
-    if grep -v "^$folder/" "$SCRATCH/loaded"; then
-        fail "$program loads these and not what is in $folder"
-    fi
+    while read -r loaded; do
+        [[ $loaded == "$folder"/* ]] || fail "$program loads $loaded and not what is in $folder"
+    done <"$SCRATCH/loaded"
 }
 
 # Installs, looks at what was installed, and moves it for the steps that use it.
@@ -101,15 +101,16 @@ check_find_package()
 
 check_pkg_config()
 {
-    local program=$consumers/pkg-config header flags
+    local program=$consumers/pkg-config header flags libdir
     mkdir -p "$consumers"
     PKG_CONFIG_PATH=$(dirname "$(find "$moved" -name LWUtilFS.pc)"):${PKG_CONFIG_PATH:-}
     export PKG_CONFIG_PATH
     [ "$(pkg-config --modversion LWUtilFS)" = "$VERSION" ] || fail "pkg-config knows another version"
-    read -ra flags <<<"$(pkg-config --cflags --libs LWUtilFS)"
+    # What it says is meant for a shell: a blank in a path comes with a backslash.
+    eval "flags=($(pkg-config --cflags --libs LWUtilFS))"
+    eval "libdir=$(pkg-config --variable=libdir LWUtilFS)"
 
-    "$CXX" -std=c++17 "$SOURCE/Tests/Consumer/main.cpp" "${flags[@]}" \
-        "-Wl,-rpath,$(pkg-config --variable=libdir LWUtilFS)" -o "$program"
+    "$CXX" -std=c++17 "$SOURCE/Tests/Consumer/main.cpp" "${flags[@]}" "-Wl,-rpath,$libdir" -o "$program"
     "$program"
     expect_libraries_from "$moved" "$program"
 
@@ -158,7 +159,7 @@ check_companions()
     "$build/Consumer"
 
     python3 - "$build/compile_commands.json" "$SOURCE" <<'PYTHON'
-import json, os, re, subprocess, sys
+import json, os, re, shlex, subprocess, sys
 
 source = os.path.realpath(sys.argv[2])
 own = [os.path.join(source, folder) for folder in ("Core", "Util", "Lib/Interfaces", "Pointers.h")]
@@ -167,7 +168,7 @@ for unit in units:
     # The compiler's own list of the files that it read.
     command = re.sub(r" -o \S+", "", unit["command"]) + " -M"
     rule = subprocess.run(command, shell=True, cwd=unit["directory"], check=True, capture_output=True, text=True).stdout
-    for path in map(os.path.realpath, rule.replace("\\\n", " ").split()[1:]):
+    for path in map(os.path.realpath, shlex.split(rule.replace("\\\n", " "))[1:]):
         if any(path == name or path.startswith(name + "/") for name in own):
             sys.exit(unit["file"] + " was compiled with the bundled " + path)
 if not any("DirectoryUtils.cpp" in unit["file"] for unit in units):

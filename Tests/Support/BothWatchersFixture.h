@@ -2,6 +2,7 @@
 
 #include "Lib/Util/FS/DirectoryChecker.h"
 #include "Tests/Support/SignalLog.h"
+#include "Tests/Support/Surroundings.h"
 #include "Tests/Support/WatcherFixture.h"
 
 #include <QFileInfo>
@@ -11,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <string>
 
 namespace Tests {
 
@@ -18,6 +20,12 @@ namespace Tests {
 class BothWatchersFixture : public WatcherFixture
 {
 protected:
+    void SetUp() override
+    {
+        if (const std::string why = Tests::WhyNoticesAreLate(); !why.empty())
+            GTEST_SKIP() << why;
+    }
+
     /// Starts both in a folder below the test's own, which the test may then delete or rename.
     void StartBoth(unsigned int depth = 0, const QStringList& nameFilters = {}, const Predicate& filter = {})
     {

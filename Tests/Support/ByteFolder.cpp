@@ -1,11 +1,14 @@
 #include "Tests/Support/ByteFolder.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace fs = std::filesystem;
 
@@ -43,6 +46,16 @@ ByteFolder::~ByteFolder()
     Open(root);
     std::error_code ignored;
     fs::remove_all(root, ignored);
+}
+
+bool ByteFolder::Takes(const std::string& name) const
+{
+    const int file = ::open(Path(name).c_str(), O_WRONLY | O_CREAT | O_EXCL, 0600);
+    if (file < 0)
+        return errno != EILSEQ;
+    ::close(file);
+    ::unlink(Path(name).c_str());
+    return true;
 }
 
 std::string ByteFolder::Write(const std::string& name, const std::string& content) const

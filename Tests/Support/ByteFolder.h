@@ -24,6 +24,9 @@ public:
     std::string Path() const { return root; }
     std::string Path(const std::string& name) const { return root + "/" + name; }
 
+    /// Whether the file system takes this name: not every one takes other bytes than UTF-8.
+    bool Takes(const std::string& name) const;
+
     /// Writes a file, new or in place of what it held, and makes missing folders on the way.
     std::string Write(const std::string& name, const std::string& content = "content") const;
     /// Makes a folder with the missing ones above, or only sets its mode.

@@ -104,7 +104,7 @@ QByteArray SessionBusFixture::RequestFor(const QByteArray& uri)
 
 QByteArray SessionBusFixture::PlainUri(const QString& path)
 {
-    return "file://" + QFile::encodeName(path);
+    return "file://" + QFile::encodeName(path).toPercentEncoding("/");
 }
 
 } // namespace Tests

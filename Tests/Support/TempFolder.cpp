@@ -6,7 +6,9 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <stdexcept>
+#include <system_error>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -25,12 +27,28 @@ QByteArray Native(const QString& path)
     return QFile::encodeName(path);
 }
 
+/// Only root can delete what is in a folder that a test has closed.
+void Open(const std::filesystem::path& folder)
+{
+    namespace fs = std::filesystem;
+    std::error_code ignored;
+    fs::permissions(folder, fs::perms::owner_all, fs::perm_options::add, ignored);
+    for (fs::directory_iterator entry(folder, ignored), end; entry != end; entry.increment(ignored))
+        if (entry->symlink_status(ignored).type() == fs::file_type::directory)
+            Open(entry->path());
+}
+
 } // namespace
 
 TempFolder::TempFolder()
 {
     Require(holder.isValid(), "make a folder", holder.path());
     root.setPath(QFileInfo(holder.path()).canonicalFilePath());
+}
+
+TempFolder::~TempFolder()
+{
+    Open(Native(Path()).toStdString());
 }
 
 QString TempFolder::Write(const QString& relativePath, const QByteArray& content) const
@@ -89,7 +107,7 @@ void TempFolder::Touch(const QString& relativePath) const
 
 void TempFolder::SetPermissions(const QString& relativePath, unsigned int mode) const
 {
-    Require(::chmod(Native(Path(relativePath)), mode) == 0, "set the permissions of", Path(relativePath));
+    Require(::chmod(Native(Path(relativePath)), static_cast<mode_t>(mode)) == 0, "set the permissions of", Path(relativePath));
 }
 
 QStringList TempFolder::Entries(const QString& relativePath) const

@@ -17,6 +17,9 @@ class TempFolder
 {
 public:
     TempFolder();
+    ~TempFolder();
+    TempFolder(const TempFolder&) = delete;
+    TempFolder& operator=(const TempFolder&) = delete;
 
     /// The folder's absolute path with no links in it.
     QString Path() const { return root.path(); }

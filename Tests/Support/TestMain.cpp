@@ -4,6 +4,11 @@
 
 #include <gmock/gmock.h>
 
+#include <iostream>
+#include <memory>
+
+#include <sys/stat.h>
+
 namespace {
 
 /// Gives the process a home of its own, so that no test reads or writes the user's.
@@ -14,6 +19,7 @@ void LiveIn(const QDir& home)
     qputenv("XDG_DATA_HOME", path + "/data");
     qputenv("XDG_CONFIG_HOME", path + "/config");
     qputenv("XDG_CACHE_HOME", path + "/cache");
+    qputenv("XDG_RUNTIME_DIR", path); // for nobody else, which Qt insists on
 }
 
 } // namespace
@@ -21,8 +27,20 @@ void LiveIn(const QDir& home)
 int main(int argc, char* argv[])
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    const QTemporaryDir home;
-    LiveIn(QDir(home.path()));
+    // Whoever runs the tests may hide new files from others; the tests hide what they want to.
+    ::umask(022);
+    // What is to die runs in a process of its own, in the home of the one that started it and outlives it.
+    constexpr const char* homeVariable = "LW_TESTS_HOME";
+    std::unique_ptr<QTemporaryDir> home;
+    if (!qEnvironmentVariableIsSet(homeVariable)) {
+        home = std::make_unique<QTemporaryDir>();
+        if (!home->isValid()) {
+            std::cerr << "The tests need a temporary folder: " << qPrintable(home->errorString()) << '\n';
+            return 1;
+        }
+        LiveIn(QDir(home->path()));
+        qputenv(homeVariable, QFile::encodeName(home->path()));
+    }
 
     testing::InitGoogleMock(&argc, argv);
     const QApplication application(argc, argv);

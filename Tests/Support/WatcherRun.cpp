@@ -36,13 +36,23 @@ struct Status
     std::pair<std::uint64_t, std::uint32_t> identity;
 };
 
+const timespec& ModificationTimeOf(const struct stat& status)
+{
+#ifdef __APPLE__
+    return status.st_mtimespec;
+#else
+    return status.st_mtim;
+#endif
+}
+
 Status StatusOf(const std::string& path)
 {
     struct stat status = {};
     if (::stat(path.c_str(), &status) != 0)
         return {};
+    const timespec& time = ModificationTimeOf(status);
     return {true,
-            status.st_mtim.tv_sec * 1000 + status.st_mtim.tv_nsec / 1'000'000,
+            time.tv_sec * 1000 + time.tv_nsec / 1'000'000,
             {status.st_ino, status.st_mode & S_IFMT}};
 }
 

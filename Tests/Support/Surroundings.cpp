@@ -1,0 +1,80 @@
+#include "Tests/Support/Surroundings.h"
+
+#include "Tests/Support/TempFolder.h"
+
+#include <QDir>
+#include <QFile>
+#include <QStorageInfo>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace Tests {
+namespace {
+
+bool IsInMemory(const QString& path)
+{
+    return QStorageInfo(path).fileSystemType() == "tmpfs";
+}
+
+} // namespace
+
+std::string WhyCaseIsLost()
+{
+    const TempFolder folder;
+    folder.Write(QStringLiteral("a"));
+    if (QFile::exists(folder.Path(QStringLiteral("A"))))
+        return "this file system takes upper and lower case for the same";
+    return {};
+}
+
+std::string WhySpellingIsLost()
+{
+    const TempFolder folder;
+    const QStringList names = {QStringLiteral("u\u0308 decomposed"), QStringLiteral("\u00fc composed")};
+    for (const QString& name : names)
+        folder.Write(name);
+    if (folder.Entries() != names)
+        return "letters with accents are spelled in one way here";
+    return {};
+}
+
+std::string WhyBytesAreRefused()
+{
+    const TempFolder folder;
+    const QByteArray path = QFile::encodeName(folder.Path()) + "/\xFF";
+    const int file = ::open(path.constData(), O_WRONLY | O_CREAT, 0600);
+    if (file < 0)
+        return "this file system takes no names but UTF-8";
+    ::close(file);
+    ::unlink(path.constData());
+    return {};
+}
+
+std::string WhyNoticesAreLate()
+{
+#ifdef __linux__
+    return {};
+#else
+    return "notices come late and together on this system";
+#endif
+}
+
+std::string WhyNothingIsTrashed()
+{
+#ifdef __APPLE__
+    return "this system has one trash for each user, which is not the test's to fill";
+#else
+    if (IsInMemory(QDir::tempPath()))
+        return "the temporary folder and /var/tmp lie in memory, and nothing in memory is ever trashed";
+    return {};
+#endif
+}
+
+bool PreferATemporaryFolderWithATrash()
+{
+    const QString disk = QStringLiteral("/var/tmp");
+    return IsInMemory(QDir::tempPath()) && !IsInMemory(disk) && qputenv("TMPDIR", QFile::encodeName(disk));
+}
+
+} // namespace Tests
