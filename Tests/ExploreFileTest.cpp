@@ -270,7 +270,7 @@ TEST_F(ExploreFileInABrowserTest, KeepsNoConnectionOpen)
     // Qt keeps what it needs for any connection.
     Explore(file);
     Tests::ProcessDeferredDeletes();
-    const int before = descriptors();
+    const auto before = descriptors();
 
     Explore(file);
     Explore(file);
