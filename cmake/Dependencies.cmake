@@ -1,12 +1,12 @@
 # What the libraries link; scripts/setup installs it. The installed package finds the first three again.
 
-find_package(Qt5 5.15 REQUIRED COMPONENTS Widgets)
+find_package(Qt${LWUTILFS_QT} ${LWUTILFS_QT_MINIMUM} REQUIRED COMPONENTS Widgets)
 find_package(Boost 1.74 REQUIRED COMPONENTS filesystem)
 find_package(glog REQUIRED)
 
 if(LWUTILFS_BUNDLED_COMPANIONS)
     if(NOT APPLE)
-        find_package(Qt5 5.15 REQUIRED COMPONENTS DBus)
+        find_package(Qt${LWUTILFS_QT} ${LWUTILFS_QT_MINIMUM} REQUIRED COMPONENTS DBus)
         find_package(PkgConfig REQUIRED)
         pkg_check_modules(GIO REQUIRED IMPORTED_TARGET gio-2.0)
     endif()
