@@ -374,18 +374,55 @@ TEST(AlertBoxTest, GoesWithoutAnAnswerWhenItIsDestroyedWhileItIsShown)
     EXPECT_EQ(answer, QMessageBox::NoButton);
 }
 
-TEST(AlertBoxTest, GoesWithoutAnAnswerWhenTheApplicationQuits)
+struct ButtonsAndName
+{
+    QMessageBox::StandardButtons buttons;
+    const char* name;
+};
+
+class AlertBoxQuitTest : public testing::TestWithParam<ButtonsAndName>
+{
+};
+
+TEST_P(AlertBoxQuitTest, GoesWithoutAnAnswerWhenTheApplicationQuits)
+{
+    AlertBox box(AlertBox::Level::Warning, QString(), QString(), GetParam().buttons, nullptr, dialog);
+    const User user([](QMessageBox&) { QCoreApplication::quit(); });
+    QMessageBox::StandardButton answer = QMessageBox::Help;
+    // A box that refuses to close would keep the application running for good.
+    QTimer limit;
+    QObject::connect(&limit, &QTimer::timeout, [] { QCoreApplication::exit(1); });
+    limit.start(10000);
+    QTimer::singleShot(0, qApp, [&] { answer = box.Exec(); });
+
+    const int result = QCoreApplication::exec();
+
+    EXPECT_EQ(result, 0);
+    EXPECT_TRUE(user.HasSeenABox());
+    EXPECT_EQ(answer, QMessageBox::NoButton);
+}
+
+// Whether the user could close it or not.
+INSTANTIATE_TEST_SUITE_P(
+    EveryKind, AlertBoxQuitTest,
+    testing::Values(ButtonsAndName{QMessageBox::Ok, "OneButton"},
+                    ButtonsAndName{QMessageBox::Yes | QMessageBox::No, "OneThatDeclines"},
+                    ButtonsAndName{QMessageBox::Yes | QMessageBox::Retry, "NoneThatDeclines"}),
+    [](const testing::TestParamInfo<ButtonsAndName>& row) { return std::string(row.param.name); });
+
+TEST(AlertBoxTest, CanBeShownAgainAfterTheApplicationQuit)
 {
     AlertBox box(AlertBox::Level::Warning, QString(), QString(), QMessageBox::Ok, nullptr, dialog);
-    const User user([](QMessageBox&) { QCoreApplication::quit(); });
+    {
+        const User user([](QMessageBox&) { QCoreApplication::quit(); });
+        QTimer::singleShot(0, qApp, [&] { box.Exec(); });
+        QCoreApplication::exec();
+    }
+    const User user(PressOk);
 
     const QMessageBox::StandardButton answer = box.Exec();
 
-    EXPECT_TRUE(user.HasSeenABox());
-    EXPECT_EQ(answer, QMessageBox::NoButton);
-    // Only running the application again takes the wish to quit back, from which no later loop would start.
-    QTimer::singleShot(0, qApp, &QCoreApplication::quit);
-    QCoreApplication::exec();
+    EXPECT_EQ(answer, QMessageBox::Ok);
 }
 
 TEST(AlertBoxTest, HasNoAnswerForASecondExecWhileItIsShown)

@@ -375,7 +375,7 @@ TEST_F(DirectoryCheckerTest, ForgetsEverythingBeforeItSaysThatItStopped)
 {
     folder.Write(Text("a.txt"));
     Start();
-    int filesSeen = -1;
+    QList<QFileInfo>::size_type filesSeen = -1;
     bool pathSeen = true;
     QObject::connect(&checker, &DirectoryChecker::WatchingStopped, [&] {
         filesSeen = checker.GetFileInfoList().size();

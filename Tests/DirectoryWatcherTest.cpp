@@ -421,7 +421,7 @@ TEST_F(DirectoryWatcherStopTest, IsDoneBeforeItIsAnnounced)
     StartWith({"a.txt", "other/b.txt"});
     const QPointer<QFileSystemWatcher> system = System();
     bool systemIsGone = false;
-    int files = -1;
+    QList<QFileInfo>::size_type files = -1;
     QString path;
     bool isStarted = false;
     QObject::connect(watcher.get(), &IDirectoryWatcher::WatchingStopped, [&] {

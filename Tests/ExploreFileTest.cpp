@@ -122,6 +122,7 @@ TEST_F(ExploreFileInABrowserTest, KeepsNoConnectionOpen)
     const QString file = folder.Write(QStringLiteral("a.mp4"));
     // GLib keeps what it needs for any connection.
     Explore(file);
+    Tests::ProcessDeferredDeletes();
     const int before = OpenDescriptors();
 
     Explore(file);

@@ -67,7 +67,7 @@ QStringList Signals(const QStringList& lines)
     return found;
 }
 
-int Colours(const QImage& image)
+auto Colours(const QImage& image)
 {
     QSet<QRgb> colours;
     for (int y = 0; y < image.height(); ++y) {

@@ -1,7 +1,8 @@
 // Calls MoveToTrash() in a process of its own, since a process looks at its environment for a trash only
 // once.
 //
-//     TrashTool [--as-stranger] [--unable-to-write] [--lose-note] [--replace-at-once] [--rename-in-trash=NAME]
+//     TrashTool [--as-stranger] [--unable-to-write] [--lose-note] [--replace-at-once]
+//     [--rename-in-trash=NAME]
 //               [--few-looks] [--no-listing] <path, percent-encoded>
 //
 // Ends with 0 when the call returned true and with 1 when it returned false; with 3 when it did what the
@@ -86,8 +87,8 @@ extern "C" __attribute__((visibility("default"))) DIR* opendir(const char* path)
     return original(path);
 }
 
-/// Stands before GIO's own. Then the note is lost, or somebody makes an empty file where one has just gone to the trash, or GIO
-/// has given it another name there.
+/// Stands before GIO's own. Then the note is lost, or somebody makes an empty file where one has just gone to
+/// the trash, or GIO has given it another name there.
 extern "C" __attribute__((visibility("default"))) gboolean
 g_file_trash(GFile* file, GCancellable* cancellable, GError** error)
 {

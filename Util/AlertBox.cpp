@@ -1,5 +1,8 @@
 #include "Util/AlertBox.h"
 
+#include <QCoreApplication>
+#include <QEvent>
+
 namespace Zendra::Util {
 namespace {
 
@@ -17,6 +20,30 @@ QMessageBox::Icon IconOf(AlertBox::Level level)
     }
     return QMessageBox::NoIcon;
 }
+
+/// Closes a box without an answer when the application is to quit.
+///
+/// Qt 6 closes all windows first. For a message box that counts as its button that declines, which may be the
+/// only one, and a box without such a button refuses and keeps the application from quitting.
+class CloseOnQuit : public QObject
+{
+public:
+    explicit CloseOnQuit(QMessageBox* messageBox) : box(messageBox)
+    {
+        QCoreApplication::instance()->installEventFilter(this);
+    }
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        // A slot of the box may delete it.
+        if (event->type() == QEvent::Quit && watched == QCoreApplication::instance() && box)
+            box->done(QMessageBox::NoButton);
+        return false;
+    }
+
+private:
+    QPointer<QMessageBox> box;
+};
 
 } // namespace
 
@@ -36,6 +63,7 @@ QMessageBox::StandardButton AlertBox::Exec()
 {
     if (!box || box->isVisible())
         return QMessageBox::NoButton;
+    const CloseOnQuit filter(box);
     // Nothing of this object after that: a slot may have destroyed it.
     const int answer = box->exec();
     // Negative when a slot has hidden the box and the first Exec() has not returned yet.

@@ -60,7 +60,7 @@ QUrl FileUrl(const QByteArray& path)
 
 QByteArray ContainingFolder(const QByteArray& path)
 {
-    return path.left(std::max(1, path.lastIndexOf('/')));
+    return path.left(std::max(QByteArray::size_type(1), path.lastIndexOf('/')));
 }
 
 bool IsGuiThread()

@@ -58,6 +58,7 @@ function(lw_add_library target)
         CXX_VISIBILITY_PRESET hidden
         VISIBILITY_INLINES_HIDDEN ON
         EXPORT_NAME ${arg_EXPORT_NAME}
+        OUTPUT_NAME ${target}${LWUTILFS_SUFFIX}
         VERSION ${PROJECT_VERSION}
         SOVERSION ${LWUTILFS_ABI_VERSION})
     if(NOT APPLE)

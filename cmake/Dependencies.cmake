@@ -1,6 +1,6 @@
 # What the libraries link; scripts/setup installs it. The installed package finds the first three again.
 
-find_package(Qt5 5.15 REQUIRED COMPONENTS Widgets)
+find_package(Qt${LWUTILFS_QT} ${LWUTILFS_QT_MINIMUM} REQUIRED COMPONENTS Widgets)
 find_package(Boost 1.74 REQUIRED COMPONENTS filesystem)
 find_package(glog REQUIRED)
 

@@ -4,8 +4,8 @@ include(CMakePackageConfigHelpers)
 include(GNUInstallDirs)
 
 # The root of all includes; the headers are below it with the paths they have in the project.
-set(LWUTILFS_INSTALL_INCLUDEDIR "${CMAKE_INSTALL_INCLUDEDIR}/LWUtilFS")
-set(LWUTILFS_INSTALL_CMAKEDIR "${CMAKE_INSTALL_LIBDIR}/cmake/LWUtilFS")
+set(LWUTILFS_INSTALL_INCLUDEDIR "${CMAKE_INSTALL_INCLUDEDIR}/${LWUTILFS_PACKAGE}")
+set(LWUTILFS_INSTALL_CMAKEDIR "${CMAKE_INSTALL_LIBDIR}/cmake/${LWUTILFS_PACKAGE}")
 
 # lw_install_library(<target>)
 #
@@ -21,7 +21,7 @@ function(lw_install_library target)
         return()
     endif()
     install(TARGETS ${target}
-        EXPORT LWUtilFSTargets
+        EXPORT ${LWUTILFS_PACKAGE}Targets
         LIBRARY
             DESTINATION "${CMAKE_INSTALL_LIBDIR}"
             COMPONENT Runtime
@@ -32,16 +32,19 @@ function(lw_install_library target)
         INCLUDES DESTINATION "${LWUTILFS_INSTALL_INCLUDEDIR}")
 endfunction()
 
-# Writes and installs LWUtilFS.pc, which says to pkg-config what the targets say to CMake.
+# Writes and installs the .pc file, which says to pkg-config what the targets say to CMake.
 function(lw_install_pkgconfig_file)
     set(folder "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
     file(RELATIVE_PATH prefix "/${folder}" "/")
     string(REGEX REPLACE "/$" "" LWUTILFS_PC_PREFIX "${prefix}")
 
-    set(LWUTILFS_PC_LIBS "-lLWUtilFS")
+    set(libraries LWUtilFS)
     if(LWUTILFS_BUNDLED_COMPANIONS)
-        string(APPEND LWUTILFS_PC_LIBS " -lZendraUtil -lZendraCore -lLWRegistry")
+        list(APPEND libraries ZendraUtil ZendraCore LWRegistry)
     endif()
+    list(TRANSFORM libraries PREPEND "-l")
+    list(TRANSFORM libraries APPEND "${LWUTILFS_SUFFIX}")
+    list(JOIN libraries " " LWUTILFS_PC_LIBS)
     # Boost comes without a file for pkg-config.
     string(APPEND LWUTILFS_PC_LIBS " -lboost_filesystem")
     # Qt refuses code that is not position-independent, and says so to CMake only.
@@ -50,22 +53,22 @@ function(lw_install_pkgconfig_file)
         set(LWUTILFS_PC_CFLAGS " -fPIC")
     endif()
 
-    configure_file(cmake/LWUtilFS.pc.in LWUtilFS.pc @ONLY)
-    install(FILES "${PROJECT_BINARY_DIR}/LWUtilFS.pc" DESTINATION "${folder}" COMPONENT Development)
+    configure_file(cmake/LWUtilFS.pc.in ${LWUTILFS_PACKAGE}.pc @ONLY)
+    install(FILES "${PROJECT_BINARY_DIR}/${LWUTILFS_PACKAGE}.pc" DESTINATION "${folder}" COMPONENT Development)
 endfunction()
 
-# Writes and installs what find_package(LWUtilFS) reads.
+# Writes and installs what find_package() reads.
 function(lw_install_cmake_package)
-    configure_package_config_file(cmake/LWUtilFSConfig.cmake.in LWUtilFSConfig.cmake
+    configure_package_config_file(cmake/LWUtilFSConfig.cmake.in ${LWUTILFS_PACKAGE}Config.cmake
         INSTALL_DESTINATION "${LWUTILFS_INSTALL_CMAKEDIR}"
         NO_SET_AND_CHECK_MACRO)
-    write_basic_package_version_file("${PROJECT_BINARY_DIR}/LWUtilFSConfigVersion.cmake" COMPATIBILITY SameMajorVersion)
+    write_basic_package_version_file("${PROJECT_BINARY_DIR}/${LWUTILFS_PACKAGE}ConfigVersion.cmake" COMPATIBILITY SameMajorVersion)
     install(FILES
-            "${PROJECT_BINARY_DIR}/LWUtilFSConfig.cmake"
-            "${PROJECT_BINARY_DIR}/LWUtilFSConfigVersion.cmake"
+            "${PROJECT_BINARY_DIR}/${LWUTILFS_PACKAGE}Config.cmake"
+            "${PROJECT_BINARY_DIR}/${LWUTILFS_PACKAGE}ConfigVersion.cmake"
         DESTINATION "${LWUTILFS_INSTALL_CMAKEDIR}"
         COMPONENT Development)
-    install(EXPORT LWUtilFSTargets
+    install(EXPORT ${LWUTILFS_PACKAGE}Targets
         NAMESPACE Zendra::
         DESTINATION "${LWUTILFS_INSTALL_CMAKEDIR}"
         COMPONENT Development)
@@ -76,6 +79,6 @@ if(LWUTILFS_INSTALL)
     lw_install_cmake_package()
     # Debian's packages bring it as Debian wants it.
     if(NOT LWUTILFS_DEBIAN_PACKAGES)
-        install(FILES CHANGELOG.md DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT Development)
+        install(FILES CHANGELOG.md DESTINATION "${CMAKE_INSTALL_DOCDIR}${LWUTILFS_SUFFIX}" COMPONENT Development)
     endif()
 endif()

@@ -78,7 +78,7 @@ qint64 RecordingsModel::TotalSize() const
 
 int RecordingsModel::rowCount(const QModelIndex& parent) const
 {
-    return parent.isValid() ? 0 : recordings.size();
+    return parent.isValid() ? 0 : static_cast<int>(recordings.size());
 }
 
 int RecordingsModel::columnCount(const QModelIndex& parent) const

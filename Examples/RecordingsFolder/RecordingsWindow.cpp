@@ -166,7 +166,8 @@ void RecordingsWindow::DeleteSelected()
     const QString question =
         paths.size() == 1
             ? tr("Delete %1? There is no way to bring it back.").arg(Quoted(NameOf(paths.first())))
-            : tr("Delete these %n recordings? There is no way to bring them back.", nullptr, paths.size());
+            : tr("Delete these %n recordings? There is no way to bring them back.", nullptr,
+                 static_cast<int>(paths.size()));
     if (paths.isEmpty() || !Ask(question))
         return;
     const QStringList failed = fileActions.Delete(paths);
@@ -485,7 +486,7 @@ void RecordingsWindow::ShowWhyEmpty()
 
 void RecordingsWindow::EnableActions()
 {
-    const int selected = view->SelectedPaths().size();
+    const auto selected = view->SelectedPaths().size();
     for (QAction* action : {revealAction, trashAction, deleteAction})
         action->setEnabled(selected > 0);
     linkAction->setEnabled(selected == 1);

@@ -16,6 +16,17 @@ void Install(QCoreApplication& application, const QLocale& language, const QStri
         QCoreApplication::installTranslator(translator);
 }
 
+/// Where Qt keeps the translations of its own texts.
+QString QtCatalogues()
+{
+    // Qt 6 has a new name for it, and warns at the old one.
+#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
+    return QLibraryInfo::path(QLibraryInfo::TranslationsPath);
+#else
+    return QLibraryInfo::location(QLibraryInfo::TranslationsPath);
+#endif
+}
+
 bool HasCatalogue(const QLocale& language)
 {
     QTranslator translator;
@@ -33,8 +44,7 @@ void InstallTranslations(QCoreApplication& application)
         if (language.language() == QLocale::English)
             return;
         if (HasCatalogue(language)) {
-            Install(application, language, QStringLiteral("qtbase"),
-                    QLibraryInfo::location(QLibraryInfo::TranslationsPath));
+            Install(application, language, QStringLiteral("qtbase"), QtCatalogues());
             Install(application, language, QStringLiteral("RecordingsFolder"),
                     QStringLiteral(":/translations"));
             return;

@@ -57,7 +57,10 @@ int main(int argc, char* argv[])
         Tour::LeaveTheUsersHomeAlone(options.folder);
     }
 
+    // Qt 6 always does so, and warns at the wish.
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
     QApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+#endif
     QApplication application(argc, argv);
     InstallTranslations(application);
     // Once more, as its help and its complaints are in the user's language only from here on.

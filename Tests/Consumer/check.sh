@@ -2,7 +2,7 @@
 # What a user of the libraries does with them: check.sh <step>
 #
 # The environment says where: SOURCE, BINARIES (where the libraries are built), SCRATCH (a folder of the steps' own),
-# GENERATOR and CXX (what to build consumers with), VERSION and ABI (what the libraries should be),
+# GENERATOR and CXX (what to build consumers with), VERSION, ABI and QT (what the libraries should be),
 # STRIP (yes if what is compiled for debuggers has to go before installed files are searched).
 
 set -euo pipefail
@@ -10,7 +10,10 @@ set -euo pipefail
 installed=$SCRATCH/installed
 moved=$SCRATCH/moved/elsewhere
 consumers=$SCRATCH/consumers
+case $QT in 5) suffix= ;; *) suffix=-qt$QT ;; esac
+package=LWUtilFS$suffix
 libraries=(LWUtilFS ZendraCore ZendraUtil LWRegistry)
+libraries=("${libraries[@]/%/$suffix}")
 
 fail()
 {
@@ -32,10 +35,10 @@ build_consumer()
     shift
     rm -rf "${consumers:?}/$way"
     cmake -S "$SOURCE/Tests/Consumer" -B "$consumers/$way" -G "$GENERATOR" -DCMAKE_CXX_COMPILER="$CXX" \
-        -DCMAKE_BUILD_TYPE=Release -DCMAKE_EXPORT_COMPILE_COMMANDS=ON -DCONSUMER_WAY="$way" "$@"
+        -DCMAKE_BUILD_TYPE=Release -DCMAKE_EXPORT_COMPILE_COMMANDS=ON -DCONSUMER_WAY="$way" -DCONSUMER_QT="$QT" "$@"
 }
 
-# Where the loader finds the four libraries of a program must be below a folder.
+# Where the loader finds the four libraries of a program must be below a folder, and they bring one Qt.
 expect_libraries_from()
 {
     local folder=$1 program=$2 loaded
@@ -45,6 +48,7 @@ expect_libraries_from()
     while read -r loaded; do
         [[ $loaded == "$folder"/* ]] || fail "$program loads $loaded and not what is in $folder"
     done <"$SCRATCH/loaded"
+    [ "$(ldd "$program" | grep -o 'libQt[0-9]*Core' | sort -u)" = "libQt${QT}Core" ] || fail "$program does not load Qt $QT alone"
 }
 
 # Installs, looks at what was installed, and moves it for the steps that use it.
@@ -59,7 +63,7 @@ check_install()
     diff <(cd "$installed" && find . | sort) <(cd "$SCRATCH/staged/nowhere/at/all" && find . | sort) ||
         fail "with DESTDIR other files were installed"
 
-    (cd "$installed/include/LWUtilFS" && find . -type f | sed 's,^\./,,' | LC_ALL=C sort) >"$SCRATCH/headers"
+    (cd "$installed/include/$package" && find . -type f | sed 's,^\./,,' | LC_ALL=C sort) >"$SCRATCH/headers"
     diff "$SOURCE/Tests/Consumer/headers.txt" "$SCRATCH/headers" || fail "these are not the headers to install"
     [ -s "$(find "$installed" -name CHANGELOG.md)" ] || fail "the changelog is missing"
 
@@ -103,12 +107,12 @@ check_pkg_config()
 {
     local program=$consumers/pkg-config header flags libdir
     mkdir -p "$consumers"
-    PKG_CONFIG_PATH=$(dirname "$(find "$moved" -name LWUtilFS.pc)"):${PKG_CONFIG_PATH:-}
+    PKG_CONFIG_PATH=$(dirname "$(find "$moved" -name "$package.pc")"):${PKG_CONFIG_PATH:-}
     export PKG_CONFIG_PATH
-    [ "$(pkg-config --modversion LWUtilFS)" = "$VERSION" ] || fail "pkg-config knows another version"
+    [ "$(pkg-config --modversion "$package")" = "$VERSION" ] || fail "pkg-config knows another version"
     # What it says is meant for a shell: a blank in a path comes with a backslash.
-    eval "flags=($(pkg-config --cflags --libs LWUtilFS))"
-    eval "libdir=$(pkg-config --variable=libdir LWUtilFS)"
+    eval "flags=($(pkg-config --cflags --libs "$package"))"
+    eval "libdir=$(pkg-config --variable=libdir "$package")"
 
     "$CXX" -std=c++17 "$SOURCE/Tests/Consumer/main.cpp" "${flags[@]}" "-Wl,-rpath,$libdir" -o "$program"
     "$program"
@@ -177,10 +181,67 @@ PYTHON
 
     # Without them there is a word on what to do.
     if cmake -S "$SOURCE" -B "$consumers/none" -G "$GENERATOR" -DCMAKE_CXX_COMPILER="$CXX" \
-        -DLWUTILFS_BUNDLED_COMPANIONS=OFF >"$SCRATCH/none.log" 2>&1; then
+        -DLWUTILFS_BUNDLED_COMPANIONS=OFF -DLWUTILFS_QT="$QT" >"$SCRATCH/none.log" 2>&1; then
         fail "missing companions were not missed"
     fi
     grep -q "Zendra::Core has to be there" "$SCRATCH/none.log" || fail "$(cat "$SCRATCH/none.log")"
+}
+
+# expect_refusal <text> <command>...: it fails, and says why.
+expect_refusal()
+{
+    local text=$1
+    shift
+    mkdir -p "$SCRATCH"
+    if "$@" >"$SCRATCH/refused-$step.log" 2>&1; then
+        fail "this was not refused: $*"
+    fi
+    # CMake breaks lines where it likes.
+    tr -s '\n ' ' ' <"$SCRATCH/refused-$step.log" | grep -qF "$text" || fail "$*: no '$text' in $(cat "$SCRATCH/refused-$step.log")"
+}
+
+# The libraries for this Qt and for the other one in one prefix: neither touches the other's files, and a program takes
+# the one that it asks for. A project that takes both is told so.
+check_side_by_side()
+{
+    local other=$((11 - QT)) both=$SCRATCH/both build=$SCRATCH/other there way second
+    pkg-config --exists "Qt${other}Widgets" || {
+        echo "Qt $other is not installed"
+        exit 77
+    }
+    rm -rf "$both" "$build"
+    cp -R "$moved" "$both"
+    (cd "$both" && find . ! -type d -exec ls -l --time-style=full-iso {} + | sort) >"$SCRATCH/before"
+    cmake -S "$SOURCE" -B "$build" -G "$GENERATOR" -DCMAKE_CXX_COMPILER="$CXX" -DCMAKE_BUILD_TYPE=Release \
+        -DLWUTILFS_QT="$other" -DLWUTILFS_BUILD_TESTS=OFF -DLWUTILFS_BUILD_EXAMPLES=OFF
+    cmake --build "$build"
+    cmake --install "$build" --prefix "$both" >"$build/install.log"
+    (cd "$both" && find . ! -type d -exec ls -l --time-style=full-iso {} + | sort) >"$SCRATCH/after"
+    there=$(comm -23 "$SCRATCH/before" "$SCRATCH/after")
+    [ -z "$there" ] || fail "the libraries for Qt $other took the place of $there"
+
+    build_consumer beside -DCONSUMER_WAY=package -DCMAKE_PREFIX_PATH="$both"
+    cmake --build "$consumers/beside"
+    "$consumers/beside/Consumer"
+    expect_libraries_from "$both" "$consumers/beside/Consumer"
+
+    for way in package bundled; do
+        for second in package bundled; do
+            expect_refusal "Zendra::LWUtilFS is there already, built for Qt $QT" build_consumer refused \
+                -DCONSUMER_WAY="$way" -DCONSUMER_SECOND="$second" -DCMAKE_PREFIX_PATH="$both"
+            expect_refusal "Zendra::LWUtilFS is there already, built for Qt $other" build_consumer refused \
+                -DCONSUMER_WAY="$way" -DCONSUMER_SECOND="$second" -DCMAKE_PREFIX_PATH="$both" -DCONSUMER_QT="$other"
+        done
+    done
+}
+
+check_settings()
+{
+    local configure=(cmake -S "$SOURCE" -B "$SCRATCH/settings" -G "$GENERATOR" -DCMAKE_CXX_COMPILER="$CXX")
+    rm -rf "$SCRATCH/settings"
+    expect_refusal 'LWUTILFS_QT is "4": set it to 5 or to 6' "${configure[@]}" -DLWUTILFS_QT=4
+    expect_refusal 'LWUTILFS_QT is "": set it to 5 or to 6' "${configure[@]}" -DLWUTILFS_QT=
+    expect_refusal 'packages for Qt 5 only: set LWUTILFS_QT to 5' "${configure[@]}" -DLWUTILFS_QT=6 -DLWUTILFS_DEBIAN_PACKAGES=ON
 }
 
 # The newest release in the changelog is the version of the project, and nobody else writes that number down.
@@ -195,4 +256,5 @@ check_version()
     fi
 }
 
-"check_$1"
+step=$1
+"check_$step"

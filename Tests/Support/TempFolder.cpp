@@ -107,7 +107,8 @@ void TempFolder::Touch(const QString& relativePath) const
 
 void TempFolder::SetPermissions(const QString& relativePath, unsigned int mode) const
 {
-    Require(::chmod(Native(Path(relativePath)), static_cast<mode_t>(mode)) == 0, "set the permissions of", Path(relativePath));
+    Require(::chmod(Native(Path(relativePath)), static_cast<mode_t>(mode)) == 0, "set the permissions of",
+            Path(relativePath));
 }
 
 QStringList TempFolder::Entries(const QString& relativePath) const

@@ -51,9 +51,7 @@ Status StatusOf(const std::string& path)
     if (::stat(path.c_str(), &status) != 0)
         return {};
     const timespec& time = ModificationTimeOf(status);
-    return {true,
-            time.tv_sec * 1000 + time.tv_nsec / 1'000'000,
-            {status.st_ino, status.st_mode & S_IFMT}};
+    return {true, time.tv_sec * 1000 + time.tv_nsec / 1'000'000, {status.st_ino, status.st_mode & S_IFMT}};
 }
 
 /// The kernel has queued every notice by the time an operation returns, so no waiting is needed.

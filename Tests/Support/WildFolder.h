@@ -34,7 +34,11 @@ private:
             throw std::runtime_error(step);
     }
 
-    int Next(int count) { return static_cast<int>(random() % static_cast<unsigned int>(count)); }
+    template <typename Number>
+    Number Next(Number count)
+    {
+        return static_cast<Number>(random() % static_cast<unsigned int>(count));
+    }
 
     QString NextName()
     {

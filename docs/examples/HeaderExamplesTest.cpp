@@ -73,7 +73,7 @@ TEST_F(HeaderExamplesTest, AreAllCompiled)
 
 TEST_F(HeaderExamplesTest, AreFoundInTheHeaders)
 {
-    int count = 0;
+    QStringList::size_type count = 0;
 
     for (const QString& header : headers)
         count += Examples(header).size();

@@ -31,7 +31,7 @@ QList<QByteArray> Terminal(const std::string& page)
     }
     const QByteArray text = file.readAll();
     const QByteArray opening = "\n```console\n";
-    const int start = text.indexOf(opening) + opening.size();
+    const auto start = text.indexOf(opening) + opening.size();
     return text.mid(start, text.indexOf("\n```", start) - start).split('\n');
 }
 
@@ -70,7 +70,7 @@ public:
     void Type(const QByteArray& command) { process.write(command + '\n'); }
 
     /// Reads until there is as much as that.
-    QByteArray ReadAtLeast(int length)
+    QByteArray ReadAtLeast(QByteArray::size_type length)
     {
         WaitUntil([&] {
             printed += process.readAllStandardOutput();

@@ -28,8 +28,8 @@ std::string Block(const QByteArray& language)
 {
     const QByteArray text = Read(README);
     const QByteArray opening = "\n```" + language + "\n";
-    const int start = text.indexOf(opening) + opening.size();
-    const int end = text.indexOf("```\n", start);
+    const auto start = text.indexOf(opening) + opening.size();
+    const auto end = text.indexOf("```\n", start);
     return text.mid(start, end - start).toStdString();
 }
 
