@@ -24,20 +24,37 @@ constexpr std::array fileNames = {"m.txt",
                                   "z\xC3\xBC m.txt",
                                   "\xEF\xBD\xA1.mp4",
                                   "\xF0\x9F\x98\x80.mp4"};
+constexpr std::array oddFileNames = {" blank .txt",
+                                     "it's \"odd\" & <b>.txt",
+                                     "\xEF\xBB\xBF"
+                                     "a.txt", // a byte order mark first
+                                     "\xEF\xBB\xBF.mp4",
+                                     "\xC3\xBC.txt",  // composed
+                                     "u\xCC\x88.txt", // decomposed
+                                     "line\nbreak.txt",
+                                     "\xF0\x9F\x98\x80\xEF\xBB\xBF",
+                                     "..txt",
+                                     "\xFF\xFE.txt", // no UTF-8
+                                     "m\xC3.txt"};
 constexpr std::array folderNames = {"", "a", "b", "a/c", "a/c/b", ".h", "b/.h"};
 constexpr std::array folderLinkNames = {"to1", "to2", "to3.mp4"};
 // Cycles of links multiply the paths of a file.
 constexpr std::size_t folderLinkLimit = 3;
 
+constexpr long long second = 1'000'000'000; // in nanoseconds
+constexpr long long hour = 3600 * second;
+
 /// Modification times around the borders of a millisecond, in nanoseconds since 1.5e9 seconds after 1970.
 constexpr std::array<long long, 7> times = {
     0, 999'999, 1'000'000, -1, 5'000'000'000, -400'000'000'000'000'000, 90'000'000'000'000'000};
+/// In nanoseconds since 1970: midnight there and in some other zones, and close to it.
+constexpr std::array<long long, 8> oddTimes = {
+    0, 999'999, 1'000'000, -1, -hour, 5 * hour, -5 * hour - hour / 2, -second};
 
 void SetTime(const fs::path& path, long long nanoseconds)
 {
-    constexpr long long second = 1'000'000'000;
-    const long long sinceEpoch = 1'500'000'000 * second + nanoseconds;
-    const timespec both[2] = {{0, UTIME_OMIT}, {sinceEpoch / second, sinceEpoch % second}};
+    const long long fraction = (nanoseconds % second + second) % second;
+    const timespec both[2] = {{0, UTIME_OMIT}, {(nanoseconds - fraction) / second, fraction}};
     // Nothing is to be done about a path that is not there.
     static_cast<void>(::utimensat(AT_FDCWD, path.c_str(), both, 0));
 }
@@ -96,7 +113,7 @@ std::string FolderOperations::Perform(Choices& choices)
         return Write(NewFile(choices), choices);
     case 4: {
         const fs::path path = ChooseFile(choices);
-        const long long time = times[choices.Below(times.size())];
+        const long long time = ChooseTime(choices);
         SetTime(path, time);
         return Described("date " + std::to_string(time), path);
     }
@@ -153,7 +170,7 @@ std::string FolderOperations::Perform(Choices& choices)
         if (!kinds.moveFolders || !fs::remove(path, error))
             return "nothing";
         fs::create_directory(path, error);
-        SetTime(path, times[choices.Below(times.size())]);
+        SetTime(path, ChooseTime(choices));
         return Described("replace by a folder", path);
     }
     case 15: {
@@ -185,7 +202,17 @@ fs::path FolderOperations::ChooseFolder(Choices& choices) const
 
 fs::path FolderOperations::NewFile(Choices& choices) const
 {
-    return ChooseFolder(choices) / fileNames[choices.Below(fileNames.size())];
+    const fs::path folder = ChooseFolder(choices);
+    if (kinds.oddNames && choices.OneIn(2))
+        return folder / oddFileNames[choices.Below(oddFileNames.size())];
+    return folder / fileNames[choices.Below(fileNames.size())];
+}
+
+long long FolderOperations::ChooseTime(Choices& choices) const
+{
+    if (kinds.oddTimes && choices.OneIn(2))
+        return oddTimes[choices.Below(oddTimes.size())];
+    return 1'500'000'000 * second + times[choices.Below(times.size())];
 }
 
 fs::path FolderOperations::ExistingFolder(Choices& choices) const
@@ -205,7 +232,7 @@ std::string FolderOperations::Write(const fs::path& path, Choices& choices)
     fs::create_directories(path.parent_path(), error);
     std::ofstream(path) << std::string(choices.Below(10), 'x');
     if (choices.OneIn(2))
-        SetTime(path, times[choices.Below(times.size())]);
+        SetTime(path, ChooseTime(choices));
     return Described("write", path);
 }
 

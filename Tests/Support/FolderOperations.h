@@ -46,6 +46,8 @@ public:
         bool hardLinks = true;
         bool moveFolders = true;
         bool replaceRoot = true; ///< delete the root or move it away, and make it again
+        bool oddNames = false;   ///< names that are hard to decode, quote or compare, too
+        bool oddTimes = false;   ///< modification times around the start of 1970, too
     };
 
     /// The playground exists, is empty, and has no links in its path.
@@ -62,6 +64,8 @@ public:
 
 private:
     std::filesystem::path NewFile(Choices& choices) const;
+    /// In nanoseconds since 1970.
+    long long ChooseTime(Choices& choices) const;
     std::filesystem::path ExistingFolder(Choices& choices) const;
     std::string Write(const std::filesystem::path& path, Choices& choices);
     std::string MakeLink(Choices& choices);
