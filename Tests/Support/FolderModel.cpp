@@ -296,7 +296,12 @@ FolderModel::Entry FolderModel::Look(const std::string& path)
 
 bool FolderModel::AreEqual(const Entry& a, const Entry& b)
 {
-    return a.path == b.path || a.remembered.value_or(a.target) == b.remembered.value_or(b.target);
+    const std::string target = a.remembered.value_or(a.target);
+    const std::string otherTarget = b.remembered.value_or(b.target);
+    // A file that has vanished leads nowhere; then its path decides.
+    if (target.empty() || otherTarget.empty())
+        return Absolute(a.path) == Absolute(b.path);
+    return a.path == b.path || target == otherTarget;
 }
 
 bool FolderModel::IsSurelyEqual(const Entry& a, const Entry& b)

@@ -249,22 +249,7 @@ void WatcherRun::NoteRemoved(const std::string& path)
     if (StatusOf(path).exists)
         Complain("removed, but there: " + path);
     registered.erase(file);
-    known.erase(DroppedFor(path));
-}
-
-/// The entry that a removal has dropped. QFileInfo says of two missing files that they are equal, so it may
-/// be another one of that name that is missing, too.
-std::string WatcherRun::DroppedFor(const std::string& removed) const
-{
-    std::set<std::string> listed;
-    for (const QFileInfo& info : watcher->GetFileInfoList())
-        listed.insert(info.filePath().toStdString());
-    const auto nameOf = [](const std::string& path) { return path.substr(path.rfind('/')); };
-    for (const auto& [path, time] : known) {
-        if (nameOf(path) == nameOf(removed) && !StatusOf(path).exists && listed.count(path) == 0)
-            return path;
-    }
-    return removed;
+    known.erase(path);
 }
 
 void WatcherRun::Complain(const std::string& text)

@@ -67,7 +67,6 @@ private:
     void NoteAdded(const std::string& path);
     void NoteChanged(const std::string& path, std::int64_t time);
     void NoteRemoved(const std::string& path);
-    std::string DroppedFor(const std::string& removed) const;
     void Complain(const std::string& text);
     Entries RootEntries() const;
 

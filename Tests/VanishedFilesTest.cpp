@@ -1,0 +1,177 @@
+// Files of one name that are gone: none of them has a canonical path, and still each is itself.
+
+#include "Tests/Support/BothWatchersFixture.h"
+#include "Tests/Support/CurrentFolder.h"
+
+#include <gmock/gmock.h>
+
+#include <string>
+#include <vector>
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+
+namespace Tests {
+namespace {
+
+/// Three files of one name, in the order in which the snapshot has them, and which of them vanish.
+class VanishedFilesTest : public BothWatchersFixture, public testing::WithParamInterface<int>
+{
+protected:
+    VanishedFilesTest()
+    {
+        for (const char* path : {"root/1/a", "root/2/a", "root/3/a", "root/z"})
+            folder.Write(QString::fromUtf8(path));
+    }
+
+    /// What stays when the one at a place leaves.
+    static Texts Without(Texts texts, int place)
+    {
+        texts.erase(texts.begin() + place);
+        return texts;
+    }
+
+    /// All three are gone. @return the path of the one at a place of the list
+    QString RemoveAllThree(const Texts& listed, int place) const
+    {
+        for (int i = 0; i < 3; ++i)
+            Remove(listed.at(static_cast<std::size_t>(i)).c_str());
+        return Path(listed.at(static_cast<std::size_t>(place)).c_str());
+    }
+};
+
+TEST_P(VanishedFilesTest, LeaveTheListEachByItsOwnNotice)
+{
+    StartBoth(1);
+    const Texts watcherFiles = Files();
+    const Texts checkerFiles = CheckerFiles();
+    ASSERT_EQ(watcherFiles, checkerFiles);
+    const QString path = RemoveAllThree(watcherFiles, GetParam());
+
+    watcher->OnFileChanged(path);
+    checker.OnFileChanged(path);
+
+    EXPECT_EQ(Files(), Without(watcherFiles, GetParam()));
+    EXPECT_EQ(CheckerFiles(), Without(checkerFiles, GetParam()));
+}
+
+TEST_P(VanishedFilesTest, LeaveTheListEachByItsOwnNoticeAlsoAfterAPass)
+{
+    StartBoth(1);
+    folder.Write(QStringLiteral("root/4/a"));
+    watcher->OnDirectoryChanged(Path("root"));
+    checker.CheckFolder();
+    Remove("root/4/a");
+    watcher->OnFileChanged(Path("root/4/a"));
+    checker.CheckFolder();
+    const Texts watcherFiles = Files();
+    const Texts checkerFiles = CheckerFiles();
+    ASSERT_THAT(watcherFiles, UnorderedElementsAre("root/1/a", "root/2/a", "root/3/a", "root/z"));
+    ASSERT_EQ(watcherFiles, checkerFiles);
+    const QString path = RemoveAllThree(watcherFiles, GetParam());
+
+    watcher->OnFileChanged(path);
+    checker.OnFileChanged(path);
+
+    EXPECT_EQ(Files(), Without(watcherFiles, GetParam()));
+    EXPECT_EQ(CheckerFiles(), Without(checkerFiles, GetParam()));
+}
+
+TEST_P(VanishedFilesTest, LeaveTheListOfARelativeRootEachByItsOwnNotice)
+{
+    const CurrentFolder current(folder.Path());
+    ASSERT_TRUE(watcher->StartWatching(QStringLiteral("root"), {}, {}, 1));
+    ASSERT_TRUE(checker.StartWatching(QStringLiteral("./root/"), {}, {}, 1));
+    const Texts watcherFiles = Files();
+    const QString path = RemoveAllThree(watcherFiles, GetParam());
+
+    watcher->OnFileChanged(path);
+    checker.OnFileChanged(path);
+
+    EXPECT_EQ(Files(), Without(watcherFiles, GetParam()));
+    EXPECT_EQ(checker.GetFileInfoList().size(), 3);
+    for (const QFileInfo& info : checker.GetFileInfoList())
+        EXPECT_NE(info.absoluteFilePath(), path);
+}
+
+/// The files of the root itself are listed by relative paths, and looked for by absolute ones.
+TEST_P(VanishedFilesTest, AreFoundByTheirAbsolutePathInAListOfRelativeOnes)
+{
+    const CurrentFolder current(Path("root"));
+    folder.Write(QStringLiteral("root/a"));
+    ASSERT_TRUE(checker.StartWatching(QStringLiteral("."), {}, {}, 1));
+    checker.CheckFolder();
+    for (const char* path : {"root/a", "root/1/a", "root/2/a", "root/3/a"})
+        Remove(path);
+    const QString path = checker.GetFileInfoList().at(GetParam()).absoluteFilePath();
+
+    checker.OnFileChanged(path);
+
+    EXPECT_EQ(checker.GetFileInfoList().size(), 4);
+    for (const QFileInfo& info : checker.GetFileInfoList())
+        EXPECT_NE(info.absoluteFilePath(), path);
+}
+
+INSTANTIATE_TEST_SUITE_P(Place, VanishedFilesTest, testing::Values(0, 1, 2),
+                         [](const auto& row) { return std::to_string(row.param); });
+
+using VanishedFilesInAPassTest = VanishedFilesTest;
+
+TEST_F(VanishedFilesInAPassTest, AreOutOfTheListWhenTheyAreReported)
+{
+    StartBoth(1);
+    checker.CheckFolder();
+    Texts left = CheckerFiles();
+    RemoveAllThree(left, 0);
+    std::vector<Texts> expected;
+    for (int i = 0; i < 3; ++i) {
+        left.erase(left.begin());
+        expected.push_back(left);
+    }
+    std::vector<Texts> seen;
+    QObject::connect(&checker, &Zendra::LW::DirectoryChecker::FileRemoved, [&](const QFileInfo& info) {
+        seen.push_back(CheckerFiles());
+        for (const QFileInfo& known : checker.GetFileInfoList())
+            EXPECT_NE(known.filePath(), info.filePath());
+    });
+
+    checker.CheckFolder();
+
+    EXPECT_EQ(seen, expected);
+    EXPECT_THAT(CheckerFiles(), ElementsAre("root/z"));
+}
+
+TEST_F(VanishedFilesInAPassTest, DoNotTakeOneOfTheirNameThatIsThereWithThem)
+{
+    StartBoth(1);
+    const Texts listed = Files();
+    Remove(listed.at(0).c_str());
+    Remove(listed.at(2).c_str());
+
+    watcher->OnFileChanged(Path(listed.at(2).c_str()));
+    checker.CheckFolder();
+
+    EXPECT_THAT(Files(), ElementsAre(listed.at(0), listed.at(1), "root/z"));
+    EXPECT_THAT(CheckerFiles(), ElementsAre(listed.at(1), "root/z"));
+}
+
+TEST_F(VanishedFilesInAPassTest, AreReportedByTheSystemsNoticesToo)
+{
+    StartBoth(1);
+    QObject::connect(watcher.get(), &Zendra::LW::DirectoryWatcher::FileRemoved, [&](const QFileInfo& info) {
+        for (const QFileInfo& known : watcher->GetFileInfoList())
+            EXPECT_NE(known.filePath(), info.filePath());
+    });
+    RemoveAllThree(Files(), 0);
+
+    HandleAllNotices();
+
+    EXPECT_THAT(WatcherSaw(),
+                ElementsAre("FileRemoved root/1/a", "FileRemoved root/2/a", "FileRemoved root/3/a"));
+    EXPECT_THAT(Files(), ElementsAre("root/z"));
+    EXPECT_THAT(RegisteredFiles(), ElementsAre("root/z"));
+}
+
+} // namespace
+} // namespace Tests
