@@ -1,5 +1,6 @@
 #include "Benchmarks/Support/Baselines.h"
 #include "Benchmarks/Support/FolderTree.h"
+#include "Benchmarks/Support/Heap.h"
 #include "Benchmarks/Support/Work.h"
 #include "Lib/Util/FS/DirectoryChecker.h"
 
@@ -7,8 +8,6 @@
 
 #include <limits>
 #include <memory>
-
-#include <malloc.h>
 
 namespace Benchmarks {
 namespace {
@@ -33,23 +32,17 @@ struct SharedTree
     std::string NativePath() { return QFile::encodeName(Path()).toStdString(); }
 };
 
-double HeapInUse()
-{
-    const struct mallinfo2 info = ::mallinfo2();
-    return static_cast<double>(info.uordblks + info.hblkhd);
-}
-
 /// Times the start of something new in each repetition, but not its end.
 template <typename Start>
 auto TimedStart(const std::shared_ptr<SharedTree>& tree, Start start)
 {
     return [tree, start](benchmark::State& state) {
         tree->Path();
-        const double before = HeapInUse();
+        const double before = HeapBytesInUse();
         decltype(start(*tree)) started; // its end is not timed
         for (auto _ : state)
             started = start(*tree);
-        state.counters["bytesPerFile"] = (HeapInUse() - before) / tree->tree->FileCount();
+        state.counters["bytesPerFile"] = (HeapBytesInUse() - before) / tree->tree->FileCount();
     };
 }
 
