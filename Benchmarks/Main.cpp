@@ -66,6 +66,7 @@ int main(int argc, char* argv[])
         Benchmarks::SetBrief();
 
     Benchmarks::AddPollingBenchmarks();
+    Benchmarks::AddPollingMemoryBenchmarks();
     Benchmarks::AddWatchingBenchmarks();
     Benchmarks::AddCallBenchmarks();
     Benchmarks::RunAllWorks();

@@ -65,6 +65,7 @@ void SetBrief();
 bool IsBrief();
 
 void AddPollingBenchmarks();
+void AddPollingMemoryBenchmarks();
 void AddWatchingBenchmarks();
 void AddCallBenchmarks();
 
