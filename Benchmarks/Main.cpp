@@ -51,14 +51,21 @@ int main(int argc, char* argv[])
         QStringLiteral("output"), QStringLiteral("Write the table to a file, too."), QStringLiteral("file"));
     const QCommandLineOption passes(QStringLiteral("passes"),
                                     QStringLiteral("Only make passes: DOER NUMBER."));
-    arguments.addOptions({briefly, output, passes});
+    const QCommandLineOption memory(
+        QStringLiteral("memory"),
+        QStringLiteral("Only print the memory of a start and ten passes: DOER FOLDER."));
+    arguments.addOptions({briefly, output, passes, memory});
     arguments.addHelpOption();
     arguments.process(application);
 
+    const QStringList words = arguments.positionalArguments();
+    if ((arguments.isSet(passes) || arguments.isSet(memory)) && words.size() != 2)
+        arguments.showHelp(2);
+    if (arguments.isSet(memory)) {
+        Benchmarks::PrintMemoryOf(words.at(0).toStdString(), words.at(1));
+        return 0;
+    }
     if (arguments.isSet(passes)) {
-        const QStringList words = arguments.positionalArguments();
-        if (words.size() != 2)
-            arguments.showHelp(2);
         Benchmarks::MakePasses(words.at(0).toStdString(), words.at(1).toInt());
         return 0;
     }

@@ -17,6 +17,11 @@ double HeapBytesInUse()
     return static_cast<double>(::mstats().bytes_used);
 }
 
+double HeapBytesFromSystem()
+{
+    return static_cast<double>(::mstats().bytes_total);
+}
+
 #elif defined(__GLIBC__)
 
 double HeapBytesInUse()
@@ -25,9 +30,20 @@ double HeapBytesInUse()
     return static_cast<double>(info.uordblks + info.hblkhd);
 }
 
+double HeapBytesFromSystem()
+{
+    const struct mallinfo2 info = ::mallinfo2();
+    return static_cast<double>(info.arena + info.hblkhd);
+}
+
 #else
 
 double HeapBytesInUse()
+{
+    return 0;
+}
+
+double HeapBytesFromSystem()
 {
     return 0;
 }

@@ -28,11 +28,10 @@ private:
     struct Row
     {
         Work work;
-        std::vector<std::string> doers;                          ///< in the order of their first runs
-        std::map<std::string, std::vector<double>> milliseconds; ///< by doer, one a repetition
-        std::map<std::string, double> bytesAfterStart;           ///< by doer, a file
-        std::map<std::string, double> bytesAfterPasses;
-        std::string failure; ///< why it was not measured
+        std::vector<std::string> doers;                                ///< in the order of their first runs
+        std::map<std::string, std::vector<double>> milliseconds;       ///< by doer, one a repetition
+        std::map<std::string, std::map<std::string, double>> counters; ///< by doer and name
+        std::string failure;                                           ///< why it was not measured
     };
 
     /// Whether a goal was met, and how it reads in the table.

@@ -2,6 +2,8 @@
 
 #include <benchmark/benchmark.h>
 
+#include <QString>
+
 #include <functional>
 #include <optional>
 #include <string>
@@ -33,12 +35,12 @@ struct Goal
     Kind kind = Kind::Required;
 };
 
-/// What a work measures instead of time, as the counters `bytesAfterStart` and `bytesAfterPasses` of each
-/// doer, in bytes a file; a doer may leave out the second.
+/// For a work that measures memory and not time, in bytes a file, as the counters `inUseAfterStart`,
+/// `inUseAfterPasses`, `fromSystemAfterStart` and `fromSystemAfterPasses` of each doer.
 struct MemoryGoal
 {
-    double mostBytes;  ///< after the start
-    double mostGrowth; ///< after / before the passes
+    double mostBytes;  ///< in use after the start
+    double mostGrowth; ///< after / before the passes, in use and from the system
 };
 
 /// A row of the table: one piece of work, done by several.
@@ -66,6 +68,8 @@ bool IsBrief();
 
 void AddPollingBenchmarks();
 void AddPollingMemoryBenchmarks();
+/// What `--memory DOER FOLDER` does: a start and ten passes, and four figures in bytes.
+void PrintMemoryOf(const std::string& doer, const QString& folder);
 void AddWatchingBenchmarks();
 void AddCallBenchmarks();
 
