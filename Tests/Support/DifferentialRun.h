@@ -51,7 +51,8 @@ private:
     void Compare();
     void Compare(const char* what, const Entries& library, const Entries& reference);
     void TakeOrderFromLibrary(QList<QFileInfo>& sorted) const;
-    bool LeadsAnyPathElsewhere();
+    void NoteTargets();
+    bool LeadsAnyPathElsewhere() const;
 
     const WatcherKind kind;
     const TimeZone zone;
