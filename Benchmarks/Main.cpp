@@ -18,9 +18,13 @@ Written by `./scripts/bench`. Each figure is the median of several runs in one p
 of all that do the same work are mixed, so that what else the machine does counts little. What holds elsewhere is
 the ratios.
 
-Measured against: (r) a raw walk by `readdir`, and `fstatat` where times are needed; (p) the polling loop that a
-user would write with `std::filesystem`; (t) the rules written down with `QDir`, `std::sort` and `QFileInfo`;
-bare: the same work by hand, without the library.
+Each column is somebody who does the same work; in brackets, how many times as long the library takes.
+
+- raw walk: `readdir`, and `fstatat` for each file where times are needed; it keeps nothing and compares nothing.
+- std::filesystem poller: the polling loop that a user would write with the standard library.
+- transcription: the watchers' rules written down with `QDir`, `std::sort` and `QFileInfo`.
+- library, later pass: the library itself, in a pass in which nothing is special.
+- bare: the same work by hand, without the library.
 
 )";
 
@@ -47,14 +51,21 @@ int main(int argc, char* argv[])
         QStringLiteral("output"), QStringLiteral("Write the table to a file, too."), QStringLiteral("file"));
     const QCommandLineOption passes(QStringLiteral("passes"),
                                     QStringLiteral("Only make passes: DOER NUMBER."));
-    arguments.addOptions({briefly, output, passes});
+    const QCommandLineOption memory(
+        QStringLiteral("memory"),
+        QStringLiteral("Only print the memory of a start and ten passes: DOER FOLDER."));
+    arguments.addOptions({briefly, output, passes, memory});
     arguments.addHelpOption();
     arguments.process(application);
 
+    const QStringList words = arguments.positionalArguments();
+    if ((arguments.isSet(passes) || arguments.isSet(memory)) && words.size() != 2)
+        arguments.showHelp(2);
+    if (arguments.isSet(memory)) {
+        Benchmarks::PrintMemoryOf(words.at(0).toStdString(), words.at(1));
+        return 0;
+    }
     if (arguments.isSet(passes)) {
-        const QStringList words = arguments.positionalArguments();
-        if (words.size() != 2)
-            arguments.showHelp(2);
         Benchmarks::MakePasses(words.at(0).toStdString(), words.at(1).toInt());
         return 0;
     }
@@ -62,6 +73,7 @@ int main(int argc, char* argv[])
         Benchmarks::SetBrief();
 
     Benchmarks::AddPollingBenchmarks();
+    Benchmarks::AddPollingMemoryBenchmarks();
     Benchmarks::AddWatchingBenchmarks();
     Benchmarks::AddCallBenchmarks();
     Benchmarks::AddTrashBenchmarks();

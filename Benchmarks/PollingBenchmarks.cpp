@@ -1,154 +1,285 @@
-#include "Benchmarks/Support/Baselines.h"
-#include "Benchmarks/Support/FolderTree.h"
-#include "Benchmarks/Support/Heap.h"
+#include "Benchmarks/Support/PolledTree.h"
 #include "Benchmarks/Support/Work.h"
-#include "Lib/Util/FS/DirectoryChecker.h"
 
-#include <QFile>
+#include <QFileInfo>
 
-#include <limits>
 #include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <fnmatch.h>
 
 namespace Benchmarks {
 namespace {
 
-constexpr unsigned int anyDepth = std::numeric_limits<unsigned int>::max();
-
-/// A folder that all doers of the same work share; made when the first of them runs.
-struct SharedTree
+/// The library is to take at most so many times as long as these.
+struct PassGoals
 {
-    std::string shape;
-    int folders;
-    int filesPerFolder;
-    bool sameNames;
-    std::unique_ptr<FolderTree> tree = nullptr;
-
-    QString Path()
-    {
-        if (!tree)
-            tree = std::make_unique<FolderTree>(folders, filesPerFolder, sameNames);
-        return tree->Path();
-    }
-    std::string NativePath() { return QFile::encodeName(Path()).toStdString(); }
+    double poller;
+    double raw;
+    double rawWithChanges;
+    double rawWithNewOrRemoved;
 };
 
-/// Times the start of something new in each repetition, but not its end.
-template <typename Start>
-auto TimedStart(const std::shared_ptr<SharedTree>& tree, Start start)
+constexpr double startAgainstPoller = 1.1;
+constexpr double firstPassAgainstLater = 1.1;
+constexpr PassGoals usualGoals = {0.5, 1.6, 1.9, 2.2};
+constexpr PassGoals goalsOfAMillion = {0.6, 2.0, 2.0, 2.0};
+constexpr double stretchAgainstRaw = 1.3;
+
+/// All who poll one tree with the same settings.
+class Contest
 {
-    return [tree, start](benchmark::State& state) {
-        tree->Path();
-        const double before = HeapInUse();
-        decltype(start(*tree)) started; // its end is not timed
-        for (auto _ : state)
-            started = start(*tree);
-        state.counters["bytesPerFile"] = (HeapInUse() - before) / tree->tree->FileCount();
-    };
-}
-
-std::shared_ptr<Zendra::LW::DirectoryChecker> StartedChecker(SharedTree& tree)
-{
-    auto checker = std::make_shared<Zendra::LW::DirectoryChecker>();
-    checker->StartWatching(tree.Path(), {}, {}, anyDepth);
-    return checker;
-}
-
-std::shared_ptr<PollingLoop> StartedPolling(SharedTree& tree)
-{
-    auto polling = std::make_shared<PollingLoop>();
-    polling->Start(tree.NativePath());
-    return polling;
-}
-
-std::shared_ptr<Transcription> StartedTranscription(SharedTree& tree)
-{
-    auto transcription = std::make_shared<Transcription>();
-    transcription->Start(tree.Path());
-    return transcription;
-}
-
-void TimeStatWalk(SharedTree& tree, benchmark::State& state)
-{
-    const std::string path = tree.NativePath();
-    for (auto _ : state)
-        benchmark::DoNotOptimize(ListAndStatRaw(path));
-}
-
-void AddShape(const std::shared_ptr<SharedTree>& tree, bool withTranscription)
-{
-    const int repetitions = tree->folders * tree->filesPerFolder > 500000 ? 3 : 5;
-    const auto raw = [tree](benchmark::State& state) { TimeStatWalk(*tree, state); };
-
-    const Work start{"DirectoryChecker::StartWatching, " + tree->shape, Doer::polling, 1.0};
-    AddDoer(start, Doer::raw, raw, repetitions);
-    AddDoer(start, Doer::polling, TimedStart(tree, StartedPolling), repetitions);
-    if (withTranscription)
-        AddDoer(start, Doer::transcription, TimedStart(tree, StartedTranscription), 3);
-    AddDoer(start, Doer::library, TimedStart(tree, StartedChecker), repetitions);
-
-    const Work firstCheck{"CheckFolder, the first after a start, " + tree->shape, Doer::polling, 0};
-    AddDoer(
-        firstCheck, Doer::polling,
-        [tree](benchmark::State& state) {
-            const auto polling = StartedPolling(*tree);
-            for (auto _ : state)
-                benchmark::DoNotOptimize(polling->Check(tree->NativePath()));
-        },
-        repetitions);
-    AddDoer(
-        firstCheck, Doer::library,
-        [tree](benchmark::State& state) {
-            const auto checker = StartedChecker(*tree);
-            for (auto _ : state)
-                checker->CheckFolder();
-        },
-        repetitions);
-
-    const Work check{"CheckFolder, nothing changed, " + tree->shape, Doer::polling, 0.9};
-    AddDoer(check, Doer::raw, raw, repetitions);
-    AddDoer(
-        check, Doer::polling,
-        [tree](benchmark::State& state) {
-            const auto polling = StartedPolling(*tree);
-            polling->Check(tree->NativePath());
-            for (auto _ : state)
-                benchmark::DoNotOptimize(polling->Check(tree->NativePath()));
-        },
-        repetitions);
-    if (withTranscription) {
-        AddDoer(
-            check, Doer::transcription,
-            [tree](benchmark::State& state) {
-                const auto transcription = StartedTranscription(*tree);
-                for (auto _ : state)
-                    benchmark::DoNotOptimize(transcription->Check(tree->Path()));
-            },
-            3);
+public:
+    Contest(std::shared_ptr<PolledTree> polledTree, const PassGoals& passGoals,
+            const PollSettings& settings = {}, const std::string& settingsText = {})
+        : tree(std::move(polledTree)), goals(passGoals),
+          title((settingsText.empty() ? "" : ", " + settingsText) + ", " + tree->GetShape().text),
+          repetitions(tree->IsLarge() ? 3 : 5), library(Library(tree, settings)),
+          raw(RawWalk(tree, settings)), poller(Poller(tree, settings)),
+          laterLibrary(std::make_shared<LaterPasses>(tree, library)),
+          laterRaw(std::make_shared<LaterPasses>(tree, raw)),
+          laterPoller(std::make_shared<LaterPasses>(tree, poller))
+    {
     }
-    AddDoer(
-        check, Doer::library,
-        [tree](benchmark::State& state) {
-            const auto checker = StartedChecker(*tree);
-            checker->CheckFolder();
+
+    void AddTranscription() { transcription = TranscribedRules(tree); }
+
+    void AddStart()
+    {
+        const Work work{"StartWatching" + title, Doer::polling, startAgainstPoller};
+        AddTimedStart(work, Doer::raw, raw);
+        AddTimedStart(work, Doer::polling, poller);
+        if (transcription)
+            AddTimedStart(work, Doer::transcription, transcription, 3);
+        AddTimedStart(work, Doer::library, library);
+    }
+
+    void AddFirstPass()
+    {
+        const Work work{"CheckFolder, first pass" + title, Doer::laterPass, firstPassAgainstLater};
+        AddTimedFirstPass(work, Doer::polling, poller);
+        AddLaterPass(work, Doer::laterPass, laterLibrary);
+        AddTimedFirstPass(work, Doer::library, library);
+    }
+
+    void AddLaterPass()
+    {
+        const Work work{"CheckFolder, later pass, nothing changed" + title,
+                        Doer::polling,
+                        goals.poller,
+                        {{Doer::raw, goals.raw}, {Doer::raw, stretchAgainstRaw, Goal::Kind::Stretch}}};
+        AddLaterPass(work, Doer::raw, laterRaw);
+        AddLaterPass(work, Doer::polling, laterPoller);
+        if (transcription)
+            AddLaterPass(work, Doer::transcription, std::make_shared<LaterPasses>(tree, transcription), 3);
+        AddLaterPass(work, Doer::library, laterLibrary);
+    }
+
+    void AddPassWithChanges()
+    {
+        // Every pass sees the same files changed, however many others have had their turn before it.
+        AddPassWithDifferences("1 % changed", goals.rawWithChanges,
+                               [](PolledTree& changed) { changed.Files().DateOnePercent(); });
+    }
+
+    void AddPassWithNewFiles()
+    {
+        AddPassWithDifferences("1 % new", goals.rawWithNewOrRemoved,
+                               [](PolledTree& changed) { changed.Make(PolledTree::Content::WithNewFiles); });
+    }
+
+    void AddPassWithoutFiles()
+    {
+        AddPassWithDifferences("1 % removed", goals.rawWithNewOrRemoved, [](PolledTree& changed) {
+            changed.Make(PolledTree::Content::WithoutSomeFiles);
+        });
+    }
+
+    void AddPassInAnotherOrder()
+    {
+        const Work work{"CheckFolder, later pass, the folders are listed in another order" + title,
+                        Doer::polling,
+                        goals.poller,
+                        {{Doer::raw, goals.raw}}};
+        AddLaterPass(work, Doer::raw, laterRaw);
+        AddLaterPass(work, Doer::polling, laterPoller);
+        AddLaterPass(work, Doer::laterPass, laterLibrary);
+        AddDoer(
+            work, Doer::library,
+            [shared = tree, later = laterLibrary](benchmark::State& state) {
+                later->CatchUp();
+                if (!shared->Files().ShuffleListing())
+                    state.SkipWithError("the file system keeps to its order");
+                for (auto _ : state)
+                    later->MakePass();
+            },
+            repetitions);
+    }
+
+private:
+    void AddTimedStart(const Work& work, const std::string& doer, const Start& start, int most = 5) const
+    {
+        const auto run = [shared = tree, start](benchmark::State& state) {
+            shared->Make(PolledTree::Content::Original);
+            Pass started; // its end is not timed
             for (auto _ : state)
-                checker->CheckFolder();
-        },
-        repetitions);
+                started = start();
+        };
+        AddDoer(work, doer, run, std::min(most, repetitions));
+    }
+
+    void AddTimedFirstPass(const Work& work, const std::string& doer, const Start& start) const
+    {
+        const auto run = [shared = tree, start](benchmark::State& state) {
+            shared->Make(PolledTree::Content::Original);
+            const Pass pass = start();
+            for (auto _ : state)
+                pass();
+        };
+        AddDoer(work, doer, run, repetitions);
+    }
+
+    void AddLaterPass(const Work& work, const std::string& doer, const std::shared_ptr<LaterPasses>& later,
+                      int most = 5) const
+    {
+        const auto run = [shared = tree, later](benchmark::State& state) {
+            shared->Make(PolledTree::Content::Original);
+            later->CatchUp();
+            for (auto _ : state)
+                later->MakePass();
+        };
+        AddDoer(work, doer, run, std::min(most, repetitions));
+    }
+
+    void AddPassWithDifferences(const std::string& what, double mostAgainstRaw,
+                                const std::function<void(PolledTree&)>& change) const
+    {
+        Work work{"CheckFolder, later pass, " + what + title, Doer::raw, mostAgainstRaw};
+        if (tree->IsLarge())
+            work.moreGoals.push_back({Doer::polling, goals.poller});
+        for (const auto& [doer, later] :
+             {std::pair(Doer::raw, laterRaw), std::pair(Doer::polling, laterPoller),
+              std::pair(Doer::library, laterLibrary)}) {
+            const auto run = [shared = tree, change, later](benchmark::State& state) {
+                shared->Make(PolledTree::Content::Original);
+                later->CatchUp();
+                change(*shared);
+                for (auto _ : state)
+                    later->MakePass();
+            };
+            AddDoer(work, doer, run, repetitions);
+        }
+    }
+
+    std::shared_ptr<PolledTree> tree;
+    PassGoals goals;
+    std::string title;
+    int repetitions;
+    Start library;
+    Start raw;
+    Start poller;
+    Start transcription;
+    std::shared_ptr<LaterPasses> laterLibrary;
+    std::shared_ptr<LaterPasses> laterRaw;
+    std::shared_ptr<LaterPasses> laterPoller;
+};
+
+std::shared_ptr<PolledTree> MakeTree(PolledTree::Shape shape)
+{
+    // A tree of one folder has its files in it, all others are shrunk by their folders.
+    (shape.folders >= 100 ? shape.folders : shape.filesPerFolder) /= IsBrief() ? 100 : 1;
+    return std::make_shared<PolledTree>(std::move(shape));
+}
+
+void AddUsualPasses(Contest& contest)
+{
+    contest.AddStart();
+    contest.AddFirstPass();
+    contest.AddLaterPass();
+}
+
+void AddAllPasses(Contest& contest)
+{
+    AddUsualPasses(contest);
+    contest.AddPassWithChanges();
+    contest.AddPassWithNewFiles();
+    contest.AddPassWithoutFiles();
+}
+
+/// Half of the files: those with an even number.
+bool HasEvenNumber(const char* name)
+{
+    return ::fnmatch("*[02468].png", name, 0) == 0;
+}
+
+PollSettings HalfByPredicate()
+{
+    PollSettings settings;
+    settings.predicate = [](const QFileInfo& info) {
+        const QString name = info.fileName();
+        return name.at(name.size() - 5).unicode() % 2 == 0;
+    };
+    settings.keeps = HasEvenNumber;
+    return settings;
+}
+
+PollSettings HalfByNameFilter()
+{
+    PollSettings settings;
+    settings.nameFilters = QStringList{QStringLiteral("*[02468].png")};
+    settings.keeps = HasEvenNumber;
+    return settings;
+}
+
+PollSettings InZone(const QByteArray& zone)
+{
+    PollSettings settings;
+    settings.zone = zone;
+    return settings;
 }
 
 } // namespace
 
 void AddPollingBenchmarks()
 {
-    const int shrink = IsBrief() ? 100 : 1;
-    const auto tree = [&](const char* shape, int folders, int filesPerFolder, bool sameNames) {
-        return std::make_shared<SharedTree>(SharedTree{shape, folders / shrink, filesPerFolder, sameNames});
-    };
-    AddShape(tree("100,000 files in 100 folders", 100, 1000, false), true);
-    AddShape(tree("1,000,000 files in 1,000 folders", 1000, 1000, false), false);
+    const auto usual = MakeTree({"100,000 files in 100 folders", 100, 1000});
+    Contest contest(usual, usualGoals);
+    contest.AddTranscription();
+    AddAllPasses(contest);
+
+    const std::vector<std::pair<std::string, PollSettings>> settings = {
+        {"a predicate rejects half", HalfByPredicate()},
+        {"a name filter leaves half", HalfByNameFilter()},
+        {"TZ unset", InZone(QByteArray())},
+        {"TZ set", InZone("CET-1CEST,M3.5.0,M10.5.0/3")}};
+    for (const auto& [text, setting] : settings) {
+        Contest other(usual, usualGoals, setting, text);
+        AddUsualPasses(other);
+    }
+
+    // Its files are listed in the order in which they were last renamed, those of most others by their names.
+    const QString memory = QStringLiteral("/dev/shm");
+    const QFileInfo shm(memory);
+    Contest inMemory(MakeTree({"100,000 files in 100 folders on tmpfs", 100, 1000, false,
+                               shm.isDir() && shm.isWritable() ? memory : QString()}),
+                     usualGoals);
+    inMemory.AddPassInAnotherOrder();
+
+    Contest oneFolder(MakeTree({"100,000 files in one folder", 1, 100000}), usualGoals);
+    AddAllPasses(oneFolder);
+
+    Contest million(MakeTree({"1,000,000 files in 1,000 folders", 1000, 1000}), goalsOfAMillion);
+    AddAllPasses(million);
+
     // The transcription's lookups grow with the square of the number here: 10,000 would take it minutes.
-    AddShape(tree("1,000 files of one name in 1,000 folders", 1000, 1, true), true);
-    AddShape(tree("10,000 files of one name in 10,000 folders", 10000, 1, true), false);
+    Contest oneName(MakeTree({"1,000 files of one name in 1,000 folders", 1000, 1, true}), usualGoals);
+    oneName.AddTranscription();
+    AddUsualPasses(oneName);
+    Contest manyOfOneName(MakeTree({"10,000 files of one name in 10,000 folders", 10000, 1, true}),
+                          usualGoals);
+    AddUsualPasses(manyOfOneName);
 }
 
 } // namespace Benchmarks

@@ -39,7 +39,7 @@ struct WatchedTree
 void AddFolderNotice()
 {
     const Work work{"DirectoryWatcher, folder notice, nothing changed, 100,000 files in 100 folders",
-                    Doer::polling, 0.5};
+                    Doer::polling, 0.2};
     const auto tree = std::make_shared<WatchedTree>();
     tree->folders = IsBrief() ? 1 : 100;
 

@@ -118,8 +118,14 @@ class UnsortedByTest : public CheckerFixture, public testing::WithParamInterface
 /// The library's checker and one that follows the rules literally, in one folder.
 TEST_P(UnsortedByTest, AgreesWithABinarySearchInEveryPass)
 {
-    for (const char* path : {"b", "d", "k", "s", "x", "sub/a", "sub/e", "sub/j", "sub/q", "sub/z"})
+    // Each has a time of its own, so that comparing the wrong two is seen.
+    int seconds = 1500000000;
+    const auto write = [&](const char* path) {
         folder.Write(Text(path));
+        folder.SetModificationTime(Text(path), QDateTime::fromSecsSinceEpoch(++seconds));
+    };
+    for (const char* path : {"b", "d", "k", "s", "x", "sub/a", "sub/e", "sub/j", "sub/q", "sub/z"})
+        write(path);
     const CurrentFolder current(folder.Path());
     std::vector<std::string> libraryLog;
     std::vector<std::string> referenceLog;
@@ -156,8 +162,8 @@ TEST_P(UnsortedByTest, AgreesWithABinarySearchInEveryPass)
     folder.Touch(Text("d"));
     folder.Touch(Text("sub/q"));
     checkBoth("changed");
-    folder.Write(Text("c"));
-    folder.Write(Text("sub/l"));
+    write("c");
+    write("sub/l");
     checkBoth("new");
     folder.Remove(Text("k"));
     folder.Remove(Text("sub/z"));

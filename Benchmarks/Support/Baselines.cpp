@@ -19,7 +19,7 @@ enum class FileStat
     Read
 };
 
-std::size_t WalkRaw(const std::string& path, FileStat fileStat)
+std::size_t WalkRaw(const std::string& path, FileStat fileStat, const KeepsName& keeps)
 {
     DIR* const folder = ::opendir(path.c_str());
     if (!folder)
@@ -29,9 +29,11 @@ std::size_t WalkRaw(const std::string& path, FileStat fileStat)
         if (entry->d_name[0] == '.')
             continue;
         if (entry->d_type == DT_DIR) {
-            files += WalkRaw(path + '/' + entry->d_name, fileStat);
+            files += WalkRaw(path + '/' + entry->d_name, fileStat, keeps);
             continue;
         }
+        if (keeps && !keeps(entry->d_name))
+            continue;
         struct stat data;
         if (fileStat == FileStat::Skip || ::fstatat(::dirfd(folder), entry->d_name, &data, 0) == 0)
             ++files;
@@ -67,18 +69,18 @@ QList<QFileInfo> SortedScan(const QString& path)
 
 std::size_t ListRaw(const std::string& path)
 {
-    return WalkRaw(path, FileStat::Skip);
+    return WalkRaw(path, FileStat::Skip, {});
 }
 
-std::size_t ListAndStatRaw(const std::string& path)
+std::size_t ListAndStatRaw(const std::string& path, const KeepsName& keeps)
 {
-    return WalkRaw(path, FileStat::Read);
+    return WalkRaw(path, FileStat::Read, keeps);
 }
 
 void PollingLoop::Start(const std::filesystem::path& root)
 {
     for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
-        if (entry.is_regular_file())
+        if (Counts(entry))
             known[entry.path().string()] = entry.last_write_time();
     }
 }
@@ -95,7 +97,7 @@ std::size_t PollingLoop::Check(const std::filesystem::path& root)
         }
     }
     for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
-        if (!entry.is_regular_file())
+        if (!Counts(entry))
             continue;
         const auto time = entry.last_write_time();
         const auto [file, added] = known.try_emplace(entry.path().string(), time);
@@ -105,6 +107,11 @@ std::size_t PollingLoop::Check(const std::filesystem::path& root)
         }
     }
     return differences;
+}
+
+bool PollingLoop::Counts(const std::filesystem::directory_entry& entry) const
+{
+    return entry.is_regular_file() && (!keeps || keeps(entry.path().filename().c_str()));
 }
 
 void Transcription::Start(const QString& root)

@@ -6,27 +6,36 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <unordered_map>
 
 /// What the library is measured against, each as somebody would write it without the library.
 namespace Benchmarks {
 
+/// Whether a file of that name counts. An empty one keeps all.
+using KeepsName = std::function<bool(const char* name)>;
+
 /// The file system's own cost: readdir alone. @return the number of files
 std::size_t ListRaw(const std::string& path);
-/// The file system's own cost: readdir, and fstatat for each file.
-std::size_t ListAndStatRaw(const std::string& path);
+/// The file system's own cost: readdir, and fstatat for each file that counts.
+std::size_t ListAndStatRaw(const std::string& path, const KeepsName& keeps = {});
 
 /// The polling loop that a user would write with the standard library.
 class PollingLoop
 {
 public:
+    explicit PollingLoop(const KeepsName& keepsName = {}) : keeps(keepsName) {}
+
     /// Call it once.
     void Start(const std::filesystem::path& root);
     /// @return the number of differences
     std::size_t Check(const std::filesystem::path& root);
 
 private:
+    bool Counts(const std::filesystem::directory_entry& entry) const;
+
+    KeepsName keeps;
     std::unordered_map<std::string, std::filesystem::file_time_type> known;
 };
 

@@ -1,33 +1,49 @@
 #include "Benchmarks/Support/Heap.h"
 
-#if defined(__GLIBC__)
-#    include <malloc.h>
-#elif defined(__APPLE__)
+#include <cstddef> // defines __GLIBC__ where it is the C library
+
+#if defined(__APPLE__)
 #    include <malloc/malloc.h>
+#elif defined(__GLIBC__)
+#    include <malloc.h>
 #endif
 
 namespace Benchmarks {
 
-#if defined(__GLIBC__)
+#if defined(__APPLE__)
 
-double HeapInUse()
+double HeapBytesInUse()
+{
+    return static_cast<double>(::mstats().bytes_used);
+}
+
+double HeapBytesFromSystem()
+{
+    return static_cast<double>(::mstats().bytes_total);
+}
+
+#elif defined(__GLIBC__)
+
+double HeapBytesInUse()
 {
     const struct mallinfo2 info = ::mallinfo2();
     return static_cast<double>(info.uordblks + info.hblkhd);
 }
 
-#elif defined(__APPLE__)
-
-double HeapInUse()
+double HeapBytesFromSystem()
 {
-    malloc_statistics_t info;
-    ::malloc_zone_statistics(nullptr, &info); // of all zones together
-    return static_cast<double>(info.size_in_use);
+    const struct mallinfo2 info = ::mallinfo2();
+    return static_cast<double>(info.arena + info.hblkhd);
 }
 
 #else
 
-double HeapInUse()
+double HeapBytesInUse()
+{
+    return 0;
+}
+
+double HeapBytesFromSystem()
 {
     return 0;
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <iostream>
+#include <utility>
 
 namespace Benchmarks {
 namespace {
@@ -26,6 +27,45 @@ std::string Time(double milliseconds)
     return Format(milliseconds < 10 ? "%.3f ms" : "%.0f ms", milliseconds);
 }
 
+bool Contains(const std::vector<std::string>& texts, const std::string& text)
+{
+    return std::find(texts.begin(), texts.end(), text) != texts.end();
+}
+
+/// The usual ones first, and all others as they come.
+std::vector<std::string> InColumnOrder(const std::vector<std::string>& doers)
+{
+    std::vector<std::string> columns;
+    for (const std::string& usual :
+         {Doer::library, Doer::laterPass, Doer::raw, Doer::polling, Doer::transcription, Doer::bare}) {
+        if (Contains(doers, usual))
+            columns.push_back(usual);
+    }
+    for (const std::string& doer : doers) {
+        if (!Contains(columns, doer))
+            columns.push_back(doer);
+    }
+    return columns;
+}
+
+void PrintHeader(std::ostream& out, const std::vector<std::string>& columns)
+{
+    std::string line = "|";
+    for (const std::string& column : columns) {
+        out << "| " << column << ' ';
+        line += "---|";
+    }
+    out << "|\n" << line << '\n';
+}
+
+std::string Joined(const std::vector<std::string>& texts)
+{
+    std::string joined;
+    for (const std::string& text : texts)
+        joined += (joined.empty() ? "" : "<br>") + text;
+    return joined.empty() ? "-" : joined;
+}
+
 } // namespace
 
 RatioTable& RatioTable::Instance()
@@ -37,7 +77,7 @@ RatioTable& RatioTable::Instance()
 void RatioTable::AddWork(const Work& work)
 {
     if (!FindRow(work.title))
-        rows.push_back({work, {}, {}});
+        rows.push_back({work, {}, {}, {}, {}});
 }
 
 RatioTable::Row* RatioTable::FindRow(const std::string& title)
@@ -55,46 +95,187 @@ bool RatioTable::ReportContext(const Context& /*context*/)
 void RatioTable::ReportRuns(const std::vector<Run>& runs)
 {
     for (const Run& run : runs) {
-        if (run.run_type != Run::RT_Iteration || run.error_occurred)
+        if (run.run_type != Run::RT_Iteration)
             continue;
         const std::string name = run.run_name.function_name;
         const std::size_t slash = name.rfind('/');
         Row* const row = FindRow(name.substr(0, slash));
         const std::string doer = name.substr(slash + 1);
+        if (run.error_occurred) {
+            row->failure = run.error_message;
+            std::cerr << name << ": " << run.error_message << std::endl;
+            continue;
+        }
+        if (!Contains(row->doers, doer))
+            row->doers.push_back(doer);
         const double milliseconds = run.GetAdjustedCPUTime();
         row->milliseconds[doer].push_back(milliseconds);
-        const auto memory = run.counters.find("bytesPerFile");
-        if (memory != run.counters.end())
-            row->bytesPerFile[doer] = memory->second;
+        for (const auto& [counter, value] : run.counters)
+            row->counters[doer][counter] = value;
         std::cerr << name << ": " << Time(milliseconds) << std::endl;
     }
 }
 
+bool RatioTable::IsMeasured(const Row& row)
+{
+    return row.failure.empty() && row.milliseconds.count(Doer::library) == 1;
+}
+
+std::vector<RatioTable::Outcome> RatioTable::Outcomes(const Row& row)
+{
+    return row.work.memory ? MemoryOutcomes(row) : TimeOutcomes(row);
+}
+
+std::vector<RatioTable::Outcome> RatioTable::TimeOutcomes(const Row& row)
+{
+    std::vector<Goal> goals = row.work.moreGoals;
+    if (row.work.mostRatio > 0)
+        goals.insert(goals.begin(), {row.work.against, row.work.mostRatio});
+
+    std::vector<Outcome> outcomes;
+    const double own = Median(row.milliseconds.at(Doer::library));
+    for (const Goal& goal : goals) {
+        const auto other = row.milliseconds.find(goal.against);
+        if (other == row.milliseconds.end())
+            continue; // left out by --benchmark_filter
+        const double ratio = own / Median(other->second);
+        const bool isMissed = ratio > goal.mostRatio;
+        std::string text = Format("at most %.2g x ", goal.mostRatio) + goal.against;
+        if (goal.kind == Goal::Kind::Stretch)
+            outcomes.push_back({"stretch: " + text + (isMissed ? ": not reached" : ": reached"), false});
+        else
+            outcomes.push_back(
+                {text + (isMissed ? Format(": **missed** (%.3f)", ratio) : ": met"), isMissed});
+    }
+    return outcomes;
+}
+
+std::vector<RatioTable::Outcome> RatioTable::MemoryOutcomes(const Row& row)
+{
+    std::vector<Outcome> outcomes;
+    const MemoryGoal& goal = *row.work.memory;
+    const std::map<std::string, double>& bytes = row.counters.at(Doer::library);
+    const auto growth = [&](const char* before, const char* after) {
+        return bytes.at(after) / bytes.at(before);
+    };
+    const auto add = [&](const std::string& text, double value, double most) {
+        const bool isMissed = value > most;
+        outcomes.push_back({text + (isMissed ? Format(": **missed** (%.4g)", value) : ": met"), isMissed});
+    };
+    add(Format("at most %.0f bytes in use after the start", goal.mostBytes), bytes.at("inUseAfterStart"),
+        goal.mostBytes);
+    add(Format("in use after the passes: at most %.3g x", goal.mostGrowth),
+        growth("inUseAfterStart", "inUseAfterPasses"), goal.mostGrowth);
+    add(Format("from the system after the passes: at most %.3g x", goal.mostGrowth),
+        growth("fromSystemAfterStart", "fromSystemAfterPasses"), goal.mostGrowth);
+    return outcomes;
+}
+
+void RatioTable::PrintTimes(std::ostream& out, const char* heading, IsWanted isWanted) const
+{
+    std::vector<const Row*> wanted;
+    std::vector<std::string> doers;
+    for (const Row& row : rows) {
+        if (row.work.memory || !IsMeasured(row) || !isWanted(row))
+            continue;
+        wanted.push_back(&row);
+        doers.insert(doers.end(), row.doers.begin(), row.doers.end());
+    }
+    if (wanted.empty())
+        return;
+
+    const std::vector<std::string> columns = InColumnOrder(doers);
+    std::vector<std::string> header = {"work"};
+    header.insert(header.end(), columns.begin(), columns.end());
+    header.emplace_back("goals");
+    out << "### " << heading << "\n\n";
+    PrintHeader(out, header);
+    for (const Row* row : wanted) {
+        const double own = Median(row->milliseconds.at(Doer::library));
+        out << "| " << row->work.title << " |";
+        for (const std::string& doer : columns) {
+            const auto values = row->milliseconds.find(doer);
+            if (values == row->milliseconds.end()) {
+                out << " |";
+                continue;
+            }
+            const double time = Median(values->second);
+            out << ' ' << Time(time) << (doer == Doer::library ? "" : Format(" (%.2f x)", own / time))
+                << " |";
+        }
+        std::vector<std::string> goals;
+        for (const Outcome& outcome : Outcomes(*row))
+            goals.push_back(outcome.text);
+        out << ' ' << Joined(goals) << " |\n";
+    }
+    out << '\n';
+}
+
+void RatioTable::PrintMemory(std::ostream& out) const
+{
+    bool isFirst = true;
+    for (const Row& row : rows) {
+        if (!row.work.memory || !IsMeasured(row))
+            continue;
+        if (std::exchange(isFirst, false)) {
+            out << "### Memory\n\nIn bytes a file: what is in use, and what the heap has taken from the "
+                   "system "
+                   "and keeps.\n\n";
+            PrintHeader(out, {"work", "by", "in use after the start", "after ten passes",
+                              "from the system after the start", "after ten passes", "goals"});
+        }
+        for (const std::string& doer : InColumnOrder(row.doers)) {
+            out << "| " << row.work.title << " | " << doer;
+            for (const char* counter :
+                 {"inUseAfterStart", "inUseAfterPasses", "fromSystemAfterStart", "fromSystemAfterPasses"})
+                out << " | " << Format("%.0f", row.counters.at(doer).at(counter));
+            std::vector<std::string> goals;
+            if (doer == Doer::library) {
+                for (const Outcome& outcome : Outcomes(row))
+                    goals.push_back(outcome.text);
+            }
+            out << " | " << Joined(goals) << " |\n";
+        }
+    }
+    if (!isFirst)
+        out << '\n';
+}
+
+void RatioTable::PrintMissedGoals(std::ostream& out) const
+{
+    int goals = 0;
+    int missed = 0;
+    std::string explanations;
+    for (const Row& row : rows) {
+        if (!row.failure.empty())
+            explanations += "- Not measured: " + row.work.title + ": " + row.failure + ".\n";
+        if (!IsMeasured(row))
+            continue;
+        bool missesAny = false;
+        for (const Outcome& outcome : Outcomes(row)) {
+            ++goals;
+            missed += outcome.isMissed ? 1 : 0;
+            missesAny = missesAny || outcome.isMissed;
+        }
+        if (missesAny)
+            explanations += "- " + row.work.title + ": "
+                            + (row.work.whyMissed.empty() ? "not explained yet." : row.work.whyMissed) + '\n';
+    }
+    out << "### Missed goals\n\n"
+        << missed << " of " << goals << " goals were missed" << (explanations.empty() ? "." : ":") << '\n'
+        << (explanations.empty() ? "" : "\n") << explanations;
+}
+
 void RatioTable::Print(std::ostream& out) const
 {
-    out << "| work | " << Doer::library << " | baselines | ratio | goal |\n|---|---|---|---|---|\n";
-    for (const Row& row : rows) {
-        const auto library = row.milliseconds.find(Doer::library);
-        if (library == row.milliseconds.end())
-            continue;
-        const double own = Median(library->second);
-        std::string baselines;
-        std::string ratios;
-        for (const auto& [doer, values] : row.milliseconds) {
-            if (doer == Doer::library)
-                continue;
-            const double other = Median(values);
-            const std::string separator = baselines.empty() ? "" : ", ";
-            baselines += separator + doer + ' ' + Time(other);
-            ratios += separator + Format("%.2f x ", own / other) + doer;
-        }
-        for (const auto& [doer, bytes] : row.bytesPerFile)
-            ratios += ", memory a file " + doer + ' ' + Format("%.0f bytes", bytes);
-        const std::string goal =
-            row.work.mostRatio > 0 ? Format("at most %.2g x ", row.work.mostRatio) + row.work.against : "-";
-        out << "| " << row.work.title << " | " << Time(own) << " | " << baselines << " | " << ratios << " | "
-            << goal << " |\n";
-    }
+    PrintTimes(out, "The watchers", [](const Row& row) {
+        return row.milliseconds.count(Doer::raw) + row.milliseconds.count(Doer::polling) > 0;
+    });
+    PrintTimes(out, "Other calls", [](const Row& row) {
+        return row.milliseconds.count(Doer::raw) + row.milliseconds.count(Doer::polling) == 0;
+    });
+    PrintMemory(out);
+    PrintMissedGoals(out);
 }
 
 } // namespace Benchmarks

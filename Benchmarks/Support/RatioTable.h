@@ -4,12 +4,14 @@
 
 #include <iosfwd>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace Benchmarks {
 
-/// Collects what the benchmarks measured and sets it down as a table in Markdown.
+/// Collects what the benchmarks measured and sets it down as tables in Markdown, with a column for each of
+/// those who did the work, and says of each goal whether it was met.
 class RatioTable : public benchmark::BenchmarkReporter
 {
 public:
@@ -26,11 +28,29 @@ private:
     struct Row
     {
         Work work;
-        std::map<std::string, std::vector<double>> milliseconds; ///< by doer, one a repetition
-        std::map<std::string, double> bytesPerFile;
+        std::vector<std::string> doers;                                ///< in the order of their first runs
+        std::map<std::string, std::vector<double>> milliseconds;       ///< by doer, one a repetition
+        std::map<std::string, std::map<std::string, double>> counters; ///< by doer and name
+        std::string failure;                                           ///< why it was not measured
     };
 
+    /// Whether a goal was met, and how it reads in the table.
+    struct Outcome
+    {
+        std::string text;
+        bool isMissed;
+    };
+
+    using IsWanted = bool (*)(const Row& row);
+
     Row* FindRow(const std::string& title);
+    static bool IsMeasured(const Row& row);
+    static std::vector<Outcome> Outcomes(const Row& row);
+    static std::vector<Outcome> TimeOutcomes(const Row& row);
+    static std::vector<Outcome> MemoryOutcomes(const Row& row);
+    void PrintTimes(std::ostream& out, const char* heading, IsWanted isWanted) const;
+    void PrintMemory(std::ostream& out) const;
+    void PrintMissedGoals(std::ostream& out) const;
 
     std::vector<Row> rows;
 };

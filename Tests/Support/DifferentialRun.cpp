@@ -247,6 +247,7 @@ void DifferentialRun::DoBoth(const std::string& step, Act act)
     act(*library);
     act(*reference);
     Compare();
+    NoteTargets();
 }
 
 void DifferentialRun::Compare()
@@ -281,7 +282,7 @@ void DifferentialRun::TakeOrderFromLibrary(QList<QFileInfo>& sorted) const
             rank(PathIn(entry));
     }
     const QList<QFileInfo> files = library->Files();
-    for (auto i = ranks.empty() ? std::min(filesBeforeStep, files.size()) : files.size(); i < files.size();
+    for (int i = ranks.empty() ? std::min(filesBeforeStep, files.size()) : files.size(); i < files.size();
          ++i)
         rank(files.at(i).filePath());
 
@@ -295,19 +296,23 @@ void DifferentialRun::TakeOrderFromLibrary(QList<QFileInfo>& sorted) const
     });
 }
 
-bool DifferentialRun::LeadsAnyPathElsewhere()
+void DifferentialRun::NoteTargets()
+{
+    for (const QFileInfo& info : reference->Files()) {
+        if (targets.count(info.filePath()) == 0)
+            targets.emplace(info.filePath(), QFileInfo(info.filePath()).canonicalFilePath());
+    }
+}
+
+bool DifferentialRun::LeadsAnyPathElsewhere() const
 {
     const QList<QFileInfo> files = reference->Files();
     return std::any_of(files.begin(), files.end(), [this](const QFileInfo& info) {
         const QString path = info.filePath();
         const QString target = QFileInfo(path).canonicalFilePath();
-        const auto known = targets.find(path);
-        if (known == targets.end()) {
-            targets.emplace(path, target);
-            return false;
-        }
+        const QString& known = targets.at(path);
         // A link that is gone, too, while the file that it led to is there.
-        return target.isEmpty() ? QFileInfo::exists(known->second) : known->second != target;
+        return target.isEmpty() ? QFileInfo::exists(known) : known != target;
     });
 }
 

@@ -51,7 +51,8 @@ private:
     void Compare();
     void Compare(const char* what, const Entries& library, const Entries& reference);
     void TakeOrderFromLibrary(QList<QFileInfo>& sorted) const;
-    bool LeadsAnyPathElsewhere();
+    void NoteTargets();
+    bool LeadsAnyPathElsewhere() const;
 
     const WatcherKind kind;
     const TimeZone zone;
@@ -63,7 +64,7 @@ private:
     std::unique_ptr<ComparedWatcher> library;
     std::unique_ptr<ComparedWatcher> reference;
     bool isWatching = false;
-    QList<QFileInfo>::size_type filesBeforeStep = 0;
+    int filesBeforeStep = 0;
     std::map<QString, QString> targets; ///< the paths without links, by path
     unsigned int generation = 0;        ///< what one of the predicates accepts depends on it
 

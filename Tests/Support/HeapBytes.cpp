@@ -8,8 +8,9 @@
 
 #ifdef __SANITIZE_ADDRESS__
 
-// The sanitizer has put functions of its own in the place of the C library's.
-#    include <sanitizer/allocator_interface.h>
+// The sanitizer has put functions of its own in the place of the C library's. Its header is not installed
+// with every compiler.
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 
 std::ptrdiff_t Tests::HeapBytesInUse()
 {

@@ -7,27 +7,32 @@
 
 namespace Tests {
 
-/// Makes a time zone the process's own while it lives: a text as TZ takes it, such as "CET-1".
+/// Makes a time zone the process's own while it lives: a text as TZ takes it, such as "CET-1", or a null one
+/// for the machine's.
 class TimeZone
 {
 public:
     explicit TimeZone(const QByteArray& zone) : wasSet(qEnvironmentVariableIsSet("TZ")), before(qgetenv("TZ"))
     {
-        qputenv("TZ", zone);
-        ::tzset();
+        Set(!zone.isNull(), zone);
     }
     ~TimeZone()
     {
-        if (wasSet)
-            qputenv("TZ", before);
-        else
-            qunsetenv("TZ");
-        ::tzset();
+        Set(wasSet, before);
     }
     TimeZone(const TimeZone&) = delete;
     TimeZone& operator=(const TimeZone&) = delete;
 
 private:
+    static void Set(bool isSet, const QByteArray& zone)
+    {
+        if (isSet)
+            qputenv("TZ", zone);
+        else
+            qunsetenv("TZ");
+        ::tzset();
+    }
+
     bool wasSet;
     QByteArray before;
 };
