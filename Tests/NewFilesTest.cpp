@@ -156,6 +156,21 @@ TEST_F(NewFilesTest, PutsEachNewFileAtItsIndex)
     EXPECT_THAT(Paths(), ElementsAre("a.txt", "b.txt", "c.txt", "d.txt", "e.txt", "f.txt"));
 }
 
+TEST_F(NewFilesTest, MakesRoomForAllInAnEmptySnapshot)
+{
+    for (int file = 0; file < 100; ++file)
+        folder.Write(QString::number(file));
+    NewFiles files = NewFiles::OfPass(snapshot, folder.Path(), source.GetToken());
+    ASSERT_TRUE(files.MoveNext());
+    files.TakeIn();
+    const QFileInfo* const before = &snapshot.GetFileInfos().first();
+
+    while (files.MoveNext())
+        files.TakeIn();
+
+    EXPECT_EQ(&snapshot.GetFileInfos().first(), before);
+}
+
 TEST_F(NewFilesTest, TakesNothingTwice)
 {
     Write({"a.txt", "b.txt"});
@@ -496,16 +511,49 @@ TEST_F(FileIdentityTest, IsTheCanonicalPathAfterAStartThatMetALink)
     EXPECT_EQ(IdentityOf(folder.Path()), Identity::CanonicalPath);
 }
 
-TEST_F(FileIdentityTest, IsTheCanonicalPathBelowAnyOtherFolderThanTheWatchedOne)
+TEST_F(FileIdentityTest, IsTheCanonicalPathBelowAnyOtherFolderThanTheWatchedOneAndFromThenOn)
 {
     folder.MakeFolder(QStringLiteral("sub"));
-    EXPECT_EQ(IdentityOf(folder.Path(QStringLiteral("sub"))), Identity::CanonicalPath);
 
+    EXPECT_EQ(IdentityOf(folder.Path(QStringLiteral("sub"))), Identity::CanonicalPath);
+    EXPECT_EQ(IdentityOf(folder.Path()), Identity::CanonicalPath);
+}
+
+TEST_F(FileIdentityTest, IsTheCanonicalPathBelowAFolderThatCanBeWrittenInSeveralWays)
+{
+    folder.MakeFolder(QStringLiteral("sub"));
     const CurrentFolder here(folder.Path());
     for (const QString& path : {QStringLiteral("sub"), QString(), folder.Path(QStringLiteral("sub/.."))}) {
+        snapshot.Clear();
         settings.dirPath = path;
         EXPECT_EQ(IdentityOf(path), Identity::CanonicalPath) << path.toStdString();
     }
+}
+
+TEST_F(FileIdentityTest, IsTheCanonicalPathAfterAStartOnAFolderThatCanBeWrittenInSeveralWays)
+{
+    const CurrentFolder here(folder.Path());
+    NewFiles::OfStart(snapshot, QString(), ListingOptions::Times::ReadLater, source.GetToken());
+
+    EXPECT_EQ(IdentityOf(folder.Path()), Identity::CanonicalPath);
+}
+
+TEST_F(FileIdentityTest, IsTheCanonicalPathAfterAFileFromElsewhereHasReplacedAnother)
+{
+    Have({"b.txt"});
+    ASSERT_EQ(IdentityOf(folder.Path()), Identity::Path);
+    ReplaceNextBy("a.txt");
+
+    EXPECT_EQ(IdentityOf(folder.Path()), Identity::CanonicalPath);
+}
+
+TEST_F(FileIdentityTest, StaysThePathWhenAFileHasChanged)
+{
+    Have({"a.txt"});
+    folder.SetModificationTime(QStringLiteral("a.txt"), QDateTime::fromMSecsSinceEpoch(1500000000123));
+    ASSERT_EQ(snapshot.Update(File("a.txt")), DirectorySnapshot::Difference::Changed);
+
+    EXPECT_EQ(IdentityOf(folder.Path()), Identity::Path);
 }
 
 TEST_F(NewFilesTest, AsksThePredicateAboutUnknownFilesOnly)

@@ -30,10 +30,11 @@ bool IsSameFile(const QFileInfo& entry, const QFileInfo& info, DirectorySnapshot
     if (identity == DirectorySnapshot::Identity::Path)
         return false;
     const QString canonicalPath = info.canonicalFilePath();
+    const QString canonicalPathOfEntry = entry.canonicalFilePath();
     // To QFileInfo::operator== all missing files are one and the same, since none has a canonical path.
-    if (canonicalPath.isEmpty())
+    if (canonicalPath.isEmpty() || canonicalPathOfEntry.isEmpty())
         return AbsolutePathOf(entry) == AbsolutePathOf(info);
-    return entry.canonicalFilePath() == canonicalPath;
+    return canonicalPathOfEntry == canonicalPath;
 }
 
 /// The time by which a pass may tell that the file at a path is unchanged. What a relative path means depends
@@ -130,7 +131,10 @@ DirectorySnapshot::Difference DirectorySnapshot::Update(const QFileInfo& info, I
 
 void DirectorySnapshot::Replace(int index, const QFileInfo& info, qint64 time)
 {
-    paths.remove(fileInfos.at(index).filePath());
+    const QString before = fileInfos.at(index).filePath();
+    if (before != info.filePath())
+        ExpectSeveralPathsOfOneFile();
+    paths.remove(before);
     fileInfos.replace(index, info);
     times.replace(index, time);
     paths.insert(info.filePath());
@@ -151,7 +155,7 @@ void DirectorySnapshot::Clear()
     times.clear();
     paths.clear();
     isSorted = true;
-    hasMetLinks = false;
+    identity = Identity::Path;
     ++revision;
 }
 

@@ -29,8 +29,8 @@ public:
     /// What tells that a file is one of the list.
     enum class Identity
     {
-        CanonicalPath, ///< as for QFileInfo::operator==: two paths may lead to one file by way of a link
-        Path           ///< faster, and the same where no scan has met a link
+        CanonicalPath, ///< as for QFileInfo::operator==: two paths may be those of one file
+        Path           ///< faster, and the same while every file has one path only
     };
 
     const QList<QFileInfo>& GetFileInfos() const { return fileInfos; }
@@ -63,9 +63,11 @@ public:
     /// Forgets all files.
     void Clear();
 
-    /// To be called when a scan has met a link. Entries may remember where their paths once led to.
-    void SetHasMetLinks() { hasMetLinks = true; }
-    bool HasMetLinks() const { return hasMetLinks; }
+    Identity GetIdentity() const { return identity; }
+    /// To be called when a scan has met a link, or has given the files other paths than those below the
+    /// watched folder. It holds until all files are forgotten: entries may remember where their paths once
+    /// led to.
+    void ExpectSeveralPathsOfOneFile() { identity = Identity::CanonicalPath; }
 
     /// Paths that a scan may leave out, since GetInfoIndex() finds each of them; null if it would not.
     const QSet<QString>* GetKnownPaths() const;
@@ -99,7 +101,7 @@ private:
     QVector<qint64> times; ///< of fileInfos, as ReadModificationTime() has them, or unreadableTime
     QSet<QString> paths;   ///< of fileInfos; smaller than the list when two entries have one path
     bool isSorted = true;
-    bool hasMetLinks = false;
+    Identity identity = Identity::Path;
     unsigned int revision = 0;
 };
 

@@ -6,16 +6,10 @@ namespace Zendra::LW {
 
 namespace {
 
-/// The files of the snapshot are below the watched folder, and their paths begin as it was given. Where there
-/// was never a link in between, two of them are never the same file.
-DirectorySnapshot::Identity IdentityAfter(const SortedFiles& scan, DirectorySnapshot& snapshot,
-                                          const QString& dirPath)
+/// Where there is no link, the files below a folder that is written in one way have one path each.
+bool HaveOnePathEach(const SortedFiles& scan, const QString& dirPath)
 {
-    if (scan.AreBehindLinks())
-        snapshot.SetHasMetLinks();
-    const bool mayBeLinked =
-        snapshot.HasMetLinks() || dirPath != snapshot.settings.dirPath || !IsAbsoluteAndClean(dirPath);
-    return mayBeLinked ? DirectorySnapshot::Identity::CanonicalPath : DirectorySnapshot::Identity::Path;
+    return !scan.AreBehindLinks() && IsAbsoluteAndClean(dirPath);
 }
 
 } // namespace
@@ -28,8 +22,10 @@ NewFiles NewFiles::OfStart(DirectorySnapshot& snapshot, const QString& dirPath, 
     options.nameFilters = settings.nameFilters;
     options.times = times;
     const SortedFiles scan = GetSortedFilesInDirRecursively(dirPath, settings.depth, options);
+    if (!HaveOnePathEach(scan, dirPath))
+        snapshot.ExpectSeveralPathsOfOneFile();
     snapshot.Reserve(scan.size());
-    return NewFiles(snapshot, scan, IdentityAfter(scan, snapshot, dirPath), Destination::End, token);
+    return NewFiles(snapshot, scan, Destination::End, token);
 }
 
 NewFiles NewFiles::OfPass(DirectorySnapshot& snapshot, const QString& dirPath, const WatchToken& token)
@@ -39,19 +35,19 @@ NewFiles NewFiles::OfPass(DirectorySnapshot& snapshot, const QString& dirPath, c
     options.nameFilters = settings.nameFilters;
     options.known = snapshot.GetKnownPaths();
     const SortedFiles scan = GetSortedFilesInDirRecursively(dirPath, settings.depth, options);
+    if (!HaveOnePathEach(scan, dirPath) || dirPath != settings.dirPath)
+        snapshot.ExpectSeveralPathsOfOneFile();
     const bool snapshotIsEmpty = snapshot.GetFileInfos().isEmpty();
     if (snapshotIsEmpty)
         snapshot.Reserve(scan.size());
     // Intended: an empty snapshot takes in every file, also one that equals another by way of a link.
-    return NewFiles(snapshot, scan, IdentityAfter(scan, snapshot, dirPath),
-                    snapshotIsEmpty ? Destination::End : Destination::NameIndex, token);
+    return NewFiles(snapshot, scan, snapshotIsEmpty ? Destination::End : Destination::NameIndex, token);
 }
 
 NewFiles::NewFiles(DirectorySnapshot& directorySnapshot, const SortedFiles& scannedFiles,
-                   DirectorySnapshot::Identity fileIdentity, Destination firstDestination,
-                   const WatchToken& token)
+                   Destination firstDestination, const WatchToken& token)
     : snapshot(directorySnapshot), filter(snapshot.settings.filter), scan(scannedFiles),
-      identity(fileIdentity), watch(token), snapshotWasEmpty(snapshot.GetFileInfos().isEmpty()),
+      identity(snapshot.GetIdentity()), watch(token), snapshotWasEmpty(snapshot.GetFileInfos().isEmpty()),
       destination(firstDestination), revision(snapshot.GetRevision())
 {
 }

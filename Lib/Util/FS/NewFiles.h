@@ -27,7 +27,7 @@ public:
     /// For a pass or a notice: each file goes to the index of its name.
     static NewFiles OfPass(DirectorySnapshot& snapshot, const QString& dirPath, const WatchToken& token);
 
-    /// What identifies the files below the folder, as far as this scan can tell.
+    /// What identifies the files while nothing else scans.
     DirectorySnapshot::Identity GetIdentity() const { return identity; }
     /// Whether the snapshot was empty when the walk began.
     bool FillEmptySnapshot() const { return snapshotWasEmpty; }
@@ -50,7 +50,7 @@ private:
     };
 
     NewFiles(DirectorySnapshot& directorySnapshot, const SortedFiles& scannedFiles,
-             DirectorySnapshot::Identity fileIdentity, Destination firstDestination, const WatchToken& token);
+             Destination firstDestination, const WatchToken& token);
 
     bool IsNew(const QFileInfo& info);
     bool FindIndex(const QFileInfo& info);
