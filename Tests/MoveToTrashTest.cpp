@@ -616,6 +616,22 @@ TEST_F(MoveToTrashTest, LeavesAHardLinkOnAFullDiskWhoseTwinOfTheSameNameIsInTheT
     EXPECT_EQ(TheOneInTheTrash(), twin);
 }
 
+TEST_F(MoveToTrashTest, LeavesAHardLinkOnAFullDiskWhoseTwinOfTheSameNameHasALaterNameInTheTrash)
+{
+    EXPECT_TRUE(Trash(Write("work/one/same")));
+    const std::string twin = Write("work/two/same");
+    const std::string file = Path("work/same");
+    std::filesystem::create_hard_link(twin, file);
+    EXPECT_TRUE(Trash(twin));
+    ASSERT_TRUE(IsThere(Path("home/data/Trash/files/same.2")));
+    std::filesystem::remove(Path("home/data/Trash/files/same"));
+    std::filesystem::remove(Path("home/data/Trash/info/same.trashinfo"));
+
+    ExpectRefused(file, {unableToWrite});
+
+    EXPECT_EQ(TheOneInTheTrash(), twin);
+}
+
 TEST_F(MoveToTrashTest, LeavesAFileOnAFullDiskThatTheTrashKeepsUnderAnotherName)
 {
     const std::string file = Write("work/file");

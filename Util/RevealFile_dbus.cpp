@@ -101,7 +101,7 @@ private:
 /// on it.
 QByteArray SessionBusAddress()
 {
-    const QByteArray address = qgetenv("DBUS_SESSION_BUS_ADDRESS");
+    QByteArray address = qgetenv("DBUS_SESSION_BUS_ADDRESS");
     if (!address.isEmpty())
         return address;
     const QByteArray socket = qgetenv("XDG_RUNTIME_DIR") + "/bus";
