@@ -81,6 +81,8 @@ std::string DifferentialRun::Play(Choices& choices, int operationCount)
         if (LeadsAnyPathElsewhere())
             Renew();
         TakeStep(choices);
+        // Where the files that the step has added lead now: the next operations may change it.
+        LeadsAnyPathElsewhere();
     }
     if (difference.empty())
         return {};
