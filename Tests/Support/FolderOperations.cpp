@@ -185,7 +185,9 @@ fs::path FolderOperations::ChooseFolder(Choices& choices) const
 
 fs::path FolderOperations::NewFile(Choices& choices) const
 {
-    return ChooseFolder(choices) / fileNames[choices.Below(fileNames.size())];
+    // One after the other, or each compiler plays games of its own.
+    const char* const name = fileNames[choices.Below(fileNames.size())];
+    return ChooseFolder(choices) / name;
 }
 
 fs::path FolderOperations::ExistingFolder(Choices& choices) const
@@ -230,7 +232,8 @@ std::string FolderOperations::MakeLink(Choices& choices)
         return Described("remove", path);
     }
     const fs::path target = ChooseFolder(choices);
-    const fs::path path = ChooseFolder(choices) / folderLinkNames[choices.Below(folderLinkNames.size())];
+    const char* const name = folderLinkNames[choices.Below(folderLinkNames.size())];
+    const fs::path path = ChooseFolder(choices) / name;
     fs::create_directory_symlink(choices.OneIn(2) ? target : target.lexically_relative(path.parent_path()),
                                  path, error);
     return Described("link folder", target, path);
