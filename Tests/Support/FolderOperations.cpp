@@ -257,7 +257,9 @@ std::string FolderOperations::MakeLink(Choices& choices)
         return Described("remove", path);
     }
     const fs::path target = ChooseFolder(choices);
-    const fs::path path = ChooseFolder(choices) / folderLinkNames[choices.Below(folderLinkNames.size())];
+    // One after the other, or each compiler plays games of its own.
+    const char* const name = folderLinkNames[choices.Below(folderLinkNames.size())];
+    const fs::path path = ChooseFolder(choices) / name;
     fs::create_directory_symlink(choices.OneIn(2) ? target : target.lexically_relative(path.parent_path()),
                                  path, error);
     return Described("link folder", target, path);

@@ -155,7 +155,7 @@ void DirectorySnapshot::Clear()
     times.clear();
     paths.clear();
     isSorted = true;
-    identity = Identity::Path;
+    fileIdentity = Identity::Path;
     ++revision;
 }
 

@@ -63,11 +63,11 @@ public:
     /// Forgets all files.
     void Clear();
 
-    Identity GetIdentity() const { return identity; }
+    Identity GetIdentity() const { return fileIdentity; }
     /// To be called when a scan has met a link, or has given the files other paths than those below the
     /// watched folder. It holds until all files are forgotten: entries may remember where their paths once
     /// led to.
-    void ExpectSeveralPathsOfOneFile() { identity = Identity::CanonicalPath; }
+    void ExpectSeveralPathsOfOneFile() { fileIdentity = Identity::CanonicalPath; }
 
     /// Paths that a scan may leave out, since GetInfoIndex() finds each of them; null if it would not.
     const QSet<QString>* GetKnownPaths() const;
@@ -101,7 +101,7 @@ private:
     QVector<qint64> times; ///< of fileInfos, as ReadModificationTime() has them, or unreadableTime
     QSet<QString> paths;   ///< of fileInfos; smaller than the list when two entries have one path
     bool isSorted = true;
-    Identity identity = Identity::Path;
+    Identity fileIdentity = Identity::Path;
     unsigned int revision = 0;
 };
 
