@@ -63,9 +63,13 @@ QMessageBox::StandardButton AlertBox::Exec()
 {
     if (!box || box->isVisible())
         return QMessageBox::NoButton;
-    const CloseOnQuit filter(box);
+    const QPointer<QMessageBox> shown = box;
+    const CloseOnQuit filter(shown);
     // Nothing of this object after that: a slot may have destroyed it.
-    const int answer = box->exec();
+    const int answer = shown->exec();
+    // Qt 5 leaves it open when the application quits.
+    if (shown)
+        shown->hide();
     // Negative when a slot has hidden the box and the first Exec() has not returned yet.
     return answer < 0 ? QMessageBox::NoButton : static_cast<QMessageBox::StandardButton>(answer);
 }

@@ -105,9 +105,13 @@ QFileInfo DirectorySnapshot::Insert(int index, const QFileInfo& info)
 
 QFileInfo DirectorySnapshot::Add(int index, const ListedFile& file)
 {
-    const int before = index == -1 ? static_cast<int>(fileInfos.size()) : index;
-    fileInfos.insert(before, file.info);
-    times.insert(before, file.modificationTime);
+    if (index == -1) { // insert() would not use the room that was reserved
+        fileInfos.append(file.info);
+        times.append(file.modificationTime);
+    } else {
+        fileInfos.insert(index, file.info);
+        times.insert(index, file.modificationTime);
+    }
     paths.insert(file.info.filePath());
     ++revision;
     return file.info;
