@@ -529,7 +529,7 @@ QString LongPath(const QString& root, int bytes)
 {
     QString path = root;
     // What is added has as many characters as bytes; the path so far may have fewer.
-    bytes -= QFile::encodeName(path).size() - path.size();
+    bytes -= static_cast<int>(QFile::encodeName(path).size() - path.size());
     while (bytes - path.size() > 255)
         path += QLatin1Char('/') + QString(200, QLatin1Char('d'));
     return path + QLatin1Char('/') + QString(bytes - path.size() - 1, QLatin1Char('f'));

@@ -284,7 +284,7 @@ void DifferentialRun::TakeOrderFromLibrary(QList<QFileInfo>& sorted) const
             rank(PathIn(entry));
     }
     const QList<QFileInfo> files = library->Files();
-    for (int i = ranks.empty() ? std::min(filesBeforeStep, files.size()) : files.size(); i < files.size();
+    for (auto i = ranks.empty() ? std::min(filesBeforeStep, files.size()) : files.size(); i < files.size();
          ++i)
         rank(files.at(i).filePath());
 

@@ -64,7 +64,7 @@ private:
     std::unique_ptr<ComparedWatcher> library;
     std::unique_ptr<ComparedWatcher> reference;
     bool isWatching = false;
-    int filesBeforeStep = 0;
+    QList<QFileInfo>::size_type filesBeforeStep = 0;
     std::map<QString, QString> targets; ///< the paths without links, by path
     unsigned int generation = 0;        ///< what one of the predicates accepts depends on it
 

@@ -13,7 +13,8 @@ namespace Tests {
 
 int OpenDescriptors()
 {
-    return QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::NoFilter | QDir::System).size();
+    const QDir descriptors(QStringLiteral("/proc/self/fd"));
+    return static_cast<int>(descriptors.entryList(QDir::NoFilter | QDir::System).size());
 }
 
 Helper::Helper(const QString& program, const QStringList& arguments)
