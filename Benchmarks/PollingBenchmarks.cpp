@@ -28,6 +28,26 @@ constexpr PassGoals usualGoals = {0.5, 1.6, 1.9, 2.2};
 constexpr PassGoals goalsOfAMillion = {0.6, 2.0, 2.0, 2.0};
 constexpr double stretchAgainstRaw = 1.3;
 
+constexpr auto whyStart = "A start reads the time of each file twice. QFileInfo keeps it for the "
+                          "application, but as local time, which "
+                          "costs more to convert than to read again; so the start reads it once more, and no "
+                          "pass has to convert it.";
+constexpr auto whyNameFilters = "Only QDir knows what a wildcard matches, so with name filters QDirIterator "
+                                "lists the folders, and makes a "
+                                "QFileInfo of every entry.";
+constexpr auto whyPredicate = "Every pass asks again about the files that the predicate rejects, and for "
+                              "that makes a QFileInfo of each, sorts "
+                              "them and looks them up.";
+constexpr auto whyPass = "A pass finds the path of each file in a set and reads its time in the order of "
+                         "names. The raw walk does neither.";
+
+const char* WhyPass(const PollSettings& settings)
+{
+    if (settings.predicate)
+        return whyPredicate;
+    return settings.nameFilters.isEmpty() ? whyPass : whyNameFilters;
+}
+
 /// All who poll one tree with the same settings.
 class Contest
 {
@@ -36,8 +56,8 @@ public:
             const PollSettings& settings = {}, const std::string& settingsText = {})
         : tree(std::move(polledTree)), goals(passGoals),
           title((settingsText.empty() ? "" : ", " + settingsText) + ", " + tree->GetShape().text),
-          repetitions(tree->IsLarge() ? 3 : 5), library(Library(tree, settings)),
-          raw(RawWalk(tree, settings)), poller(Poller(tree, settings)),
+          whyMissed(WhyPass(settings)), repetitions(tree->IsLarge() ? 3 : 5),
+          library(Library(tree, settings)), raw(RawWalk(tree, settings)), poller(Poller(tree, settings)),
           laterLibrary(std::make_shared<LaterPasses>(tree, library)),
           laterRaw(std::make_shared<LaterPasses>(tree, raw)),
           laterPoller(std::make_shared<LaterPasses>(tree, poller))
@@ -48,7 +68,8 @@ public:
 
     void AddStart()
     {
-        const Work work{"StartWatching" + title, Doer::polling, startAgainstPoller};
+        Work work{"StartWatching" + title, Doer::polling, startAgainstPoller};
+        work.whyMissed = whyStart;
         AddTimedStart(work, Doer::raw, raw);
         AddTimedStart(work, Doer::polling, poller);
         if (transcription)
@@ -58,7 +79,8 @@ public:
 
     void AddFirstPass()
     {
-        const Work work{"CheckFolder, first pass" + title, Doer::laterPass, firstPassAgainstLater};
+        Work work{"CheckFolder, first pass" + title, Doer::laterPass, firstPassAgainstLater};
+        work.whyMissed = whyMissed;
         AddTimedFirstPass(work, Doer::polling, poller);
         AddLaterPass(work, Doer::laterPass, laterLibrary);
         AddTimedFirstPass(work, Doer::library, library);
@@ -66,10 +88,11 @@ public:
 
     void AddLaterPass()
     {
-        const Work work{"CheckFolder, later pass, nothing changed" + title,
-                        Doer::polling,
-                        goals.poller,
-                        {{Doer::raw, goals.raw}, {Doer::raw, stretchAgainstRaw, Goal::Kind::Stretch}}};
+        Work work{"CheckFolder, later pass, nothing changed" + title,
+                  Doer::polling,
+                  goals.poller,
+                  {{Doer::raw, goals.raw}, {Doer::raw, stretchAgainstRaw, Goal::Kind::Stretch}}};
+        work.whyMissed = whyMissed;
         AddLaterPass(work, Doer::raw, laterRaw);
         AddLaterPass(work, Doer::polling, laterPoller);
         if (transcription)
@@ -99,10 +122,11 @@ public:
 
     void AddPassInAnotherOrder()
     {
-        const Work work{"CheckFolder, later pass, the folders are listed in another order" + title,
-                        Doer::polling,
-                        goals.poller,
-                        {{Doer::raw, goals.raw}}};
+        Work work{"CheckFolder, later pass, the folders are listed in another order" + title,
+                  Doer::polling,
+                  goals.poller,
+                  {{Doer::raw, goals.raw}}};
+        work.whyMissed = whyMissed;
         AddLaterPass(work, Doer::raw, laterRaw);
         AddLaterPass(work, Doer::polling, laterPoller);
         AddLaterPass(work, Doer::laterPass, laterLibrary);
@@ -157,6 +181,7 @@ private:
                                 const std::function<void(PolledTree&)>& change) const
     {
         Work work{"CheckFolder, later pass, " + what + title, Doer::raw, mostAgainstRaw};
+        work.whyMissed = whyMissed;
         if (tree->IsLarge())
             work.moreGoals.push_back({Doer::polling, goals.poller});
         for (const auto& [doer, later] :
@@ -176,6 +201,7 @@ private:
     std::shared_ptr<PolledTree> tree;
     PassGoals goals;
     std::string title;
+    std::string whyMissed; ///< for the goals of passes
     int repetitions;
     Start library;
     Start raw;
