@@ -156,7 +156,7 @@ void DirectorySnapshot::RemoveAt(int index)
 void DirectorySnapshot::Clear()
 {
     fileInfos.clear();
-    times.clear();
+    times = {}; // clear() would keep the memory
     paths.clear();
     isSorted = true;
     fileIdentity = Identity::Path;

@@ -52,7 +52,7 @@ QFileSystemWatcher* SystemWatcher::Start(const QString& dirPath, QObject* parent
 void SystemWatcher::Stop(RunningHandlers& handlers)
 {
     QFileSystemWatcher* const stopped = std::exchange(watcher, nullptr);
-    if (handlers.count == 0) {
+    if (!stopped || handlers.count == 0) {
         delete stopped;
         return;
     }

@@ -40,8 +40,8 @@ public:
     /// Begins to watch a folder, and no file yet. To be called only while nothing runs.
     /// @return the new QFileSystemWatcher, for its signals to be connected
     QFileSystemWatcher* Start(const QString& dirPath, QObject* parent);
-    /// Ends all notices. The QFileSystemWatcher is deleted at once, or when the last handler has ended. To be
-    /// called only while it runs.
+    /// Ends all notices. The QFileSystemWatcher is deleted at once, or when the last handler has ended. Does
+    /// nothing while nothing runs.
     void Stop(RunningHandlers& handlers);
     /// Failures are ignored: such a file stays without notices. Both do nothing while nothing runs.
     void AddPath(const QString& path);
