@@ -2,6 +2,7 @@
 
 #include "Lib/Util/FS/FolderScan.h"
 #include "Tests/Support/CurrentFolder.h"
+#include "Tests/Support/FileTexts.h"
 #include "Tests/Support/TempFolder.h"
 
 #include <QDateTime>
@@ -23,21 +24,10 @@ using testing::IsEmpty;
 using testing::SizeIs;
 using testing::UnorderedElementsAre;
 using Tests::CurrentFolder;
+using Tests::PathsOf;
 using Tests::TempFolder;
+using Tests::Texts;
 using Difference = DirectorySnapshot::Difference;
-
-using Texts = std::vector<std::string>;
-
-Texts PathsOf(const QList<QFileInfo>& files, const QString& below = QString())
-{
-    Texts paths;
-    for (const QFileInfo& info : files) {
-        const QString path = info.filePath();
-        const bool isBelow = !below.isEmpty() && path.startsWith(below + QLatin1Char('/'));
-        paths.push_back((isBelow ? path.mid(below.size() + 1) : path).toStdString());
-    }
-    return paths;
-}
 
 /// A snapshot of real files, which are equal to one another only if they are the same file.
 class DirectorySnapshotTest : public testing::Test

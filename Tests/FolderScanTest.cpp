@@ -2,6 +2,7 @@
 
 #include "Tests/Support/ByteFolder.h"
 #include "Tests/Support/CurrentFolder.h"
+#include "Tests/Support/FileTexts.h"
 #include "Tests/Support/TempFolder.h"
 #include "Tests/Support/Unprivileged.h"
 #include "Tests/Support/WildFolder.h"
@@ -36,32 +37,14 @@ using testing::UnorderedElementsAre;
 using testing::UnorderedElementsAreArray;
 using Tests::ByteFolder;
 using Tests::CurrentFolder;
+using Tests::NamesOf;
+using Tests::PathsOf;
 using Tests::TempFolder;
+using Tests::Texts;
 using Tests::Unprivileged;
 using Tests::WildFolder;
 
-using Texts = std::vector<std::string>;
-
 constexpr unsigned int everyLevel = std::numeric_limits<unsigned int>::max();
-
-Texts PathsOf(const QList<QFileInfo>& files, const QString& below = QString())
-{
-    Texts paths;
-    for (const QFileInfo& info : files) {
-        const QString path = info.filePath();
-        const bool isBelow = !below.isEmpty() && path.startsWith(below + QLatin1Char('/'));
-        paths.push_back((isBelow ? path.mid(below.size() + 1) : path).toStdString());
-    }
-    return paths;
-}
-
-Texts NamesOf(const QList<QFileInfo>& files)
-{
-    Texts names;
-    for (const QFileInfo& info : files)
-        names.push_back(info.fileName().toStdString());
-    return names;
-}
 
 std::string Native(const QString& path)
 {

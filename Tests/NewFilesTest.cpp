@@ -1,6 +1,7 @@
 #include "Lib/Util/FS/NewFiles.h"
 
 #include "Tests/Support/CurrentFolder.h"
+#include "Tests/Support/FileTexts.h"
 #include "Tests/Support/TempFolder.h"
 
 #include <QDateTime>
@@ -23,28 +24,10 @@ using testing::IsEmpty;
 using testing::SizeIs;
 using testing::UnorderedElementsAre;
 using Tests::CurrentFolder;
+using Tests::NamesOf;
+using Tests::PathsOf;
 using Tests::TempFolder;
-
-using Texts = std::vector<std::string>;
-
-Texts PathsOf(const QList<QFileInfo>& files, const QString& below = QString())
-{
-    Texts paths;
-    for (const QFileInfo& info : files) {
-        const QString path = info.filePath();
-        const bool isBelow = !below.isEmpty() && path.startsWith(below + QLatin1Char('/'));
-        paths.push_back((isBelow ? path.mid(below.size() + 1) : path).toStdString());
-    }
-    return paths;
-}
-
-Texts NamesOf(const QList<QFileInfo>& files)
-{
-    Texts names;
-    for (const QFileInfo& info : files)
-        names.push_back(info.fileName().toStdString());
-    return names;
-}
+using Tests::Texts;
 
 /// A walk over the new files of a folder, each of which enters the snapshot.
 class NewFilesTest : public testing::Test

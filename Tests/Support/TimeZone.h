@@ -16,10 +16,7 @@ public:
     {
         Set(!zone.isNull(), zone);
     }
-    ~TimeZone()
-    {
-        Set(wasSet, before);
-    }
+    ~TimeZone() { Set(wasSet, before); }
     TimeZone(const TimeZone&) = delete;
     TimeZone& operator=(const TimeZone&) = delete;
 
