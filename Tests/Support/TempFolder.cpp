@@ -48,7 +48,11 @@ TempFolder::TempFolder()
 
 TempFolder::~TempFolder()
 {
-    Open(Native(Path()).toStdString());
+    const std::filesystem::path folder = Native(Path()).toStdString();
+    Open(folder);
+    // QTemporaryDir cannot delete a name that is no text.
+    std::error_code ignored;
+    std::filesystem::remove_all(folder, ignored);
 }
 
 QString TempFolder::Write(const QString& relativePath, const QByteArray& content) const
