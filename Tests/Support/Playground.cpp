@@ -1,10 +1,5 @@
 #include "Tests/Support/Playground.h"
 
-#include <QDir>
-#include <QFileInfo>
-
-#include <stdexcept>
-
 namespace Tests {
 
 Playground::Playground()
@@ -12,9 +7,8 @@ Playground::Playground()
     // Some levels down: relative links that were moved then still lead to somewhere inside the temporary
     // folder.
     const QString levels = QStringLiteral("1/2/3/4/5/playground");
-    if (!holder.isValid() || !QDir(holder.path()).mkpath(levels))
-        throw std::runtime_error("cannot make a playground in " + holder.path().toStdString());
-    path = QFileInfo(holder.filePath(levels)).canonicalFilePath();
+    folder.MakeFolder(levels);
+    path = folder.Path(levels);
 }
 
 } // namespace Tests

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "Tests/Support/TempFolder.h"
+
 #include <QString>
-#include <QTemporaryDir>
 
 namespace Tests {
 
@@ -14,7 +15,7 @@ public:
     QString Path() const { return path; }
 
 private:
-    QTemporaryDir holder;
+    TempFolder folder;
     QString path;
 };
 
