@@ -2,6 +2,7 @@
 
 #include "Tests/Support/ByteFolder.h"
 
+#include <QByteArray>
 #include <QDir>
 #include <QStorageInfo>
 
@@ -86,10 +87,12 @@ protected:
             const std::string name = file.path().filename();
             const std::string info = ContentOf(trash / "info" / (name + ".trashinfo"));
             const size_t start = info.find("\nPath=");
-            const std::string path = start == std::string::npos
-                                         ? name
-                                         : info.substr(start + 6, info.find('\n', start + 6) - start - 6);
-            trashed[path] = ContentOf(file.path());
+            // Encoded as in a URI.
+            const std::string rest = start == std::string::npos ? std::string() : info.substr(start + 6);
+            const std::string path =
+                QByteArray::fromPercentEncoding(QByteArray::fromStdString(rest.substr(0, rest.find('\n'))))
+                    .toStdString();
+            trashed[start == std::string::npos ? name : path] = ContentOf(file.path());
         }
         return trashed;
     }
