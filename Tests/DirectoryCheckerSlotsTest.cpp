@@ -513,5 +513,18 @@ TEST_F(DirectoryCheckerSlotsTest, SeesInThePassWhatASlotDoesToTheFilesThatAreSti
     EXPECT_THAT(Check(), ElementsAre("FileAdded d.txt"));
 }
 
+TEST_F(DirectoryCheckerSlotsTest, SeesInThePassThatASlotRenamesTheFolderOfTheFilesThatAreStillToCome)
+{
+    for (const char* name : {"sub/a.txt", "sub/b.txt", "sub/c.txt", "sub/d.txt"})
+        folder.Write(Text(name));
+    Start(1);
+    folder.Touch(Text("sub/b.txt"));
+    QObject::connect(&checker, &DirectoryChecker::FileChanged,
+                     [&] { folder.Rename(Text("sub"), Text(".hidden")); });
+
+    EXPECT_THAT(Check(),
+                ElementsAre("FileChanged sub/b.txt", "FileRemoved sub/c.txt", "FileRemoved sub/d.txt"));
+}
+
 } // namespace
 } // namespace Tests

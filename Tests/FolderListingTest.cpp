@@ -134,7 +134,7 @@ void ExpectTheListingOfQt(const QString& path)
 
         EXPECT_EQ(FilesOf(listing), FilesOf(expected));
         EXPECT_EQ(Texts(listing.subfolders), Texts(expected.subfolders));
-        EXPECT_EQ(listing.behindLinks, expected.behindLinks);
+        EXPECT_EQ(listing.hasLinks, expected.hasLinks);
     }
 }
 
@@ -359,14 +359,14 @@ TEST_P(ListingWayTest, TellsWhetherThereAreLinks)
 {
     folder.Write(QStringLiteral("a"));
     folder.MakeFolder(QStringLiteral("sub"));
-    EXPECT_FALSE(List({}).behindLinks);
+    EXPECT_FALSE(List({}).hasLinks);
 
     folder.Link(QStringLiteral("a"), QStringLiteral("link"));
-    EXPECT_TRUE(List({}).behindLinks);
+    EXPECT_TRUE(List({}).hasLinks);
     folder.Remove(QStringLiteral("link"));
 
     folder.Link(QStringLiteral("sub"), QStringLiteral("link"));
-    EXPECT_TRUE(List({}).behindLinks);
+    EXPECT_TRUE(List({}).hasLinks);
 }
 
 #ifdef __linux__

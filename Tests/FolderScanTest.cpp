@@ -744,13 +744,13 @@ TEST_F(DirectoryScanTest, LeavesOutKnownFilesInEveryFolder)
 TEST_F(DirectoryScanTest, TellsWhetherItMetALinkAnywhere)
 {
     folder.Write(QStringLiteral("1/2/a.txt"));
-    EXPECT_FALSE(GetFilesInDirRecursively(folder.Path(), 3, {}).behindLinks);
+    EXPECT_FALSE(GetFilesInDirRecursively(folder.Path(), 3, {}).hasLinks);
 
     folder.Link(QStringLiteral("a.txt"), QStringLiteral("1/2/b.txt"));
 
-    EXPECT_FALSE(GetFilesInDirRecursively(folder.Path(), 1, {}).behindLinks);
-    EXPECT_TRUE(GetFilesInDirRecursively(folder.Path(), 3, {}).behindLinks);
-    EXPECT_TRUE(GetSortedFilesInDirRecursively(folder.Path(), 3, {}).AreBehindLinks());
+    EXPECT_FALSE(GetFilesInDirRecursively(folder.Path(), 1, {}).hasLinks);
+    EXPECT_TRUE(GetFilesInDirRecursively(folder.Path(), 3, {}).hasLinks);
+    EXPECT_TRUE(GetSortedFilesInDirRecursively(folder.Path(), 3, {}).HasLinks());
 }
 
 } // namespace

@@ -93,7 +93,7 @@ protected:
         NewFiles files = NewFiles::OfPass(snapshot, path, source.GetToken());
         while (files.MoveNext()) {
             const QFileInfo info = files.Get();
-            taken.push_back({PathsOf({info}, folder.Path()).front(), files.FillEmptySnapshot()});
+            taken.push_back({PathsOf({info}, folder.Path()).front(), files.SnapshotWasEmpty()});
             EXPECT_EQ(files.TakeIn().filePath(), info.filePath());
             if (afterEach)
                 afterEach(info.fileName());
@@ -444,6 +444,22 @@ TEST_F(InitialFilesTest, HaveTheTimesOfTheListingOnlyWhereThatIsWanted)
     }
 }
 
+TEST_F(NewFilesTest, AreComparedByTheirCanonicalPathsAsSoonAsASlotHasScannedAnotherFolder)
+{
+    Have({"0.txt"});
+    Write({"a.txt", "b.txt"});
+    const TempFolder elsewhere;
+    elsewhere.Link(folder.Path(), QStringLiteral("link"));
+    afterEach = [&](const QString& name) {
+        if (name == QStringLiteral("a.txt") && taken.size() == 1)
+            Pass(elsewhere.Path(QStringLiteral("link")));
+    };
+
+    Pass();
+
+    EXPECT_THAT(NamesOf(snapshot.GetFileInfos()), ElementsAre("0.txt", "a.txt", "b.txt"));
+}
+
 /// What tells that a listed file is one of the snapshot: where there is no link, its path alone.
 class FileIdentityTest : public NewFilesTest
 {
@@ -452,7 +468,8 @@ protected:
 
     Identity IdentityOf(const QString& path)
     {
-        return NewFiles::OfPass(snapshot, path, source.GetToken()).GetIdentity();
+        NewFiles::OfPass(snapshot, path, source.GetToken());
+        return snapshot.GetIdentity();
     }
 };
 

@@ -126,6 +126,55 @@ TEST_F(PredicateInCheckerStartTest, EndsItByAnotherStart)
     EXPECT_THAT(Check(), IsEmpty());
 }
 
+TEST_F(PredicateInCheckerStartTest, LeavesNothingOfTheStartThatItEndsByAnotherOne)
+{
+    const TempFolder other;
+    other.Write(Text("z"));
+
+    EXPECT_FALSE(StartWith([&](const QFileInfo& info) {
+        return !IsNamed(info, "c") || checker.StartWatching(other.Path(), {}, {}, 0);
+    }));
+
+    EXPECT_THAT(Names(checker), ElementsAre("z"));
+}
+
+TEST_F(PredicateInCheckerStartTest, LeavesItAsItWasWhenTheOtherStartThrows)
+{
+    const TempFolder other;
+    other.Write(Text("z"));
+
+    EXPECT_FALSE(StartWith([&](const QFileInfo& info) {
+        if (IsNamed(info, "c")) {
+            EXPECT_THROW(
+                checker.StartWatching(
+                    other.Path(), {}, [](const QFileInfo&) -> bool { throw std::runtime_error("no"); }, 0),
+                std::runtime_error);
+        }
+        return true;
+    }));
+
+    EXPECT_THAT(Names(checker), IsEmpty());
+    EXPECT_THAT(signalLog.Entries(), IsEmpty());
+    EXPECT_TRUE(checker.StartWatching(other.Path(), {}, {}, 0));
+}
+
+TEST_F(PredicateInCheckerStartTest, MayChangeThePathThatTheCallerHasGiven)
+{
+    QString path = folder.Path();
+
+    EXPECT_TRUE(checker.StartWatching(
+        path, {},
+        [&](const QFileInfo&) {
+            path = QStringLiteral("/");
+            return true;
+        },
+        0));
+
+    EXPECT_EQ(checker.GetWatchedDirPath(), folder.Path());
+    EXPECT_THAT(signalLog.Entries(),
+                ElementsAre("PathChanged " + folder.Path().toStdString(), "WatchingStarted"));
+}
+
 TEST_F(PredicateInCheckerStartTest, EndsItByAnotherStartThatItStopsAgain)
 {
     const TempFolder other;
@@ -238,6 +287,42 @@ TEST_F(PredicateInWatcherStartTest, SeesTheNewPath)
     }));
 
     EXPECT_THAT(seen, ElementsAre(folder.Path(), folder.Path(), folder.Path(), folder.Path()));
+}
+
+/// Throws when it is copied into the watcher.
+struct UncopyablePredicate
+{
+    UncopyablePredicate(const int& copiesThatWork) : left(copiesThatWork) {}
+    UncopyablePredicate(const UncopyablePredicate& other) : left(other.left - 1)
+    {
+        if (left < 0)
+            throw std::runtime_error("no");
+    }
+    bool operator()(const QFileInfo&) const { return true; }
+    int left;
+};
+
+TEST_F(PredicateInWatcherStartTest, MayThrowWhenItIsCopiedInsideASlot)
+{
+    ASSERT_TRUE(StartWith({}));
+    const Predicate predicate = UncopyablePredicate(1);
+    Write({"e"});
+    int refused = 0;
+    QObject::connect(watcher.get(), &Zendra::LW::IDirectoryWatcher::FileAdded, [&] {
+        watcher->StopWatching();
+        try {
+            StartWith(predicate);
+        } catch (const std::runtime_error&) {
+            ++refused;
+        }
+    });
+
+    watcher->OnDirectoryChanged(folder.Path());
+
+    EXPECT_EQ(refused, 1);
+    EXPECT_EQ(System(), nullptr);
+    EXPECT_EQ(watcher->GetWatchedDirPath(), folder.Path());
+    EXPECT_TRUE(StartWith({}));
 }
 
 TEST_F(PredicateInWatcherStartTest, EndsItByAStop)

@@ -51,13 +51,11 @@ struct DirectoryChecker::Impl
             files.TakeIn();
     }
 
-    /// @return what identifies the files for the rest of the pass
-    DirectorySnapshot::Identity ReportNewFiles(DirectoryChecker& checker, const QString& path)
+    void ReportNewFiles(DirectoryChecker& checker, const QString& path)
     {
         NewFiles files = NewFiles::OfPass(snapshot, path, watch.GetToken());
         while (files.MoveNext())
             Q_EMIT checker.FileAdded(files.TakeIn());
-        return files.GetIdentity();
     }
 
     void ReportDifference(DirectoryChecker& checker, const QString& filePath,
@@ -94,6 +92,7 @@ bool DirectoryChecker::StartWatching(const QString& dirPath, const QStringList& 
         return false;
     }
 
+    const QString path = dirPath; // the predicate or a slot may change or destroy the caller's
     // Nothing stays of a start whose predicate begins another one.
     impl->UndoStart();
     impl->watch.Invalidate();
@@ -104,15 +103,15 @@ bool DirectoryChecker::StartWatching(const QString& dirPath, const QStringList& 
             impl->UndoStart();
     });
     impl->snapshot.settings = {nameFilters, MakeSharedPredicate(filter), QString(), depth};
-    impl->TakeInitialFiles(dirPath, token);
+    impl->TakeInitialFiles(path, token);
     undoStart.dismiss();
     // The predicate has begun another watch.
     if (token.IsExpired())
         return false;
 
     impl->beforeStart.reset();
-    impl->snapshot.settings.dirPath = dirPath;
-    Q_EMIT PathChanged(dirPath);
+    impl->snapshot.settings.dirPath = path;
+    Q_EMIT PathChanged(path);
     if (!token.IsExpired())
         Q_EMIT WatchingStarted();
     return true;
@@ -139,15 +138,14 @@ QList<QFileInfo> DirectoryChecker::GetFileInfoList() const
 void DirectoryChecker::CheckFolder()
 {
     const WatchToken watch = impl->watch.GetToken();
-    // A pass that a slot makes looks at every known file and so ends this one: a file that it dropped would
-    // otherwise stand for another one here.
+    // A pass that a slot makes looks at every known file, so it ends this one: a file that it has removed
+    // would otherwise stand for another one here. Intended: OnFileChanged() does not end it.
     impl->pass.Invalidate();
     const WatchToken pass = impl->pass.GetToken();
 
     const DirectorySnapshot::KnownFiles known = impl->snapshot.GetKnownFiles();
     // Intended: no test whether it is watching; an idle checker scans the current folder.
-    const DirectorySnapshot::Identity identity =
-        impl->ReportNewFiles(*this, QString(impl->snapshot.settings.dirPath));
+    impl->ReportNewFiles(*this, QString(impl->snapshot.settings.dirPath));
     FileTimeReader timeReader;
     for (int i = 0; i < known.infos.size(); ++i) {
         if (watch.IsExpired() || pass.IsExpired())
@@ -158,7 +156,7 @@ void DirectoryChecker::CheckFolder()
         if (knownTime != unreadableTime && timeReader.Read(info.filePath()) == knownTime)
             continue;
         timeReader.CloseFolder(); // a slot may rename it
-        impl->ReportDifference(*this, info.absoluteFilePath(), identity);
+        impl->ReportDifference(*this, info.absoluteFilePath(), impl->snapshot.GetIdentity());
     }
 }
 

@@ -57,7 +57,8 @@ public:
     /// The first half of a pass: takes in and reports what is new below a folder.
     void OnDirectoryChanged(const QString& path);
     /// The second half, for one file: reports its change or its removal. A path that is not in the snapshot
-    /// stands for the file at the place where its name would go, so pass only paths from the snapshot.
+    /// stands for the file at the place where its name would go, so pass only paths from the snapshot, and do
+    /// not call it in a slot during a pass.
     void OnFileChanged(const QString& filePath);
 
 private:

@@ -48,8 +48,9 @@ qint64 ReadTimeToCompare(const QString& path)
 ListedFile ReadNow(const QFileInfo& info)
 {
     const QString path = info.filePath();
-    // The time to compare with is read first, and into a QFileInfo that no predicate has asked yet: a change
-    // between the two is then reported by the next pass, and not missed.
+    // The time to compare with is read first, and the entry is a QFileInfo that no predicate has asked yet.
+    // If the file changes between the two, passes compare the entry itself; the other way round they would
+    // miss it.
     const qint64 time = ReadTimeToCompare(path);
     const QFileInfo entry(path);
     ReadMetadata(entry);

@@ -94,7 +94,7 @@ private:
     QList<QFileInfo> fileInfos;
 
 public:
-    /// Intended: right behind the list. Debuggers and older binaries read the fields in place.
+    /// Intended: right behind the list. Debuggers find the fields by their place.
     WatchSettings settings;
 
 private:

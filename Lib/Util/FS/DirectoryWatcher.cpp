@@ -66,7 +66,7 @@ DirectoryWatcher::DirectoryWatcher() : impl(std::make_unique<Impl>())
 DirectoryWatcher::~DirectoryWatcher()
 {
     // Otherwise QObject deletes it as a child.
-    if (impl->watcher.IsRunning() && impl->handlers->count > 0)
+    if (impl->handlers->count > 0)
         impl->watcher.Stop(*impl->handlers);
 }
 
@@ -127,7 +127,7 @@ void DirectoryWatcher::OnDirectoryChanged(const QString& path)
     // Intended: a folder notice only adds; changes and removals come with the file's own notice.
     while (files.MoveNext()) {
         // Intended: files that fill an empty snapshot are not registered.
-        if (!files.FillEmptySnapshot())
+        if (!files.SnapshotWasEmpty())
             impl->watcher.AddPath(AbsolutePathOf(files.Get()));
         Q_EMIT FileAdded(files.TakeIn());
     }

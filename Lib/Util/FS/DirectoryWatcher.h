@@ -17,13 +17,15 @@ namespace Zendra::LW {
 /// - A notice of a file reports its change or its removal.
 ///
 /// What it does not see: later changes of files that appeared while the snapshot was empty (they are not
-/// registered), of files beyond the system's limit, and of a file that another one was renamed over; anything
-/// at all once the root folder was deleted or renamed, or when it was missing at the start; most changes on
-/// network folders. DirectoryChecker sees all of these. QFileSystemWatcher registers slower the more files it
-/// has, so this class suits folders of hundreds or a few thousand files.
+/// registered), of files beyond the system's limit, and of a file that another one was renamed over; new
+/// files once the root folder was deleted or renamed, or when it was missing at the start; most changes on
+/// network folders. A file of a renamed root is reported as removed when it next changes. DirectoryChecker
+/// sees all of these. QFileSystemWatcher registers slower the more files it has, so this class suits folders
+/// of hundreds or a few thousand files.
 ///
 /// A slot may stop, restart or destroy the watcher that calls it; the predicate may stop it, but must
-/// neither destroy it nor run an event loop.
+/// neither destroy it nor run an event loop, nor throw in a notice that comes from the event loop: Qt does
+/// not support that.
 class LWUTILFS_EXPORT DirectoryWatcher : public IDirectoryWatcher
 {
     Q_OBJECT
@@ -44,7 +46,8 @@ public:
     bool StartWatching(const QString& dirPath, const QStringList& nameFilters,
                        const std::function<bool(const QFileInfo&)>& filter, unsigned int depth) override;
     void StopWatching() override;
-    /// The folder of the last successful start, also after a stop; empty before the first.
+    /// The folder of the last start, also after a stop; empty before the first. A start whose predicate threw
+    /// does not count.
     QString GetWatchedDirPath() const override;
     QList<QFileInfo> GetFileInfoList() const override;
 

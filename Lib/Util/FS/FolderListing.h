@@ -13,7 +13,7 @@ namespace Zendra::LW {
 /// A file as a listing found it.
 struct ListedFile
 {
-    QFileInfo info; ///< reads its size and times when it is first asked for one of them
+    QFileInfo info; ///< reads its size and times when it is first asked for them, by the listing or later
     /// Set if times were read while listing; the QFileInfo has then read its own, too.
     qint64 modificationTime = unreadableTime;
 };
@@ -21,7 +21,7 @@ struct ListedFile
 struct ListedFiles
 {
     QVector<ListedFile> files;
-    bool behindLinks = false; ///< whether any of them, or of the folders, is a symbolic link
+    bool hasLinks = false; ///< whether any of them, or of the folders, is a symbolic link
 };
 
 /// What to list of a folder.

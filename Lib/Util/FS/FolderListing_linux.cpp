@@ -124,7 +124,7 @@ private:
         if (!isListed)
             return;
         if (entry.d_type == DT_LNK || entry.d_type == DT_UNKNOWN)
-            listed.behindLinks = listed.behindLinks || info.isSymLink();
+            listed.hasLinks = listed.hasLinks || info.isSymLink();
         if (kind == Kind::Folder)
             subfolders.append(info.absoluteFilePath());
         else if (entry.d_type == DT_REG || !options.IsKnown(entryPath.Get()))
@@ -134,8 +134,10 @@ private:
     ListedFile ReadTimes(const dirent& entry, const QFileInfo& info) const
     {
         const qint64 time = ReadModificationTime(::dirfd(folder.get()), entry.d_name);
-        ReadMetadata(info);
-        return {info, time};
+        // Not the times that a link was asked for above: they may be older than the one to compare with.
+        const QFileInfo unread = entry.d_type == DT_REG ? info : QFileInfo(info.filePath());
+        ReadMetadata(unread);
+        return {unread, time};
     }
 
     const ListingOptions& options;

@@ -14,8 +14,10 @@ ListedFile MakeListedFile(const QFileInfo& info, ListingOptions::Times times)
     if (times == ListingOptions::Times::ReadLater || !IsAbsoluteAndClean(path))
         return {info};
     const qint64 time = ReadModificationTime(path);
-    ReadMetadata(info);
-    return {info, time};
+    // Not the times that the listing may have asked for: they may be older than the one to compare with.
+    const QFileInfo unread(path);
+    ReadMetadata(unread);
+    return {unread, time};
 }
 
 } // namespace
@@ -36,7 +38,7 @@ QStringList ListFolderWithQt(const QString& dirPath, const ListingOptions& optio
     while (entry.hasNext()) {
         entry.next();
         const QFileInfo info = entry.fileInfo();
-        listed.behindLinks = listed.behindLinks || info.isSymLink();
+        listed.hasLinks = listed.hasLinks || info.isSymLink();
         if (info.isDir())
             subfolders.append(info.absoluteFilePath());
         else if (!options.IsKnown(info.filePath()))

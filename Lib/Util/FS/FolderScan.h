@@ -17,7 +17,7 @@ QStringView FileNameIn(const QString& path);
 /// @param depth  levels of folders below dirPath to look into; 0 is dirPath alone
 ListedFiles GetFilesInDirRecursively(const QString& dirPath, unsigned int depth, ListingOptions options);
 
-/// Files in the order of their names. None is copied to be sorted.
+/// Files in the order of their names. Sorting moves indices, not files.
 class SortedFiles
 {
 public:
@@ -25,7 +25,7 @@ public:
 
     int size() const { return static_cast<int>(order.size()); }
     const ListedFile& at(int index) const { return listed.files.at(order.at(index)); }
-    bool AreBehindLinks() const { return listed.behindLinks; }
+    bool HasLinks() const { return listed.hasLinks; }
 
 private:
     ListedFiles listed;

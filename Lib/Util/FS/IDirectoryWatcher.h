@@ -47,10 +47,12 @@ public:
     ///                     none means every file
     /// @param filter       keeps a file only if it returns true; an empty one keeps every file. The watcher
     ///                     asks one copy of it, during the start and later, so a state that it has goes on
-    ///                     and the caller's own object is not touched. An exception from it passes to the
-    ///                     caller and leaves the watcher as it was before the call
+    ///                     and the caller's own object is not touched. An exception from it during the start
+    ///                     passes to the caller and leaves the watcher as it was before the call; in a later
+    ///                     pass the files that were reported before it stay
     /// @param depth        levels of folders below dirPath to look into; 0 is dirPath alone
-    /// @return false, with nothing changed and nothing emitted, when it is watching already
+    /// @return false, with nothing changed and nothing emitted, when it is watching already; also when the
+    ///         predicate has ended this start by stopping or restarting the watcher
     virtual bool StartWatching(const QString& dirPath, const QStringList& nameFilters,
                                const std::function<bool(const QFileInfo&)>& filter, unsigned int depth) = 0;
 
@@ -61,7 +63,8 @@ public:
     virtual QString GetWatchedDirPath() const = 0;
 
     /// The snapshot, in the order of file names. Each entry carries the size and the modification time
-    /// that were read when it entered; call QFileInfo::refresh() on a copy for those of now.
+    /// that were read when it entered, or at its last FileChanged(); call QFileInfo::refresh() on a copy for
+    /// those of now.
     virtual QList<QFileInfo> GetFileInfoList() const = 0;
 
     // No parameter has a name: names would be part of the meta-object.

@@ -9,7 +9,7 @@ namespace {
 /// Where there is no link, the files below a folder that is written in one way have one path each.
 bool HaveOnePathEach(const SortedFiles& scan, const QString& dirPath)
 {
-    return !scan.AreBehindLinks() && IsAbsoluteAndClean(dirPath);
+    return !scan.HasLinks() && IsAbsoluteAndClean(dirPath);
 }
 
 } // namespace
@@ -46,9 +46,9 @@ NewFiles NewFiles::OfPass(DirectorySnapshot& snapshot, const QString& dirPath, c
 
 NewFiles::NewFiles(DirectorySnapshot& directorySnapshot, const SortedFiles& scannedFiles,
                    Destination firstDestination, const WatchToken& token)
-    : snapshot(directorySnapshot), filter(snapshot.settings.filter), scan(scannedFiles),
-      identity(snapshot.GetIdentity()), watch(token), snapshotWasEmpty(snapshot.GetFileInfos().isEmpty()),
-      destination(firstDestination), revision(snapshot.GetRevision())
+    : snapshot(directorySnapshot), filter(snapshot.settings.filter), scan(scannedFiles), watch(token),
+      snapshotWasEmpty(snapshot.GetFileInfos().isEmpty()), destination(firstDestination),
+      revision(snapshot.GetRevision())
 {
 }
 
@@ -79,8 +79,8 @@ bool NewFiles::FindIndex(const QFileInfo& info)
     revision = snapshot.GetRevision();
     if (destination == Destination::End)
         return true;
-    index = snapshot.GetInfoIndex(info, identity);
-    return !snapshot.IsFileAt(index, info, identity);
+    index = snapshot.GetInfoIndex(info, snapshot.GetIdentity());
+    return !snapshot.IsFileAt(index, info, snapshot.GetIdentity());
 }
 
 QFileInfo NewFiles::TakeIn()

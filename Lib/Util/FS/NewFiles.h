@@ -27,10 +27,8 @@ public:
     /// For a pass or a notice: each file goes to the index of its name.
     static NewFiles OfPass(DirectorySnapshot& snapshot, const QString& dirPath, const WatchToken& token);
 
-    /// What identifies the files while nothing else scans.
-    DirectorySnapshot::Identity GetIdentity() const { return identity; }
     /// Whether the snapshot was empty when the walk began.
-    bool FillEmptySnapshot() const { return snapshotWasEmpty; }
+    bool SnapshotWasEmpty() const { return snapshotWasEmpty; }
     const SortedFiles& GetScan() const { return scan; }
 
     /// Goes to the next new file. @return false when there is none, or when the watch does not go on
@@ -58,7 +56,6 @@ private:
     DirectorySnapshot& snapshot;
     const FilePredicate filter;
     const SortedFiles scan;
-    const DirectorySnapshot::Identity identity;
     const WatchToken watch;
     const bool snapshotWasEmpty;
     Destination destination;

@@ -10,7 +10,8 @@ class QObject;
 
 namespace Zendra::LW {
 
-/// The handlers of notices that are running, one inside the other, and what was stopped from inside of them.
+/// Counts the handlers that are running, nested ones too, and keeps the watchers that were stopped meanwhile
+/// until the last one returns.
 ///
 /// A QFileSystemWatcher must not be deleted before its own notice has returned to it.
 struct RunningHandlers
