@@ -38,8 +38,10 @@ constexpr auto whyNameFilters = "Only QDir knows what a wildcard matches, so wit
 constexpr auto whyPredicate = "Every pass asks again about the files that the predicate rejects, and for "
                               "that makes a QFileInfo of each, sorts "
                               "them and looks them up.";
-constexpr auto whyPass = "A pass finds the path of each file in a set and reads its time in the order of "
-                         "names. The raw walk does neither.";
+constexpr auto whyPass = "A pass finds the path of each file in a set, and then reads the times in the order "
+                         "of names, in which the "
+                         "signals come. Where names alternate between folders, neighbours in that order are "
+                         "not neighbours in memory.";
 
 const char* WhyPass(const PollSettings& settings)
 {
