@@ -472,6 +472,18 @@ TEST_F(KnownTimesTest, AreThoseOfTheListingIfItHasReadThem)
     EXPECT_THAT(Times(), ElementsAre(laterTime));
 }
 
+TEST_F(KnownTimesTest, AreNotReadForNotices)
+{
+    snapshot = DirectorySnapshot(DirectorySnapshot::Use::Notices);
+    snapshot.Append({FileOfTime("b.txt", earlier)});
+    snapshot.Insert(0, FileOfTime("a.txt", earlier));
+    folder.SetModificationTime(QStringLiteral("b.txt"), later);
+    ASSERT_EQ(snapshot.Update(File("b.txt")), Difference::Changed);
+
+    EXPECT_THAT(Times(), ElementsAre(unreadableTime, unreadableTime));
+    EXPECT_EQ(snapshot.GetFileInfos().at(1).lastModified(), later);
+}
+
 TEST_F(KnownTimesTest, FollowTheEntries)
 {
     for (const char* path : {"a.txt", "b.txt", "c.txt"})

@@ -37,26 +37,6 @@ bool IsSameFile(const QFileInfo& entry, const QFileInfo& info, DirectorySnapshot
     return canonicalPathOfEntry == canonicalPath;
 }
 
-/// The time by which a pass may tell that the file at a path is unchanged. What a relative path means depends
-/// on the process's current folder, and an unclean one need not lead where absoluteFilePath() does.
-qint64 ReadTimeToCompare(const QString& path)
-{
-    return IsAbsoluteAndClean(path) ? ReadModificationTime(path) : unreadableTime;
-}
-
-/// A file with the size and times that it has now.
-ListedFile ReadNow(const QFileInfo& info)
-{
-    const QString path = info.filePath();
-    // The time to compare with is read first, and the entry is a QFileInfo that no predicate has asked yet.
-    // If the file changes between the two, passes compare the entry itself; the other way round they would
-    // miss it.
-    const qint64 time = ReadTimeToCompare(path);
-    const QFileInfo entry(path);
-    ReadMetadata(entry);
-    return {entry, time};
-}
-
 } // namespace
 
 int DirectorySnapshot::GetInfoIndex(const QFileInfo& info, Identity identity) const
@@ -89,6 +69,26 @@ void DirectorySnapshot::Reserve(int count)
     fileInfos.reserve(fileInfos.size() + count);
     times.reserve(times.size() + count);
     paths.reserve(paths.size() + count);
+}
+
+/// The time by which a pass may tell that the file at a path is unchanged. What a relative path means depends
+/// on the process's current folder, and an unclean one need not lead where absoluteFilePath() does.
+qint64 DirectorySnapshot::ReadTimeToCompare(const QString& path) const
+{
+    return use == Use::Passes && IsAbsoluteAndClean(path) ? ReadModificationTime(path) : unreadableTime;
+}
+
+/// A file with the size and times that it has now.
+ListedFile DirectorySnapshot::ReadNow(const QFileInfo& info) const
+{
+    const QString path = info.filePath();
+    // The time to compare with is read first, and the entry is a QFileInfo that no predicate has asked yet.
+    // If the file changes between the two, passes compare the entry itself; the other way round they would
+    // miss it.
+    const qint64 time = ReadTimeToCompare(path);
+    const QFileInfo entry(path);
+    ReadMetadata(entry);
+    return {entry, time};
 }
 
 QFileInfo DirectorySnapshot::Append(const ListedFile& file)

@@ -33,6 +33,15 @@ public:
         Path           ///< faster, and the same while every file has one path only
     };
 
+    /// What the snapshot is for.
+    enum class Use
+    {
+        Passes, ///< which compare the times of all files
+        Notices ///< which name the file that has changed; no time is read for passes
+    };
+
+    explicit DirectorySnapshot(Use intendedUse = Use::Passes) : use(intendedUse) {}
+
     const QList<QFileInfo>& GetFileInfos() const { return fileInfos; }
 
     /// The index of a file in the list, or of its name when the file is not in it.
@@ -85,6 +94,8 @@ public:
     unsigned int GetRevision() const { return revision; }
 
 private:
+    qint64 ReadTimeToCompare(const QString& path) const;
+    ListedFile ReadNow(const QFileInfo& info) const;
     bool IsIndexed() const { return isSorted && paths.size() == fileInfos.size(); }
     QFileInfo Add(int index, const ListedFile& file);
     bool HasOtherTime(int index, const QFileInfo& info) const;
@@ -100,6 +111,7 @@ public:
 private:
     QVector<qint64> times; ///< of fileInfos, as ReadModificationTime() has them, or unreadableTime
     QSet<QString> paths;   ///< of fileInfos; smaller than the list when two entries have one path
+    Use use;
     bool isSorted = true;
     Identity fileIdentity = Identity::Path;
     unsigned int revision = 0;

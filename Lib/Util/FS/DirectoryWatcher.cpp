@@ -33,7 +33,7 @@ QStringList PathsToRegister(const SortedFiles& files)
 struct DirectoryWatcher::Impl
 {
     SystemWatcher watcher; ///< runs while the DirectoryWatcher watches
-    DirectorySnapshot snapshot;
+    DirectorySnapshot snapshot{DirectorySnapshot::Use::Notices};
     WatchTokenSource watch;
     std::shared_ptr<RunningHandlers> handlers = std::make_shared<RunningHandlers>();
 
