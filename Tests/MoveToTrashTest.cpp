@@ -632,11 +632,11 @@ TEST_F(MoveToTrashTest, LeavesAHardLinkOnAFullDiskWhoseTwinOfTheSameNameHasALate
     EXPECT_EQ(TheOneInTheTrash(), twin);
 }
 
-TEST_F(MoveToTrashTest, LeavesAFileOnAFullDiskThatTheTrashKeepsUnderAnotherName)
+TEST_F(MoveToTrashTest, LeavesAFileWhoseNoteIsLostAndThatTheTrashKeepsUnderAnotherName)
 {
     const std::string file = Write("work/file");
 
-    ExpectRefused(file, {unableToWrite, renamedInTrash});
+    ExpectRefused(file, {loseNote, renamedInTrash});
 }
 
 // Hard links to one file, one of them in the trash without an info, from a move that went wrong
@@ -736,7 +736,7 @@ TEST_F(MoveToTrashTest, LooksAtNoOtherFileWhenItHasToListTheTrash)
 {
     FillTrash(300);
 
-    ExpectRefused(Write("work/file"), {unableToWrite, renamedInTrash, fewLooks});
+    ExpectRefused(Write("work/file"), {loseNote, renamedInTrash, fewLooks});
 }
 
 TEST_F(MoveToTrashTest, KeepsBothWhenAnotherFileCameWhereOneCannotBeRestoredTo)

@@ -102,7 +102,7 @@ g_file_trash(GFile* file, GCancellable* cancellable, GError** error)
         EmptyNoteOf(file);
     if (replaceAtOnce)
         ::close(::open(g_file_peek_path(file), O_WRONLY | O_CREAT | O_EXCL, 0600));
-    if (!nameInTrash.empty())
+    if (done && !nameInTrash.empty())
         RenameInTrash(file);
     return done;
 }
