@@ -92,7 +92,8 @@ bool DirectoryChecker::StartWatching(const QString& dirPath, const QStringList& 
         return false;
     }
 
-    const QString path = dirPath; // the predicate or a slot may change or destroy the caller's
+    // The predicate or a slot may change or destroy the caller's.
+    const QString path = dirPath; // NOLINT(performance-unnecessary-copy-initialization)
     // Nothing stays of a start whose predicate begins another one.
     impl->UndoStart();
     impl->watch.Invalidate();
