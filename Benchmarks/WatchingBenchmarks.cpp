@@ -81,8 +81,11 @@ QStringList FilesBelow(const QString& path)
 /// Registers each file and does nothing else: Qt's own share of a start.
 void AddStart(int fileCount, double mostRatio, int repetitions)
 {
-    const Work work{"DirectoryWatcher::StartWatching, " + std::to_string(fileCount) + " files", Doer::bare,
-                    mostRatio};
+    Work work{"DirectoryWatcher::StartWatching, " + std::to_string(fileCount) + " files", Doer::bare,
+              mostRatio};
+    work.whyMissed =
+        "Beside registering the files, the start lists the folder, reads the size and time of each file "
+        "once it is registered, and keeps its path in a set.";
     const auto tree = std::make_shared<FolderTree>(1, IsBrief() ? 10 : fileCount);
 
     AddDoer(
