@@ -156,9 +156,10 @@ void DirectorySnapshot::RemoveAt(int index)
 
 void DirectorySnapshot::Clear()
 {
-    fileInfos.clear();
-    times = {}; // clear() would keep the memory
-    paths.clear();
+    // clear() would keep the memory.
+    fileInfos = {};
+    times = {};
+    paths = {};
     isSorted = true;
     fileIdentity = Identity::Path;
     ++revision;
