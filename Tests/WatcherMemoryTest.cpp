@@ -88,9 +88,10 @@ TEST_P(WatcherMemoryTest, StaysTheSameOverPassesInWhichNothingChanged)
         checker.CheckFolder();
     const std::ptrdiff_t afterAllPasses = HeapBytesInUse();
 
-    // Less than a byte a file: Qt 6 keeps a few of its own for a name filter, and gives them back.
-    EXPECT_LT(std::abs(afterOnePass - afterTheStart), 64);
-    EXPECT_LT(std::abs(afterAllPasses - afterOnePass), 64);
+    // Qt 6 takes a few bytes of its own for a name filter, and gives them back.
+    const std::ptrdiff_t takenByQt = QT_VERSION_MAJOR > 5 && !GetParam().nameFilters.isEmpty() ? 16 : 0;
+    EXPECT_LE(std::abs(afterOnePass - afterTheStart), takenByQt);
+    EXPECT_LE(std::abs(afterAllPasses - afterOnePass), takenByQt);
     EXPECT_THAT(signalLog.Entries(), IsEmpty());
 }
 
