@@ -6,29 +6,29 @@
 
 namespace Zendra {
 
-/// Sole ownership by std::unique_ptr, as PropagateConstPtr takes it.
+/// std::unique_ptr with its default deleter: the second argument of PropagateConstPtr.
 template <class T>
 using UniquePtr = std::unique_ptr<T>;
 
 namespace details {
 
-/// Makes the object that a new PropagateConstPtr owns.
-// Intended: "Propogate". The name is kept as programs know it.
+/// Creates the object of a new PropagateConstPtr.
+// Intended: the spelling "Propogate", by which programs know it.
 template <class Pointer>
 struct PropogateConstCreator;
 
-/// Makes the object for a std::unique_ptr.
+/// Creates the object for a std::unique_ptr.
 template <class T>
 struct ZENDRA_CORE_EXPORT PropogateConstCreator<std::unique_ptr<T>>
 {
     /// A new, value-initialised T: fields without a constructor or an initialiser of their own are zero.
-    /// What T's constructor or the allocation throws passes to the caller.
+    /// Exceptions from T's constructor and from the allocation reach the caller.
     std::unique_ptr<T> operator()() const { return std::unique_ptr<T>(new T()); }
 };
 
 } // namespace details
 
-/// Owns the private implementation of a class and is as const as the object it is a field of.
+/// Owns the private implementation of a class, which is const in const member functions.
 ///
 ///     class Recorder                                  // Recorder.h
 ///     {
@@ -42,33 +42,30 @@ struct ZENDRA_CORE_EXPORT PropogateConstCreator<std::unique_ptr<T>>
 ///         Zendra::PropagateConstPtr<Impl, Zendra::UniquePtr> impl;
 ///     };
 ///
-/// The Impl exists from the first moment to the last, so there is no null to look for. A const member
-/// function sees a const Impl, which a plain std::unique_ptr would not give it. It can neither be copied
-/// nor moved, and deletes the Impl when it goes. Adds no lock of its own.
+/// Never null: it creates the Impl, keeps it, and deletes it in its destructor. It can neither be copied nor
+/// moved. A const member function gets a const Impl, where a plain std::unique_ptr would give write access.
+/// Takes no locks.
 ///
 /// @tparam T        may be incomplete until the pointer is constructed, used or destroyed
-/// @tparam Pointer  the ownership: UniquePtr
+/// @tparam Pointer  the owning pointer: UniquePtr
 template <class T, template <class> class Pointer>
 class ZENDRA_CORE_EXPORT PropagateConstPtr
 {
 public:
-    /// Makes the object; what its constructor or the allocation throws passes to the caller.
+    /// Creates the object. Exceptions from its constructor and from the allocation reach the caller.
     PropagateConstPtr() : pointer(details::PropogateConstCreator<Pointer<T>>()()) {}
     PropagateConstPtr(const PropagateConstPtr&) = delete;
     PropagateConstPtr& operator=(const PropagateConstPtr&) = delete;
 
-    /// The object: never null, still owned here, and valid for as long as this pointer is.
+    /// @{
+    /// The object: never null, still owned by this pointer, and const if this pointer is.
     T* get() noexcept { return pointer.get(); }
-    /// The object, to be read only.
     const T* get() const noexcept { return pointer.get(); }
-    /// The object itself.
     T& operator*() noexcept { return *pointer; }
-    /// The object itself, to be read only.
     const T& operator*() const noexcept { return *pointer; }
-    /// A member of the object.
     T* operator->() noexcept { return pointer.get(); }
-    /// A member of the object, to be read only.
     const T* operator->() const noexcept { return pointer.get(); }
+    /// @}
 
 private:
     Pointer<T> pointer;

@@ -1,7 +1,4 @@
 #pragma once
 
-/// Marks a name that libLWRegistry exports; everything else in it is hidden.
-///
-/// Written by hand and not generated: the headers then need nothing but the include root, and the
-/// attribute is the same inside and outside of the library on every system the project supports.
+/// Marks a name that libLWRegistry exports.
 #define LW_REGISTRY_EXPORT __attribute__((visibility("default")))
