@@ -27,9 +27,9 @@ std::string Resolve(const std::string& path)
     return resolved ? resolved.get() : std::string();
 }
 
-/// The absolute path of an entry, links resolved in the folders above it and not in its own name.
+/// The absolute path of an entry: links in the folders above it are resolved, its own name is not.
 ///
-/// The trash would read ".." as text and not as the system does, and then "link/../file" is another file.
+/// GIO removes ".." textually. After a link that gives another file than the system would open.
 std::string Locate(const std::string& path)
 {
     const std::string text = path.substr(0, path.find_last_not_of('/') + 1);
@@ -56,8 +56,7 @@ bool MoveToTrash(const ioPath& path)
     return !entry.empty() && MoveEntryToTrash(entry);
 }
 
-// unlink() and not a look at the entry first: it refuses a folder, also one that has just taken the file's
-// place.
+// No check for a folder first: unlink() refuses a folder, even one that has just replaced the file.
 bool RemoveFile(const ioPath& path)
 {
     const std::string text = path.string();

@@ -3,37 +3,37 @@
 #include "Core/Export.h"
 #include "Core/ioPath.h"
 
-/// What the application does to whole files.
+/// Operations on whole files.
 namespace Zendra::Core {
 
-/// Moves a file, a folder with all that is in it, or a symbolic link into the user's trash, from where
-/// the user's other programs can list and restore it.
+/// Moves a file, a folder with its contents, or a symbolic link to the user's trash, where other programs can
+/// list and restore it.
 ///
-/// A link is moved itself, whether it leads anywhere or not; what it points to stays. Intended: that goes
-/// for "link/" too. Nothing is ever deleted or copied instead: a file on a disk that has no trash, and can
-/// get none, stays where it is.
+/// A link itself is moved, even a dangling one; its target stays. Intended: "link/" also moves the link.
+/// Nothing is ever deleted or copied instead: a file stays where it is when its disk has no trash and none
+/// can be created there.
 ///
-/// On Linux the trash is the one of the desktops: `$XDG_DATA_HOME/Trash`, or `~/.local/share/Trash`, for
-/// what lies on the disk of the home folder, and otherwise a folder at the top of the file's own disk. It
-/// is made when missing. The environment is looked at once in a process, at the first use; a data home
-/// that is no absolute path is refused. So is a file whose origin cannot be noted in the trash, since
-/// nobody could restore it: on a full disk, and, before GLib 2.84, with a name of more than 238 bytes. That
-/// turns out only when it is in the trash, so it is taken back; should another file have come to its place in
-/// that instant, it stays in the trash's folder "files", and the result is false as well. Refused, too, is a
-/// hard link to a file that lies in that folder under the same name with no origin noted.
+/// On Linux this is the desktop's trash: `$XDG_DATA_HOME/Trash`, or `~/.local/share/Trash`, for entries on
+/// the disk of the home folder, and otherwise a folder at the top of the file's own disk. It is created when
+/// missing. The environment is read once per process, at the first use; a relative `XDG_DATA_HOME` is
+/// refused. So is a file whose original path cannot be recorded in the trash, since no program could restore
+/// it: on a full disk and, before GLib 2.84, with a name of more than 238 bytes. This turns out only when the
+/// file is in the trash, so it is moved back; if another file has its old path by then, the trashed one stays
+/// in the trash's folder "files", and the result is false as well. Also refused is a hard link to a file that
+/// is in that folder under the same name and without a recorded path.
 ///
-/// Blocks for as long as the file system takes, and that hardly depends on what the trash holds already.
-/// Keeps no state, so any thread may call it, several also for the same file: one of them gets true.
+/// Blocks for as long as the file system takes, which hardly depends on the number of files in the trash.
+/// Keeps no state, so any thread may call it. If several threads move the same file, one of them gets true.
 ///
 /// @param path  absolute, or relative to the process's current folder
-/// @return true if the entry is in the trash; false for a missing path, the empty one, or a refusal by the
-///         system, with the entry where it was but for the case above. Never throws.
+/// @return true if the entry is in the trash; false for a missing or empty path, or a refusal by the system,
+///         with the entry where it was except in the case above. Never throws.
 ZENDRA_CORE_EXPORT bool MoveToTrash(const ioPath& path);
 
-/// Deletes one file, or one symbolic link, never what the link points to.
+/// Deletes one file, or one symbolic link but never its target.
 ///
-/// There is no way back: MoveToTrash() is the kinder choice when a person asked for it.
-/// Blocks for as long as the file system takes. Keeps no state, so any thread may call it.
+/// It cannot be undone: prefer MoveToTrash() when a user asks for a deletion. Blocks for as long as the file
+/// system takes. Keeps no state, so any thread may call it.
 ///
 /// Intended: a folder is refused, although MoveToTrash() takes it; a link to a folder is a link.
 ///

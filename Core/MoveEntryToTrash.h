@@ -4,7 +4,7 @@
 
 namespace Zendra::Core {
 
-/// What each system does in its own way for MoveToTrash(), with a path that leaves nothing to interpret.
+/// The part of MoveToTrash() that differs from system to system.
 ///
 /// @param entry  the absolute path of an existing file, folder or link; no folder above it is a link
 /// @return as MoveToTrash()

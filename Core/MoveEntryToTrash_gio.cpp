@@ -28,8 +28,7 @@ bool IsAt(const fs::path& path, const Status& status)
            && found.st_ino == status.st_ino;
 }
 
-/// Unless something else has come to the entry's place: then the trash keeps it, rather than one of both be
-/// lost.
+/// Moves the entry back, unless its path is taken by now: then both are kept, this one in the trash.
 void TakeBack(const TrashedEntry& trashed, const fs::path& entry)
 {
     const File source = MakeFile(trashed.file);
@@ -39,12 +38,12 @@ void TakeBack(const TrashedEntry& trashed, const fs::path& entry)
         ::unlink(trashed.info.c_str());
 }
 
-/// GIO says of some files that they are in the trash and they are not, or nobody could restore them. These
-/// are back in their place afterwards.
+/// GIO reports success for some files that are not in the trash, or that no program could restore from there.
+/// This moves them back.
 ///
-/// It moves a file also when the trash info could not be written, on a full disk and for a name to which no
-/// more can be added: then no program can list or restore it. And it does not move a file when another hard
-/// link to it lies in the trash under its name and has no trash info: for the system the two are one already.
+/// GIO also moves a file whose trash info it could not write, on a full disk or because the name is too long;
+/// no program can list or restore that file. It does not move a file if another hard link to it is in the
+/// trash under the same name without a trash info, since rename() does nothing for two links to one file.
 ///
 /// @return whether the entry is in the trash and can be restored from there
 bool TakeBackUnlessRestorable(const fs::path& entry, const Status& status)
@@ -65,7 +64,7 @@ bool TakeBackUnlessRestorable(const fs::path& entry, const Status& status)
 
 bool MoveEntryToTrash(const std::string& entry)
 {
-    // GIO would make the trash below the current folder, where nobody looks for it.
+    // GIO would make the trash below the current folder, where no program looks for it.
     if (!g_path_is_absolute(g_get_user_data_dir()))
         return false;
 

@@ -4,10 +4,10 @@
 
 namespace Zendra {
 
-/// Whether a path, a std::string or a QString, has a null character in it and so names nothing. Private to
-/// the companion libraries.
+/// Whether a path, a std::string or a QString, contains a null character and so names no file. Private to the
+/// companion libraries.
 ///
-/// The system would read such a path only up to there, and take it for another one.
+/// The system would read such a path only up to that character and use another file.
 template <typename Text>
 bool HasNullCharacter(const Text& path)
 {

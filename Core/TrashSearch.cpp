@@ -23,14 +23,14 @@ struct CloseFolder
     void operator()(DIR* folder) const { ::closedir(folder); }
 };
 
-/// All zero, which is no file's, when there is nothing.
+/// All zero when there is no entry; no entry has the inode number 0.
 Status StatusOf(const fs::path& path)
 {
     Status status = {};
     return ::lstat(path.c_str(), &status) == 0 ? status : Status{};
 }
 
-/// Follows links: a trash may be one.
+/// Follows links, since a trash may be a link.
 bool IsOnDisk(const fs::path& folder, dev_t disk)
 {
     Status status = {};
@@ -42,7 +42,7 @@ bool IsNewer(const timespec& left, const timespec& right)
     return std::tie(left.tv_sec, left.tv_nsec) > std::tie(right.tv_sec, right.tv_nsec);
 }
 
-/// The highest folder above the entry that lies on the same disk.
+/// The highest folder above the entry that is on the same disk.
 fs::path TopOfDisk(const fs::path& entry, dev_t disk)
 {
     fs::path top = entry;
@@ -51,7 +51,7 @@ fs::path TopOfDisk(const fs::path& entry, dev_t disk)
     return top;
 }
 
-/// Every place where GIO may have put the entry: it never moves one to another disk.
+/// Every trash that GIO may have used: it never moves an entry to another disk.
 std::vector<fs::path> TrashesFor(const fs::path& entry, dev_t disk)
 {
     const std::string user = std::to_string(::getuid());
@@ -72,14 +72,13 @@ std::string NameInTrash(const std::string& name, int attempt)
     return name.substr(0, dot) + '.' + std::to_string(attempt) + name.substr(dot);
 }
 
-/// The search for one entry.
 class TrashSearch
 {
 public:
     explicit TrashSearch(const Status& status) : wanted(status) {}
 
-    /// Looks where GIO puts an entry with this name: like GIO it stops at the first name that nobody has
-    /// taken.
+    /// Tries the names that GIO gives to an entry of this name, and stops as GIO does at the first that is
+    /// free.
     void LookAtNamesFor(const std::string& entryName, const fs::path& trash)
     {
         for (int attempt = 1; !IsOver(); ++attempt) {
@@ -89,7 +88,7 @@ public:
         }
     }
 
-    /// A listing has the inode numbers, so only the entry itself and its other hard links are looked at.
+    /// A listing contains the inode numbers, so only the entry and its other hard links are examined.
     void LookAtAllOf(const fs::path& trash)
     {
         const std::unique_ptr<DIR, CloseFolder> folder(::opendir((trash / "files").c_str()));
@@ -107,7 +106,7 @@ public:
     std::optional<TrashedEntry> found;
 
 private:
-    /// @return whether the name is taken, which is what a trash info is for, even an empty one
+    /// @return whether the name is taken; a trash info, even an empty one, reserves it
     bool LookAt(const std::string& name, const fs::path& trash)
     {
         const fs::path file = trash / "files" / name;
@@ -122,8 +121,8 @@ private:
         return infoStatus.st_ino != 0;
     }
 
-    /// Other hard links to the file may be in the trash as well. GIO has just made the trash info, so the
-    /// entry is the one whose trash info is the newest.
+    /// Other hard links to the file may be in the trash as well. The entry is the one with the newest trash
+    /// info, since GIO has just written it.
     bool IsOver() const { return found && (S_ISDIR(wanted.st_mode) || wanted.st_nlink == 1); }
 
     const Status wanted;
@@ -141,7 +140,7 @@ std::optional<TrashedEntry> FindInTrash(const fs::path& path, const Status& stat
     if (search.found)
         return search.found;
 
-    // GIO shortens long names, each release in its own way.
+    // GIO shortens long names, in a way that depends on its version.
     for (const fs::path& trash : trashes)
         search.LookAtAllOf(trash);
     return search.found;

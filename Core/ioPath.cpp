@@ -18,7 +18,7 @@ bool IsTooLong(const fs::path& path)
     return error == boost::system::errc::filename_too_long;
 }
 
-/// Looks afterwards instead of asking how it went: the folder may have been there, or come meanwhile.
+/// Checks the result and not the error: the folder may exist already, or another process may create it now.
 bool MakeFolder(const fs::path& path)
 {
     boost::system::error_code ignored;
@@ -51,7 +51,7 @@ bool ioPath::exists() const
     return !HasNullCharacter(path.native()) && fs::exists(path, ignored);
 }
 
-// Boost's own create_directories calls itself once for each name, and so a long enough path ends the process.
+// Not Boost's create_directories(): it recurses once per name and overflows the stack for a long path.
 bool ioPath::create_directories(const ioPath& folder)
 {
     const std::string& whole = folder.path.native();

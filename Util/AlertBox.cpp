@@ -21,10 +21,10 @@ QMessageBox::Icon IconOf(AlertBox::Level level)
     return QMessageBox::NoIcon;
 }
 
-/// Closes a box without an answer when the application is to quit.
+/// Closes a box without an answer when the application quits.
 ///
-/// Qt 6 closes all windows first. For a message box that counts as its button that declines, which may be the
-/// only one, and a box without such a button refuses and keeps the application from quitting.
+/// Qt 6 closes all windows first. A message box then reports its reject button, even if that is the only one;
+/// a box without a reject button ignores it and keeps the application from quitting.
 class CloseOnQuit : public QObject
 {
 public:
@@ -65,7 +65,7 @@ QMessageBox::StandardButton AlertBox::Exec()
         return QMessageBox::NoButton;
     const QPointer<QMessageBox> shown = box;
     const CloseOnQuit filter(shown);
-    // Nothing of this object after that: a slot may have destroyed it.
+    // Members of this object must not be used after that: a slot may have destroyed it.
     const int answer = shown->exec();
     // Qt 5 leaves it open when the application quits.
     if (shown)

@@ -20,9 +20,9 @@ namespace fs = boost::filesystem;
 namespace Zendra::Util {
 namespace {
 
-/// The same entry by an absolute path without ".", ".." and spare slashes: file browsers drop these by the
-/// text alone, and after a link ".." would lead them elsewhere. Links that stay in the path are kept. Empty
-/// when there is no such path.
+/// An absolute path of the entry without ".", ".." and double slashes. File browsers remove ".." textually,
+/// which gives another entry after a link. Links in the rest of the path are kept. Empty when the path does
+/// not exist.
 QByteArray PlainAbsolutePath(const std::string& path)
 {
     boost::system::error_code error;
@@ -45,14 +45,14 @@ QByteArray PlainAbsolutePath(const std::string& path)
     return plain.isEmpty() ? QByteArrayLiteral("/") : plain;
 }
 
-/// Intended: not ioPath::exists(), since a dangling link is there to be shown.
+/// Intended: not ioPath::exists(), since a dangling link can be shown.
 bool IsThere(const QByteArray& path)
 {
     struct stat status = {};
     return ::lstat(path.constData(), &status) == 0;
 }
 
-/// From bytes and not with QUrl::fromLocalFile(): a name need not be text.
+/// From bytes, since a name need not be text; QUrl::fromLocalFile() takes text only.
 QUrl FileUrl(const QByteArray& path)
 {
     return QUrl::fromEncoded("file://" + path.toPercentEncoding("/!$&'()*+,;=:@"));

@@ -49,7 +49,8 @@ QString ReasonFor(FolderProblem problem)
     return QString();
 }
 
-/// The system's name for the path. No slash at the end: "file/" would be missing instead of no folder.
+/// The system's name for the path. Without a trailing slash: with it, a file would be reported as missing and
+/// not as no folder.
 QByteArray NativeName(const QString& path)
 {
     QByteArray name = QFile::encodeName(path);
@@ -66,7 +67,7 @@ FolderProblem ProblemWithOpening(const QByteArray& name, int error)
     case ENAMETOOLONG:
         return FolderProblem::Missing;
     case ENOTDIR: {
-        // Either the last name is no folder, or one before it is none and the path leads nowhere.
+        // Either the path names a file, or a name before the last one does and the path does not exist.
         struct stat status = {};
         return ::stat(name.constData(), &status) == 0 ? FolderProblem::NotAFolder : FolderProblem::Missing;
     }
@@ -80,7 +81,7 @@ FolderProblem ProblemWithWriting(int error)
     return error == ENOSPC || error == EDQUOT ? FolderProblem::DiskFull : FolderProblem::Unwritable;
 }
 
-/// Reading the first entry is enough: a folder that can be opened and not listed fails there.
+/// Reading the first entry is enough: a folder that can be opened but not listed fails there.
 FolderProblem TryToList(DIR* folder)
 {
     errno = 0;
@@ -94,7 +95,8 @@ QByteArray HiddenName()
     return ".write-test-" + QByteArray::number(QRandomGenerator::global()->generate64(), 36);
 }
 
-/// A byte, since a full disk still takes an empty file; closed, since some file systems complain only then.
+/// Writes a byte, since an empty file can be created on a full disk; closes the file, since some file systems
+/// report errors only then.
 FolderProblem TryToFill(int file)
 {
     const bool written = ::write(file, "", 1) == 1;
@@ -109,8 +111,7 @@ FolderProblem TryToWrite(int folder)
 {
     QByteArray name;
     int file = -1;
-    // O_EXCL never opens what is there already, not even a link; a name taken by chance is not the folder's
-    // fault.
+    // O_EXCL never opens an existing file or link. If the random name is taken, another one is tried.
     for (int attempt = 0; attempt < 8; ++attempt) {
         name = HiddenName();
         file = ::openat(folder, name.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
@@ -120,7 +121,7 @@ FolderProblem TryToWrite(int folder)
     if (file < 0)
         return ProblemWithWriting(errno);
 
-    // Closed before it is removed: network file systems keep an open file under another name.
+    // Closed before it is removed: NFS renames an open file instead of removing it.
     const FolderProblem problem = TryToFill(file);
     const bool removed = ::unlinkat(folder, name.constData(), 0) == 0;
     return problem == FolderProblem::None && !removed ? FolderProblem::Unwritable : problem;

@@ -11,7 +11,7 @@ namespace Zendra::Util {
 /// Private to the library. Blocks until the browser has answered, or until the limit has passed.
 ///
 /// @param entry  a file URL with an absolute path
-/// @return whether the browser answered in time that it does
+/// @return whether the browser confirmed that in time
 bool RevealFile(const QUrl& entry, std::chrono::milliseconds limit);
 
 } // namespace Zendra::Util

@@ -22,10 +22,10 @@ struct Unref
 template <typename T>
 using Handle = std::unique_ptr<T, Unref>;
 
-/// Runs asynchronous operations one after the other, as if they were synchronous, with one limit for all of
-/// them: when it has passed, the operation that is under way is cancelled, and so is each that follows.
+/// Runs asynchronous operations synchronously, one after the other, with one time limit for all of them: once
+/// it has passed, the running operation and all later ones are cancelled.
 ///
-/// The operations report to a main context of its own, so nothing else of the application runs meanwhile.
+/// They use a main context of their own, so no other code of the application runs meanwhile.
 class LimitedOperations
 {
 public:
@@ -41,8 +41,8 @@ public:
     LimitedOperations(const LimitedOperations&) = delete;
     LimitedOperations& operator=(const LimitedOperations&) = delete;
 
-    /// Starts an operation by start(cancellable, callback, data) and blocks until it has ended, one way or
-    /// another.
+    /// Starts an operation by start(cancellable, callback, data) and blocks until it has finished, failed or
+    /// been cancelled.
     template <typename Start>
     Handle<GAsyncResult> Run(Start start)
     {
@@ -53,10 +53,10 @@ public:
         return Handle<GAsyncResult>(result);
     }
 
-    /// Gives up a connection and blocks until it has been deleted, which takes no answer from anybody.
+    /// Releases a connection and blocks until it has been deleted. No answer from the bus is needed for that.
     ///
-    /// When the bus goes, the connection puts an event into the context that refers to the connection, which
-    /// refers to the context: if the event were never run, nothing of the three would ever be deleted.
+    /// When the bus closes the connection, an event is queued in the context. It holds a reference to the
+    /// connection, and the connection one to the context: if the event never ran, all three would leak.
     void Release(Handle<GDBusConnection> connection)
     {
         static GSourceFuncs once = {nullptr, nullptr, &RemoveSource, nullptr, nullptr, nullptr};
@@ -75,7 +75,7 @@ private:
         return G_SOURCE_REMOVE;
     }
 
-    /// On any thread.
+    /// May be called on any thread.
     static void MakeReady(gpointer source)
     {
         const Handle<GSource> ready(static_cast<GSource*>(source));
@@ -97,8 +97,7 @@ private:
     const Handle<GCancellable> cancellable;
 };
 
-/// Where the session bus listens, if there is one. None is started where none runs: no file browser would be
-/// on it.
+/// The address of the session bus. If none runs, none is started: no file browser would be connected to it.
 QByteArray SessionBusAddress()
 {
     QByteArray address = qgetenv("DBUS_SESSION_BUS_ADDRESS");
@@ -108,11 +107,11 @@ QByteArray SessionBusAddress()
     return "unix:path=" + socket.toPercentEncoding("/", "~");
 }
 
-/// Null when there is no bus, or it lets nobody in.
+/// Null when there is no bus, or it refuses the connection.
 ///
-/// A connection of the call's own: g_bus_get() shares one with the whole process, and its limit is not ours.
-/// Intended: connected without G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION, which would send the Hello in
-/// a way that cannot be cancelled.
+/// A private connection: the one from g_bus_get() is shared by the whole process and has no time limit.
+/// Intended: made without G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION, which would send the Hello message
+/// in a way that cannot be cancelled.
 Handle<GDBusConnection> Connect(LimitedOperations& operations)
 {
     const QByteArray address = SessionBusAddress();
@@ -126,19 +125,19 @@ Handle<GDBusConnection> Connect(LimitedOperations& operations)
 
 struct Method
 {
-    const char* service; ///< its name on the bus, and that of the interface
+    const char* service; ///< the name on the bus, and of the interface
     const char* path;
     const char* name;
 };
 
-/// Whether the call was answered, and not with an error.
+/// Whether the call was answered without an error.
 bool Call(LimitedOperations& operations, GDBusConnection* bus, const Method& method, GVariant* arguments)
 {
-    constexpr int noLimitOfItsOwn = std::numeric_limits<int>::max();
+    constexpr int noOwnTimeout = std::numeric_limits<int>::max();
     const Handle<GAsyncResult> result = operations.Run([&](GCancellable* cancellable,
                                                            GAsyncReadyCallback callback, gpointer data) {
         g_dbus_connection_call(bus, method.service, method.path, method.service, method.name, arguments,
-                               nullptr, G_DBUS_CALL_FLAGS_NONE, noLimitOfItsOwn, cancellable, callback, data);
+                               nullptr, G_DBUS_CALL_FLAGS_NONE, noOwnTimeout, cancellable, callback, data);
     });
     const Handle<GVariant> answer(g_dbus_connection_call_finish(bus, result.get(), nullptr));
     return answer != nullptr;

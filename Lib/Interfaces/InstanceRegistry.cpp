@@ -56,7 +56,7 @@ std::string InstanceRegistry::Demangle(const std::string& typeName)
     const std::unique_ptr<char, decltype(&std::free)> name(
         abi::__cxa_demangle(typeName.c_str(), nullptr, nullptr, &status), &std::free);
 
-    // The mangled name instead would be another key: what was published could not be withdrawn.
+    // Returning the mangled name would change the key, and a published instance could not be withdrawn.
     if (status == outOfMemory)
         throw std::bad_alloc();
     return name ? std::string(name.get()) : typeName;

@@ -8,9 +8,9 @@
 
 namespace Zendra::LW {
 
-/// Where services are published and found by their interface, process-wide.
+/// The process-wide registry in which services are published and found by their interface.
 ///
-/// The application makes one object, early in main(), and that object is the registry while it lives:
+/// The application creates one object early in main(), which is the registry during its lifetime:
 ///
 ///     Zendra::LW::InstanceRegistry registry;
 ///     Zendra::LW::FileManager fileManager; // publishes itself
@@ -18,20 +18,19 @@ namespace Zendra::LW {
 ///     if (auto* files = InstanceRegistry::Instance()->Find<IFileManager>())
 ///         files->Remove(path);
 ///
-/// An instance is kept under a key, the name of its interface, as a pointer that is not owned: a service
-/// withdraws itself before it goes. Of several instances under one key the newest is found; when that is
-/// withdrawn, the one before it is found again.
+/// An instance is stored under a key, the name of its interface, as a pointer that is not owned: a service
+/// withdraws itself before it is destroyed. Of several instances under one key the newest is found; when that
+/// is withdrawn, the one before it is found again.
 ///
-/// Any thread may call any operation; none calls out or blocks for long. Nothing protects what Find() and
-/// Instance() return: that the registry or the service is not destroyed while another thread uses it is up
-/// to the application.
+/// Any thread may call any operation; none calls other code or blocks for long. The application must ensure
+/// that the registry, or a service that Find() returned, is not destroyed while another thread uses it.
 class LW_REGISTRY_EXPORT InstanceRegistry
 {
 public:
     /// Makes this object the process-wide registry.
-    /// @throws std::logic_error if there is one already, which is then left as it is
+    /// @throws std::logic_error if there is one already, which stays the registry
     InstanceRegistry();
-    /// From here on there is no registry. What is still published is forgotten, not destroyed.
+    /// After that there is no registry. Instances that are still published are not destroyed.
     ~InstanceRegistry();
     InstanceRegistry(const InstanceRegistry&) = delete;
     InstanceRegistry& operator=(const InstanceRegistry&) = delete;
@@ -39,14 +38,13 @@ public:
     /// The process-wide registry, or null when there is none. Never throws.
     static InstanceRegistry* Instance();
 
-    /// The readable, fully qualified name of a type, from what `typeid(T).name()` returns.
-    /// @return the argument itself when that is no mangled name
+    /// The readable, fully qualified name of a type, from `typeid(T).name()`.
+    /// @return the argument itself when it is not a mangled name
     /// @throws std::bad_alloc
     static std::string Demangle(const std::string& typeName);
 
-    /// Publishes an instance, as the newest under its key; null is ignored. The same instance may be
-    /// published again and then has to be withdrawn as often. Throws std::bad_alloc, and then nothing has
-    /// changed.
+    /// Publishes an instance, as the newest under its key; null is ignored. An instance that is published
+    /// several times has to be withdrawn as often. If std::bad_alloc is thrown, nothing has changed.
     void DoRegister(const std::string& key, void* instance);
 
     /// Withdraws an instance from a key: its newest publication there. One that is not published under
@@ -56,8 +54,8 @@ public:
     /// The newest instance under a key, or null when there is none.
     void* DoFind(const std::string& key) const;
 
-    /// DoRegister() under the name of T. Name the interface, `Register<IService>(this)`: left to be deduced,
-    /// T would be the class that implements it.
+    /// DoRegister() under the name of T. Name the interface, `Register<IService>(this)`: a deduced T would be
+    /// the implementing class.
     template <class T>
     void Register(T* instance)
     {
@@ -79,7 +77,7 @@ public:
     }
 
 private:
-    // By name and not by type_info's address, which may differ from library to library.
+    // The name, since the address of a type_info may differ between libraries.
     template <class T>
     static std::string Key()
     {
