@@ -1,3 +1,5 @@
+// Moves files to the trash, and prints what has happened: ./discard FILE...
+
 #include "Lib/Interfaces/InstanceRegistry.h"
 #include "Lib/Util/FS/FileManager.h"
 
@@ -9,7 +11,7 @@ using Zendra::LW::IFileManager;
 using Zendra::LW::IFileManagerObserver;
 using Zendra::LW::InstanceRegistry;
 
-/// Prints what has been done, whoever asked for it.
+/// Prints each operation that succeeded, whichever part of the application called it.
 class Journal : public IFileManagerObserver
 {
 public:
@@ -18,7 +20,7 @@ public:
     void OnFileRemoved(const ioPath& path) override { std::cout << "deleted  " << path << std::endl; }
 };
 
-/// Some other part of the application, which knows the interface only.
+/// Another part of the application, which only knows the interface.
 bool Discard(const ioPath& path)
 {
     auto* files = InstanceRegistry::Instance()->Find<IFileManager>();

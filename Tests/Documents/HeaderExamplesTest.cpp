@@ -20,15 +20,14 @@ QString Read(const QString& path)
     return QString::fromUtf8(file.readAll());
 }
 
-/// The code alone: neither comments nor how it is laid out.
+/// The code without comments and white space.
 QString Squeezed(QString code)
 {
     code.remove(QRegularExpression(QStringLiteral("//[^\n]*")));
     return code.remove(QRegularExpression(QStringLiteral("\\s")));
 }
 
-/// The blocks of code in a header's comments, squeezed: set in by four, and parted from the text by an empty
-/// line.
+/// The code blocks in a header's comments, squeezed. They are indented by four and follow an empty line.
 QStringList Examples(const QString& path)
 {
     const QString empty = QStringLiteral("///");

@@ -1,3 +1,5 @@
+// Prints which recordings appear, change and disappear in a folder: ./watch FOLDER
+
 #include "Lib/Util/FS/DirectoryWatcher.h"
 
 #include <QCoreApplication>

@@ -1,3 +1,5 @@
+// Creates the next numbered recording in a folder and prints its path: ./number [FOLDER]
+
 #include "Lib/Util/FS/DirectoryUtils.h"
 
 #include <QFile>
@@ -8,10 +10,10 @@
 #include <stdexcept>
 #include <string>
 
-/// Creates the next recording's file, which nobody else can have created.
+/// Creates the next recording's file. It never opens one that another program has created.
 std::string CreateNextRecording(const std::string& folder)
 {
-    // No leading zero gets through: "08" is no number, and one such name would fail every call.
+    // No leading zeros: "08" is not a valid octal number, and one such name would make every call throw.
     const std::regex pattern("Recording ([1-9]\\d*)\\.mp4");
     while (true) {
         const std::string number = Zendra::LW::GetNextAvaliableIndex(folder, pattern);
@@ -19,7 +21,8 @@ std::string CreateNextRecording(const std::string& folder)
         QFile file(QString::fromStdString(path));
         if (file.open(QIODevice::WriteOnly | QIODevice::NewOnly))
             return path;
-        // Somebody took the number meanwhile: the next one is another. Anything else won't get better.
+        // If another program took the number meanwhile, the next call returns another. Retrying helps nothing
+        // else.
         if (!file.exists())
             throw std::runtime_error(file.errorString().toStdString());
     }

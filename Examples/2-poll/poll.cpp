@@ -1,3 +1,5 @@
+// The same by polling, five times a second, in subfolders too: ./poll FOLDER
+
 #include "Lib/Util/FS/DirectoryChecker.h"
 
 #include <QCoreApplication>
@@ -15,7 +17,7 @@ int main(int argc, char* argv[])
     const QCoreApplication application(argc, argv);
     const QDir folder(application.arguments().value(1));
     DirectoryChecker checker;
-    // What is connected here does not know which of the two watchers it is.
+    // The connections below work with either kind of watcher.
     IDirectoryWatcher& watcher = checker;
     const auto print = [folder](const char* what) {
         return [folder, what](const QFileInfo& file) {
@@ -26,7 +28,7 @@ int main(int argc, char* argv[])
     QObject::connect(&watcher, &IDirectoryWatcher::FileChanged, print("changed  "));
     QObject::connect(&watcher, &IDirectoryWatcher::FileRemoved, print("removed  "));
 
-    // A file that is refused is looked at again in every pass: an empty one is reported once it is filled.
+    // Every pass asks again about a file that was refused, so an empty file is reported once it has content.
     const auto filled = [](const QFileInfo& file) { return file.size() > 0; };
     watcher.StartWatching(folder.path(), {QStringLiteral("*.mp4"), QStringLiteral("*.mov")}, filled, 1);
     std::cout << "watching " << watcher.GetFileInfoList().size() << " files" << std::endl;

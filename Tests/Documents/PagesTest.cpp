@@ -15,7 +15,7 @@
 using Tests::TempFolder;
 using Tests::WaitUntil;
 
-// What the pages of the reference show of a terminal is typed into a shell, and comes out as it is shown.
+// Types the commands of the pages' terminals into a shell, and compares its output with what the pages show.
 
 namespace {
 
@@ -35,7 +35,7 @@ QList<QByteArray> Terminal(const std::string& page)
     return text.mid(start, text.indexOf("\n```", start) - start).split('\n');
 }
 
-/// A shell in a folder of its own in which the programs lie.
+/// A shell in a folder of its own, with links to the programs.
 class Shell
 {
 public:
@@ -44,7 +44,7 @@ public:
         const QStringList programs = QStringLiteral(EXAMPLE_PROGRAMS).split(QLatin1Char('|'));
         for (const QString& program : programs)
             folder.Link(program, QFileInfo(program).fileName());
-        // Home and trash are on the folder's disk, and are nobody's.
+        // A home and a trash for this test alone, on the same disk as the folder.
         QDir(outside.Path()).mkdir(QStringLiteral("home"));
         QDir(outside.Path()).mkdir(QStringLiteral("tmp"));
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -69,7 +69,7 @@ public:
 
     void Type(const QByteArray& command) { process.write(command + '\n'); }
 
-    /// Reads until there is as much as that.
+    /// Reads until that many bytes have been printed, or the time is up.
     QByteArray ReadAtLeast(QByteArray::size_type length)
     {
         WaitUntil([&] {
@@ -79,7 +79,7 @@ public:
         return printed;
     }
 
-    /// Ends what runs in the background, and itself; returns all that was printed.
+    /// Ends the program in the background and the shell; returns the whole output.
     QByteArray Finish()
     {
         Type("[ -z \"$!\" ] || kill $!; exit");
@@ -124,7 +124,7 @@ TEST_P(PagesTest, ShowsWhatATerminalShows)
             shown += line + '\n';
             continue;
         }
-        // One command at a time: each finds what the one before has left.
+        // One command at a time: the next one needs the files that the last one left.
         shell.ReadAtLeast(shown.size());
         shell.Type(line.mid(2));
         ++commands;

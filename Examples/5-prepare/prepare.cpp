@@ -1,3 +1,5 @@
+// Creates an output folder, or tells the user why it cannot be used: ./prepare FOLDER
+
 #include "Lib/Util/FS/DirectoryUtils.h"
 
 #include <QApplication>
@@ -8,9 +10,9 @@ int main(int argc, char* argv[])
 {
     const QApplication application(argc, argv);
     const QString folder = application.arguments().value(1);
-    // With a window to belong to, the alert would stay above it.
+    // Pass a window instead of nullptr, and the alert stays above it.
     if (!Zendra::LW::PrepareFolder(folder, nullptr)) {
-        // The user knows why by now, and has closed the alert.
+        // The alert has told the user why, and is closed.
         std::cout << "choose another folder" << std::endl;
         return 1;
     }

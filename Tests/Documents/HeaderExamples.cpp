@@ -1,4 +1,4 @@
-// What the comments of the public headers show, as it stands there; HeaderExamplesTest compares the two.
+// The examples in the comments of the public headers, word for word; HeaderExamplesTest compares them.
 
 #include "Core/FileOperations.h"
 #include "Core/Interfaces/EventHandlerList.h"

@@ -1,3 +1,5 @@
+// Links a file under a temporary name, and prints what the link object knows of it: ./link FILE
+
 #include "Lib/Util/FS/TemporaryHardLink.h"
 
 #include <filesystem>
@@ -11,7 +13,7 @@ int main(int argc, char* argv[])
     if (argc < 2)
         return 1;
 
-    // The link lies in another folder, where a relative path would lead somewhere else.
+    // Absolute: the link is created in another folder, where a relative path would point elsewhere.
     const TemporaryHardLink link(std::filesystem::absolute(argv[1]).string());
     const std::string& recorded = link.GetLinkedFilePath();
     const std::string usable = link.GetExistFilePath();
