@@ -5,11 +5,11 @@
 
 namespace Zendra::LW {
 
-/// Whether the path of a file is its own QFileInfo::absoluteFilePath().
+/// Whether a path is absolute and clean, so that QFileInfo::absoluteFilePath() returns it unchanged.
 bool IsAbsoluteAndClean(const QString& path);
 
-/// QFileInfo::absoluteFilePath(), without making the QFileInfo cache two more strings: a snapshot of many
-/// files would hold them all. Only a path that is relative or not clean has them made.
+/// QFileInfo::absoluteFilePath(), which caches two more strings in the QFileInfo: that is avoided for a path
+/// that is absolute and clean, since a snapshot keeps the QFileInfo of every file.
 QString AbsolutePathOf(const QFileInfo& info);
 
 } // namespace Zendra::LW

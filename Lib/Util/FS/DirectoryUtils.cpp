@@ -24,8 +24,8 @@ namespace {
 
 using boost::multiprecision::cpp_int;
 
-/// The last part of the path as it stands there; path::filename() would make a string for every entry, and
-/// rfind() is slower.
+/// The last component of the path, without a copy: path::filename() would allocate a string for every entry.
+/// std::find is faster than rfind() here.
 std::string_view NameOf(const boost::filesystem::directory_entry& entry)
 {
     const std::string& path = entry.path().native();
@@ -33,7 +33,7 @@ std::string_view NameOf(const boost::filesystem::directory_entry& entry)
     return std::string_view(path).substr(static_cast<std::size_t>(name - path.begin()));
 }
 
-/// Whether cpp_int reads a text that is not empty as octal.
+/// Whether cpp_int reads a text as octal. The text must not be empty.
 bool IsOctal(const std::string& text)
 {
     return text[0] == '0' && text[1] != 'x' && text[1] != 'X';
@@ -47,10 +47,10 @@ cpp_int ReadOctal(const std::string& digits)
     return number;
 }
 
-/// Reads a text that is not empty, as cpp_int does.
+/// Reads a number as cpp_int does. The text must not be empty.
 cpp_int ReadNumber(const std::csub_match& text)
 {
-    // Nearly every number is decimal and fits a machine word; cpp_int's own reading takes much longer.
+    // Nearly every number is decimal and fits into 64 bits; parsing it with cpp_int takes much longer.
     std::uint64_t number = 0;
     const auto [end, error] = std::from_chars(text.first, text.second, number);
     if (*text.first != '0' && error == std::errc() && end == text.second)
@@ -58,8 +58,8 @@ cpp_int ReadNumber(const std::csub_match& text)
     // Intended: the text decides the base, so a padded number is octal and 08 is an error.
     const std::string digits = text.str();
     const cpp_int value(digits);
-    // It knows which texts are octal numbers, but some that are longer than a machine word it reads together
-    // with memory that it has not cleared.
+    // The constructor of cpp_int rejects what is not an octal number, but its result for some octal numbers
+    // of more than 64 bits contains uninitialised memory.
     return IsOctal(digits) ? ReadOctal(digits) : value;
 }
 
@@ -91,10 +91,10 @@ bool CheckPathAndAnnoyUserIfInvalid(const QString& path, QWidget* parent)
     if (Util::IsThisPathValid(path, &reason))
         return true;
 
-    // Intended: the path is filled in after the reason, so a "%1" inside the reason takes the path.
+    // Intended: the path is inserted after the reason, so a "%1" in the reason is replaced by the path.
     const QString message =
         QCoreApplication::translate("DirectoryUtilsValidPath", "%1: %2").arg(reason).arg(path);
-    // By its value: the companion libraries may be the application's own, in which level 0 has another name.
+    // By value: in an application's own companion libraries, level 0 may have another name.
     constexpr auto level = Util::AlertBox::Level(0);
     Util::AlertBox alert(level, QStringLiteral(""), message, QMessageBox::Ok, parent,
                          Qt::Dialog | Qt::MSWindowsFixedSizeDialogHint);
@@ -104,7 +104,7 @@ bool CheckPathAndAnnoyUserIfInvalid(const QString& path, QWidget* parent)
 
 bool PrepareFolder(const QString& path, QWidget* parent)
 {
-    // Intended: the folder is made before it is checked, and the check reports it when that fails.
+    // Intended: the folder is created before it is checked; if that fails, the check reports it.
     const QDir folder(path);
     if (!folder.exists())
         folder.mkpath(QStringLiteral("."));

@@ -12,38 +12,38 @@ class QWidget;
 
 namespace Zendra::LW {
 
-/// Chooses the next free number for a numbered file: one more than the largest that the names of a
-/// folder's entries carry.
+/// Returns the next free number for a numbered file: one more than the largest number in the names of a
+/// folder's entries.
 ///
 ///     const std::string number = GetNextAvaliableIndex(folder, std::regex("Recording (\\d+)\\.mp4"));
 ///
-/// Every entry counts: files, folders, links and hidden ones alike; subfolders are not entered. The
-/// pattern has to match the whole name, and its first group is the number; a name without one is skipped.
-/// Gaps are not filled (1, 2, 7 give 8), and numbers may have any number of digits.
+/// Every entry counts: files, folders, links and hidden entries; subfolders are not searched. The pattern has
+/// to match the whole name, and its first group is the number; a name without one is skipped. Gaps are not
+/// filled (1, 2, 7 give 8), and numbers may have any number of digits.
 ///
-/// Mind the leading zero: a number is read as C++ reads one. `007` is seven, `010` is eight, `08` is an
-/// error and `0x1f` is thirty-one, so number files without padding. A leading `-` makes a number negative;
-/// negative numbers and zero do not count.
+/// Mind leading zeros: numbers are read as in C++. `007` is seven, `010` is eight, `08` is an error and
+/// `0x1f` is thirty-one, so number files without padding. A leading `-` makes a number negative; negative
+/// numbers and zero do not count.
 ///
-/// Nothing is reserved: two calls give the same number until something with that number exists, so
-/// create the file in a way that fails when it is there already. Blocks for one listing of the folder.
-/// Keeps no state: any thread may call it, also several at once.
+/// Nothing is reserved: two calls return the same number until an entry with that number exists, so create
+/// the file in a way that fails if it exists already. Blocks while it lists the folder once. Keeps no state:
+/// any number of threads may call it at the same time.
 ///
 /// @param folder   the folder to look into
 /// @param pattern  matched against the bytes of each name, UTF-8 as a rule
 /// @return decimal digits and nothing else, at least "1"
 /// @throws boost::filesystem::filesystem_error when the folder is missing or cannot be listed
-/// @throws std::runtime_error when a number cannot be read, a boost::exception at the same time; one such
-///         name fails the call, whatever else the folder holds. "Unexpected character encountered in
-///         input." for a decimal number, "Unexpected content found while parsing character string." for
-///         an octal or hexadecimal one
-/// @throws std::regex_error when matching exceeds what std::regex can do
+/// @throws std::runtime_error when a number cannot be read; it is also a boost::exception. One such name
+///         makes the call fail, whatever else the folder contains. "Unexpected character encountered in
+///         input." for a decimal number, "Unexpected content found while parsing character string." for an
+///         octal or hexadecimal one
+/// @throws std::regex_error when a name is too complex for std::regex to match
 LWUTILFS_EXPORT std::string GetNextAvaliableIndex(const ioPath& folder, const std::regex& pattern);
 
-/// Tells whether a folder can take recordings, and tells the user why when it cannot.
+/// Checks whether files can be written into a folder, and shows the user why not.
 ///
-/// The rules are those of Zendra::Util::IsThisPathValid(). An unusable path brings up a modal alert with
-/// the reason and the path; the call returns once the user has closed it, events are handled meanwhile.
+/// The rules are those of Zendra::Util::IsThisPathValid(). For an unusable path, a modal alert shows the
+/// reason and the path; the call returns when the user has closed it, and events are processed meanwhile.
 /// Nothing is logged. GUI thread only.
 ///
 /// The alert's text is the translation of "%1: %2" (reason, path) in the context
@@ -54,12 +54,12 @@ LWUTILFS_EXPORT std::string GetNextAvaliableIndex(const ioPath& folder, const st
 /// @return whether the path is usable. Throws nothing of its own.
 LWUTILFS_EXPORT bool CheckPathAndAnnoyUserIfInvalid(const QString& path, QWidget* parent);
 
-/// Makes the folder, with every missing folder above it, unless it exists; then does what
-/// CheckPathAndAnnoyUserIfInvalid() does, and returns its result.
+/// Creates the folder, with every missing folder above it, unless it exists; then does the same as
+/// CheckPathAndAnnoyUserIfInvalid() and returns its result.
 ///
-/// The folder is made before it is checked: it may exist afterwards although the result is false. Where it
-/// cannot be made, the check says so. An empty path stands for the current folder as far as making it goes.
-/// GUI thread only.
+/// The folder is created before it is checked: it may exist afterwards although the result is false. If it
+/// cannot be created, the check reports that. When it comes to creating it, an empty path means the current
+/// folder, which exists; the check then refuses it. GUI thread only.
 ///
 /// @param path    the folder, absolute or relative to the process's current folder
 /// @param parent  the widget that an alert belongs to; may be null

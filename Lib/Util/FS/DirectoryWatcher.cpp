@@ -15,8 +15,8 @@
 namespace Zendra::LW {
 namespace {
 
-/// The paths to register files by. Deep copies, contiguous in memory: addPath() compares each path with all
-/// earlier ones.
+/// The paths by which files are registered. Deep copies, contiguous in memory: addPath() compares each path
+/// with all earlier ones.
 QStringList PathsToRegister(const SortedFiles& files)
 {
     QStringList paths;
@@ -42,7 +42,7 @@ struct DirectoryWatcher::Impl
         watch.Invalidate();
         watcher.Stop(*handlers);
         snapshot.Clear();
-        // Intended: the path stays, GetWatchedDirPath() goes on naming the folder that was watched last.
+        // Intended: the path stays, so GetWatchedDirPath() still returns the folder that was watched last.
         snapshot.settings = {{}, {}, snapshot.settings.dirPath, 0};
     }
 
@@ -52,7 +52,7 @@ struct DirectoryWatcher::Impl
             NewFiles::OfStart(snapshot, snapshot.settings.dirPath, ListingOptions::Times::ReadLater, token);
         const QStringList paths = PathsToRegister(files.GetScan());
         while (files.MoveNext()) {
-            // Before the file enters the snapshot: what happens to it between the two is then noticed.
+            // Registered before its times are read: a change between the two then causes a notice.
             watcher.AddPath(paths.at(files.GetPosition()));
             files.TakeIn();
         }
@@ -65,7 +65,7 @@ DirectoryWatcher::DirectoryWatcher() : impl(std::make_unique<Impl>())
 
 DirectoryWatcher::~DirectoryWatcher()
 {
-    // Otherwise QObject deletes it as a child.
+    // While a handler runs, the QFileSystemWatcher must not be deleted as a child.
     if (impl->handlers->count > 0)
         impl->watcher.Stop(*impl->handlers);
 }
@@ -89,7 +89,7 @@ bool DirectoryWatcher::StartWatching(const QString& dirPath, const QStringList& 
     });
     impl->snapshot.Clear();
     impl->snapshot.settings = {nameFilters, MakeSharedPredicate(filter), dirPath, depth};
-    // Registered before the first scan, so that nothing happens unseen in between.
+    // Registered before the first scan, so that no change in between is missed.
     QFileSystemWatcher* const watcher = impl->watcher.Start(dirPath, this);
     connect(watcher, &QFileSystemWatcher::fileChanged, this, &DirectoryWatcher::OnFileChanged);
     connect(watcher, &QFileSystemWatcher::directoryChanged, this, &DirectoryWatcher::OnDirectoryChanged);
@@ -126,7 +126,7 @@ void DirectoryWatcher::OnDirectoryChanged(const QString& path)
     NewFiles files = NewFiles::OfPass(impl->snapshot, path, impl->watch.GetToken());
     // Intended: a folder notice only adds; changes and removals come with the file's own notice.
     while (files.MoveNext()) {
-        // Intended: files that fill an empty snapshot are not registered.
+        // Intended: files that are added to an empty snapshot are not registered.
         if (!files.SnapshotWasEmpty())
             impl->watcher.AddPath(AbsolutePathOf(files.Get()));
         Q_EMIT FileAdded(files.TakeIn());

@@ -18,7 +18,7 @@ struct FileManager::Impl
         eventHandlers.PerformForEachEventHandler(std::bind(notification, std::placeholders::_1, path));
     }
 
-    // The registration comes last: it has to be gone before the list is.
+    // The registration is the last member, so that it is destroyed before the list.
     Core::EventHandlerList<IFileManagerObserver, Core::SyncExecutePolicy> eventHandlers;
     std::unique_ptr<AutoInstanceRegistrator<IFileManager>> registration;
 };

@@ -10,10 +10,10 @@
 namespace Zendra::LW {
 namespace {
 
-/// Keeps Qt from waiting for notices that are not there.
+/// Keeps Qt from blocking in a read for notices that another watcher has read already.
 ///
-/// When a slot runs an event loop in which another watcher reads its notices, Qt announces them to that one
-/// once more after the loop, and its inotify engine would then block for good in reading none.
+/// If a slot runs an event loop in which another watcher reads its notices, Qt activates that watcher's
+/// notifier once more after the loop. Its inotify engine would then wait forever in read().
 void MakeNotifiersNonBlocking(const QFileSystemWatcher& watcher)
 {
     const QList<QSocketNotifier*> notifiers = watcher.findChildren<QSocketNotifier*>();

@@ -10,10 +10,10 @@ class QObject;
 
 namespace Zendra::LW {
 
-/// Counts the handlers that are running, nested ones too, and keeps the watchers that were stopped meanwhile
-/// until the last one returns.
+/// Counts the running handlers, including nested ones, and keeps the watchers that were stopped meanwhile
+/// until the outermost handler returns.
 ///
-/// A QFileSystemWatcher must not be deleted before its own notice has returned to it.
+/// A QFileSystemWatcher must not be deleted while it emits a signal.
 struct RunningHandlers
 {
     int count = 0;
@@ -33,18 +33,19 @@ private:
     std::shared_ptr<RunningHandlers> handlers;
 };
 
-/// The one QFileSystemWatcher of a DirectoryWatcher, whose child it is. There is one while it watches.
+/// The QFileSystemWatcher of a DirectoryWatcher, which is its parent. It exists while the DirectoryWatcher
+/// watches.
 class SystemWatcher
 {
 public:
     bool IsRunning() const { return watcher != nullptr; }
-    /// Begins to watch a folder, and no file yet. To be called only while nothing runs.
-    /// @return the new QFileSystemWatcher, for its signals to be connected
+    /// Begins to watch a folder, without its files. Call it only while IsRunning() is false.
+    /// @return the new QFileSystemWatcher, whose signals the caller connects
     QFileSystemWatcher* Start(const QString& dirPath, QObject* parent);
-    /// Ends all notices. The QFileSystemWatcher is deleted at once, or when the last handler has ended. Does
-    /// nothing while nothing runs.
+    /// Ends all notices. The QFileSystemWatcher is deleted immediately, or when the outermost handler has
+    /// returned. Does nothing while IsRunning() is false.
     void Stop(RunningHandlers& handlers);
-    /// Failures are ignored: such a file stays without notices. Both do nothing while nothing runs.
+    /// Failures are ignored: such a file has no notices. Both do nothing while IsRunning() is false.
     void AddPath(const QString& path);
     void RemovePath(const QString& path);
 

@@ -14,7 +14,8 @@ QString FromUtf8(const std::string& text)
     return QString::fromUtf8(text.data(), static_cast<int>(text.size()));
 }
 
-/// A path in the temporary folder at which there is nothing any more; empty when that folder is unusable.
+/// An unused path in the temporary folder: the placeholder is removed again. Empty when that folder is
+/// unusable.
 QString ReserveFreeName()
 {
     QTemporaryFile placeholder;
@@ -87,7 +88,7 @@ std::string TemporaryHardLink::CreateLinkToFile(const std::string& filePath)
     if (linkName.isEmpty())
         return {};
 
-    // Intended: the path is recorded exactly when the link could not be made.
+    // Intended: the path is recorded exactly when the link could not be created.
     return QFile::link(original, linkName) ? std::string() : linkName.toStdString();
 }
 

@@ -12,7 +12,7 @@ namespace Zendra::LW {
 /// Decides which files to keep; an empty one keeps every file.
 using FilePredicate = std::function<bool(const QFileInfo&)>;
 
-/// What StartWatching() was given.
+/// The arguments of StartWatching().
 struct WatchSettings
 {
     QStringList nameFilters;
@@ -21,9 +21,10 @@ struct WatchSettings
     unsigned int depth = 0;
 };
 
-/// A copy of a predicate whose own copies are one: they share its state.
+/// A copy of a predicate. Copies of the result share its state.
 ///
-/// Whoever calls the predicate of a watch holds a copy meanwhile, since a predicate may stop the watch.
+/// Callers keep such a copy during the call, since a predicate may stop the watch and so destroy the stored
+/// one.
 inline FilePredicate MakeSharedPredicate(const FilePredicate& predicate)
 {
     if (!predicate)

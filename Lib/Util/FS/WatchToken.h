@@ -5,10 +5,10 @@
 
 namespace Zendra::LW {
 
-/// Tells a pass whether the watch that it works for still goes on.
+/// Tells a pass whether its watch has ended.
 ///
-/// A slot or a predicate may stop, restart or destroy the watcher that calls it. The pass asks after each
-/// such call, before it touches the watcher again.
+/// A slot or a predicate may stop, restart or destroy the watcher that calls it. The pass checks the token
+/// after each such call, before it uses the watcher again.
 class WatchToken
 {
 public:
@@ -21,12 +21,12 @@ private:
     std::weak_ptr<const char> watch;
 };
 
-/// A member of the watcher: its tokens expire when the watcher is destroyed, too.
+/// A member of the watcher, so its tokens also expire when the watcher is destroyed.
 class WatchTokenSource
 {
 public:
     WatchToken GetToken() const { return WatchToken(watch); }
-    /// Expires all tokens handed out before: another watch begins, or none.
+    /// Makes all earlier tokens expire: the watch has ended, or another one begins.
     void Invalidate() { watch = std::make_shared<const char>(); }
 
 private:
