@@ -22,7 +22,7 @@ namespace {
 
 const char* const pattern = R"(Recording (\d+)\.png)";
 
-/// The next number as a user would look for it, with neither long numbers nor errors in mind.
+/// The next number as an application would search for it, without long numbers and without error handling.
 long NextNumber(const std::string& folder, const std::regex& names)
 {
     long maximum = 0;
@@ -41,7 +41,7 @@ long NextNumber(const std::string& folder, const std::regex& names)
 
 void AddNextIndex()
 {
-    const Work work{"GetNextAvaliableIndex, 100,000 names", Doer::bare, 1.2};
+    const Work work{"GetNextAvaliableIndex, 100,000 names", Contender::bare, 1.2};
     const auto tree = std::make_shared<std::unique_ptr<FolderTree>>();
     const auto path = [tree] {
         if (!*tree)
@@ -49,13 +49,13 @@ void AddNextIndex()
         return QFile::encodeName((*tree)->Path() + QStringLiteral("/Folder 0")).toStdString();
     };
 
-    AddDoer(work, Doer::bare, [path](benchmark::State& state) {
+    AddContender(work, Contender::bare, [path](benchmark::State& state) {
         const std::string folder = path();
         const std::regex names(pattern);
         for (auto _ : state)
             benchmark::DoNotOptimize(NextNumber(folder, names));
     });
-    AddDoer(work, Doer::library, [path](benchmark::State& state) {
+    AddContender(work, Contender::library, [path](benchmark::State& state) {
         const Zendra::ioPath folder = path();
         const std::regex names(pattern);
         for (auto _ : state)
@@ -77,7 +77,7 @@ void AddObserverPass()
     const Work work{"observer pass, 64 observers, a 44-byte path, 2,000 times", "boost::signals2", 1.6};
     const Zendra::ioPath path("/home/somebody/Recordings/Recording 1234.png");
 
-    AddDoer(
+    AddContender(
         work, "boost::signals2",
         [path](benchmark::State& state) {
             std::vector<Observer> observers(observerCount);
@@ -90,8 +90,8 @@ void AddObserverPass()
             }
         },
         51);
-    AddDoer(
-        work, Doer::library,
+    AddContender(
+        work, Contender::library,
         [path](benchmark::State& state) {
             std::vector<Observer> observers(observerCount);
             Zendra::Core::EventHandlerList<Observer, Zendra::Core::SyncExecutePolicy> list;

@@ -14,17 +14,17 @@ namespace {
 
 const char* const preface = R"(# How fast it is
 
-Written by `./scripts/bench`. Each figure is the median of several runs in one process, in processor time; the runs
-of all that do the same work are mixed, so that what else the machine does counts little. What holds elsewhere is
-the ratios.
+Written by `./scripts/bench`. Each figure is the median of several runs in one process, in processor time. The runs of
+all contenders are interleaved, so that other load on the machine affects them equally. On other machines the times
+differ, but the ratios should be similar.
 
-Each column is somebody who does the same work; in brackets, how many times as long the library takes.
+Each column is a contender that does the same work; in brackets, how many times as long the library takes.
 
 - raw walk: `readdir`, and `fstatat` for each file where times are needed; it keeps nothing and compares nothing.
-- std::filesystem poller: the polling loop that a user would write with the standard library.
-- transcription: the watchers' rules written down with `QDir`, `std::sort` and `QFileInfo`.
-- library, later pass: the library itself, in a pass in which nothing is special.
-- bare: the same work by hand, without the library.
+- std::filesystem poller: the polling loop that an application would write with the standard library.
+- transcription: the watchers' rules, implemented directly with `QDir`, `std::sort` and `QFileInfo`.
+- library, later pass: the library itself, in an ordinary later pass.
+- bare: the same work without the library.
 
 )";
 
@@ -48,12 +48,12 @@ int main(int argc, char* argv[])
     const QCommandLineOption briefly(QStringLiteral("brief"),
                                      QStringLiteral("Run everything once on small folders."));
     const QCommandLineOption output(
-        QStringLiteral("output"), QStringLiteral("Write the table to a file, too."), QStringLiteral("file"));
+        QStringLiteral("output"), QStringLiteral("Write the tables to a file, too."), QStringLiteral("file"));
     const QCommandLineOption passes(QStringLiteral("passes"),
-                                    QStringLiteral("Only make passes: DOER NUMBER."));
+                                    QStringLiteral("Only make passes: CONTENDER COUNT."));
     const QCommandLineOption memory(
         QStringLiteral("memory"),
-        QStringLiteral("Only print the memory of a start and ten passes: DOER FOLDER."));
+        QStringLiteral("Only print the memory after a start and after ten passes: CONTENDER FOLDER."));
     arguments.addOptions({briefly, output, passes, memory});
     arguments.addHelpOption();
     arguments.process(application);
@@ -80,7 +80,7 @@ int main(int argc, char* argv[])
     Benchmarks::RunAllWorks();
 
     if (arguments.isSet(briefly)) {
-        std::cout << "All benchmarks ran, on folders too small for figures.\n";
+        std::cout << "All benchmarks ran. The folders were too small for meaningful figures.\n";
         return 0;
     }
     const std::string report = Report();

@@ -13,7 +13,7 @@
 namespace Benchmarks {
 namespace {
 
-/// The library is to take at most so many times as long as these.
+/// At most how many times as long as each contender the library should take.
 struct PassGoals
 {
     double poller;
@@ -50,7 +50,7 @@ const char* WhyPass(const PollSettings& settings)
     return settings.nameFilters.isEmpty() ? whyPass : whyNameFilters;
 }
 
-/// All who poll one tree with the same settings.
+/// All contenders that poll one tree with the same settings.
 class Contest
 {
 public:
@@ -70,41 +70,42 @@ public:
 
     void AddStart()
     {
-        Work work{"StartWatching" + title, Doer::polling, startAgainstPoller};
+        Work work{"StartWatching" + title, Contender::polling, startAgainstPoller};
         work.whyMissed = whyStart;
-        AddTimedStart(work, Doer::raw, raw);
-        AddTimedStart(work, Doer::polling, poller);
+        AddTimedStart(work, Contender::raw, raw);
+        AddTimedStart(work, Contender::polling, poller);
         if (transcription)
-            AddTimedStart(work, Doer::transcription, transcription, 3);
-        AddTimedStart(work, Doer::library, library);
+            AddTimedStart(work, Contender::transcription, transcription, 3);
+        AddTimedStart(work, Contender::library, library);
     }
 
     void AddFirstPass()
     {
-        Work work{"CheckFolder, first pass" + title, Doer::laterPass, firstPassAgainstLater};
+        Work work{"CheckFolder, first pass" + title, Contender::laterPass, firstPassAgainstLater};
         work.whyMissed = whyMissed;
-        AddTimedFirstPass(work, Doer::polling, poller);
-        AddLaterPass(work, Doer::laterPass, laterLibrary);
-        AddTimedFirstPass(work, Doer::library, library);
+        AddTimedFirstPass(work, Contender::polling, poller);
+        AddLaterPass(work, Contender::laterPass, laterLibrary);
+        AddTimedFirstPass(work, Contender::library, library);
     }
 
     void AddLaterPass()
     {
         Work work{"CheckFolder, later pass, nothing changed" + title,
-                  Doer::polling,
+                  Contender::polling,
                   goals.poller,
-                  {{Doer::raw, goals.raw}, {Doer::raw, stretchAgainstRaw, Goal::Kind::Stretch}}};
+                  {{Contender::raw, goals.raw}, {Contender::raw, stretchAgainstRaw, Goal::Kind::Stretch}}};
         work.whyMissed = whyMissed;
-        AddLaterPass(work, Doer::raw, laterRaw);
-        AddLaterPass(work, Doer::polling, laterPoller);
+        AddLaterPass(work, Contender::raw, laterRaw);
+        AddLaterPass(work, Contender::polling, laterPoller);
         if (transcription)
-            AddLaterPass(work, Doer::transcription, std::make_shared<LaterPasses>(tree, transcription), 3);
-        AddLaterPass(work, Doer::library, laterLibrary);
+            AddLaterPass(work, Contender::transcription, std::make_shared<LaterPasses>(tree, transcription),
+                         3);
+        AddLaterPass(work, Contender::library, laterLibrary);
     }
 
     void AddPassWithChanges()
     {
-        // Every pass sees the same files changed, however many others have had their turn before it.
+        // Every pass finds the same files changed, no matter how many passes ran before it.
         AddPassWithDifferences("1 % changed", goals.rawWithChanges,
                                [](PolledTree& changed) { changed.Files().DateOnePercent(); });
     }
@@ -125,15 +126,15 @@ public:
     void AddPassInAnotherOrder()
     {
         Work work{"CheckFolder, later pass, the folders are listed in another order" + title,
-                  Doer::polling,
+                  Contender::polling,
                   goals.poller,
-                  {{Doer::raw, goals.raw}}};
+                  {{Contender::raw, goals.raw}}};
         work.whyMissed = whyMissed;
-        AddLaterPass(work, Doer::raw, laterRaw);
-        AddLaterPass(work, Doer::polling, laterPoller);
-        AddLaterPass(work, Doer::laterPass, laterLibrary);
-        AddDoer(
-            work, Doer::library,
+        AddLaterPass(work, Contender::raw, laterRaw);
+        AddLaterPass(work, Contender::polling, laterPoller);
+        AddLaterPass(work, Contender::laterPass, laterLibrary);
+        AddContender(
+            work, Contender::library,
             [shared = tree, later = laterLibrary](benchmark::State& state) {
                 later->CatchUp();
                 if (!shared->Files().ShuffleListing())
@@ -145,18 +146,18 @@ public:
     }
 
 private:
-    void AddTimedStart(const Work& work, const std::string& doer, const Start& start, int most = 5) const
+    void AddTimedStart(const Work& work, const std::string& contender, const Start& start, int most = 5) const
     {
         const auto run = [shared = tree, start](benchmark::State& state) {
             shared->Make(PolledTree::Content::Original);
-            Pass started; // its end is not timed
+            Pass started; // its destruction is not timed
             for (auto _ : state)
                 started = start();
         };
-        AddDoer(work, doer, run, std::min(most, repetitions));
+        AddContender(work, contender, run, std::min(most, repetitions));
     }
 
-    void AddTimedFirstPass(const Work& work, const std::string& doer, const Start& start) const
+    void AddTimedFirstPass(const Work& work, const std::string& contender, const Start& start) const
     {
         const auto run = [shared = tree, start](benchmark::State& state) {
             shared->Make(PolledTree::Content::Original);
@@ -164,11 +165,11 @@ private:
             for (auto _ : state)
                 pass();
         };
-        AddDoer(work, doer, run, repetitions);
+        AddContender(work, contender, run, repetitions);
     }
 
-    void AddLaterPass(const Work& work, const std::string& doer, const std::shared_ptr<LaterPasses>& later,
-                      int most = 5) const
+    void AddLaterPass(const Work& work, const std::string& contender,
+                      const std::shared_ptr<LaterPasses>& later, int most = 5) const
     {
         const auto run = [shared = tree, later](benchmark::State& state) {
             shared->Make(PolledTree::Content::Original);
@@ -176,19 +177,19 @@ private:
             for (auto _ : state)
                 later->MakePass();
         };
-        AddDoer(work, doer, run, std::min(most, repetitions));
+        AddContender(work, contender, run, std::min(most, repetitions));
     }
 
     void AddPassWithDifferences(const std::string& what, double mostAgainstRaw,
                                 const std::function<void(PolledTree&)>& change) const
     {
-        Work work{"CheckFolder, later pass, " + what + title, Doer::raw, mostAgainstRaw};
+        Work work{"CheckFolder, later pass, " + what + title, Contender::raw, mostAgainstRaw};
         work.whyMissed = whyMissed;
         if (tree->IsLarge())
-            work.moreGoals.push_back({Doer::polling, goals.poller});
-        for (const auto& [doer, later] :
-             {std::pair(Doer::raw, laterRaw), std::pair(Doer::polling, laterPoller),
-              std::pair(Doer::library, laterLibrary)}) {
+            work.moreGoals.push_back({Contender::polling, goals.poller});
+        for (const auto& [contender, later] :
+             {std::pair(Contender::raw, laterRaw), std::pair(Contender::polling, laterPoller),
+              std::pair(Contender::library, laterLibrary)}) {
             const auto run = [shared = tree, change, later](benchmark::State& state) {
                 shared->Make(PolledTree::Content::Original);
                 later->CatchUp();
@@ -196,7 +197,7 @@ private:
                 for (auto _ : state)
                     later->MakePass();
             };
-            AddDoer(work, doer, run, repetitions);
+            AddContender(work, contender, run, repetitions);
         }
     }
 
@@ -216,7 +217,7 @@ private:
 
 std::shared_ptr<PolledTree> MakeTree(PolledTree::Shape shape)
 {
-    // A tree of one folder has its files in it, all others are shrunk by their folders.
+    // A tree of few folders gets fewer files, the others get fewer folders.
     (shape.folders >= 100 ? shape.folders : shape.filesPerFolder) /= IsBrief() ? 100 : 1;
     return std::make_shared<PolledTree>(std::move(shape));
 }
@@ -236,7 +237,7 @@ void AddAllPasses(Contest& contest)
     contest.AddPassWithoutFiles();
 }
 
-/// Half of the files: those with an even number.
+/// Accepts half of the files: those with an even number.
 bool HasEvenNumber(const char* name)
 {
     return ::fnmatch("*[02468].png", name, 0) == 0;
@@ -287,7 +288,8 @@ void AddPollingBenchmarks()
         AddUsualPasses(other);
     }
 
-    // Its files are listed in the order in which they were last renamed, those of most others by their names.
+    // tmpfs lists files in the order of their last renaming; most other file systems list them by name or its
+    // hash.
     const QString memory = QStringLiteral("/dev/shm");
     const QFileInfo shm(memory);
     Contest inMemory(MakeTree({"100,000 files in 100 folders on tmpfs", 100, 1000, false,
@@ -301,7 +303,8 @@ void AddPollingBenchmarks()
     Contest million(MakeTree({"1,000,000 files in 1,000 folders", 1000, 1000}), goalsOfAMillion);
     AddAllPasses(million);
 
-    // The transcription's lookups grow with the square of the number here: 10,000 would take it minutes.
+    // The time of the transcription's lookups grows with the square of the number of files here: 10,000 would
+    // take minutes.
     Contest oneName(MakeTree({"1,000 files of one name in 1,000 folders", 1000, 1, true}), usualGoals);
     oneName.AddTranscription();
     AddUsualPasses(oneName);

@@ -26,12 +26,12 @@ void PrintHeap(double inUseBefore, double fromSystemBefore)
     std::cout << HeapBytesInUse() - inUseBefore << '\n' << HeapBytesFromSystem() - fromSystemBefore << '\n';
 }
 
-/// What a process of its own prints of a doer: in it, nobody has used the heap before.
-QList<QByteArray> HeapOf(const std::string& doer, const QString& folder)
+/// What a separate process prints for a contender, since its heap is unused at first.
+QList<QByteArray> HeapOf(const std::string& contender, const QString& folder)
 {
     QProcess process;
     process.start(QCoreApplication::applicationFilePath(),
-                  {QStringLiteral("--memory"), QString::fromStdString(doer), folder});
+                  {QStringLiteral("--memory"), QString::fromStdString(contender), folder});
     if (!process.waitForFinished(300000) || process.exitCode() != 0)
         return {};
     return process.readAllStandardOutput().split('\n');
@@ -39,7 +39,7 @@ QList<QByteArray> HeapOf(const std::string& doer, const QString& folder)
 
 } // namespace
 
-void PrintMemoryOf(const std::string& doer, const QString& folder)
+void PrintMemoryOf(const std::string& contender, const QString& folder)
 {
     const double inUse = HeapBytesInUse();
     const double fromSystem = HeapBytesFromSystem();
@@ -48,13 +48,13 @@ void PrintMemoryOf(const std::string& doer, const QString& folder)
     PollingLoop polling;
     Transcription transcription;
     std::function<void()> pass;
-    if (doer == Doer::library) {
+    if (contender == Contender::library) {
         checker.StartWatching(folder, {}, {}, anyDepth);
         pass = [&] { checker.CheckFolder(); };
-    } else if (doer == Doer::polling) {
+    } else if (contender == Contender::polling) {
         polling.Start(nativePath);
         pass = [&] { polling.Check(nativePath); };
-    } else if (doer == Doer::transcription) {
+    } else if (contender == Contender::transcription) {
         transcription.Start(folder);
         pass = [&] { transcription.Check(folder); };
     }
@@ -69,13 +69,13 @@ void AddPollingMemoryBenchmarks()
     const auto tree = std::make_shared<std::unique_ptr<FolderTree>>();
     Work work{"memory, 100,000 files in 100 folders", {}, 0};
     work.memory = goal;
-    for (const std::string& doer : {Doer::polling, Doer::transcription, Doer::library}) {
-        const auto run = [tree, doer](benchmark::State& state) {
+    for (const std::string& contender : {Contender::polling, Contender::transcription, Contender::library}) {
+        const auto run = [tree, contender](benchmark::State& state) {
             if (!*tree)
                 *tree = std::make_unique<FolderTree>(IsBrief() ? 1 : 100, 1000);
             QList<QByteArray> bytes;
             for (auto _ : state)
-                bytes = HeapOf(doer, (*tree)->Path());
+                bytes = HeapOf(contender, (*tree)->Path());
             if (bytes.size() < 4 || bytes.first() == "0") {
                 state.SkipWithError("the system does not tell");
                 return;
@@ -86,7 +86,7 @@ void AddPollingMemoryBenchmarks()
             state.counters["inUseAfterPasses"] = bytes.at(2).toDouble() / files;
             state.counters["fromSystemAfterPasses"] = bytes.at(3).toDouble() / files;
         };
-        AddDoer(work, doer, run, 1);
+        AddContender(work, contender, run, 1);
     }
 }
 

@@ -23,9 +23,9 @@ namespace {
 
 constexpr int filesToMove = 100;
 
-/// A home of the benchmark's own, since the user's trash is none of its business.
+/// A temporary home folder, so that the user's trash is not used.
 ///
-/// GLib looks for the trash once in a process, so an empty one and a full one take turns at its place.
+/// GLib finds the trash once per process, so an empty and a full trash are moved to its path in turn.
 class Home
 {
 public:
@@ -37,11 +37,11 @@ public:
         fs::create_directories(Path("data"));
         MakeTrash(Path("empty"), 0);
         MakeTrash(Path("full"), IsBrief() ? 100 : 50000);
-        // Otherwise whoever is measured first waits until the system has written all that.
+        // Otherwise the first contender waits until the system has written all these files.
         ::sync();
     }
 
-    /// Runs something with one of the trashes, "empty" or "full", in place and nothing new in it.
+    /// Calls run() with one of the trashes, "empty" or "full", in its original state.
     void Use(const std::string& trash, const std::function<void(const std::vector<std::string>&)>& run) const
     {
         const std::vector<std::string> files = MakeFiles();
@@ -52,7 +52,7 @@ public:
     }
 
 private:
-    /// Temporary folders often lie in memory, and nothing in memory is ever trashed.
+    /// The temporary folder may be on tmpfs, from which GIO moves no file to the trash.
     static QString FolderThatHasATrash()
     {
         const bool isInMemory = QStorageInfo(QDir::tempPath()).fileSystemType() == "tmpfs";
@@ -133,9 +133,9 @@ void AddTrashBenchmarks()
         };
     };
 
-    AddDoer(work, "empty trash", measure("empty", &MoveByLibrary), 11);
-    AddDoer(work, "GIO", measure("full", &MoveByGio), 11);
-    AddDoer(work, Doer::library, measure("full", &MoveByLibrary), 11);
+    AddContender(work, "empty trash", measure("empty", &MoveByLibrary), 11);
+    AddContender(work, "GIO", measure("full", &MoveByGio), 11);
+    AddContender(work, Contender::library, measure("full", &MoveByLibrary), 11);
 }
 
 } // namespace Benchmarks

@@ -2,7 +2,7 @@
 
 namespace Benchmarks {
 
-/// None: they would fill the user's own trash.
+/// None: they would fill the user's trash.
 void AddTrashBenchmarks()
 {
 }

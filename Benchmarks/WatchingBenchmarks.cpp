@@ -15,8 +15,8 @@ namespace {
 
 constexpr unsigned int anyDepth = std::numeric_limits<unsigned int>::max();
 
-/// A watcher that was started on an empty folder knows the files that came later without having registered
-/// each, which would take Qt minutes for so many.
+/// A watcher that is started on an empty folder does not register the files that are added later. Registering
+/// so many would take Qt minutes.
 struct WatchedTree
 {
     int folders;
@@ -39,30 +39,30 @@ struct WatchedTree
 void AddFolderNotice()
 {
     const Work work{"DirectoryWatcher, folder notice, nothing changed, 100,000 files in 100 folders",
-                    Doer::polling, 0.2};
+                    Contender::polling, 0.2};
     const auto tree = std::make_shared<WatchedTree>();
     tree->folders = IsBrief() ? 1 : 100;
 
-    AddDoer(work, Doer::raw, [tree](benchmark::State& state) {
+    AddContender(work, Contender::raw, [tree](benchmark::State& state) {
         tree->Prepare();
         for (auto _ : state)
             benchmark::DoNotOptimize(ListRaw(tree->NativePath()));
     });
-    AddDoer(work, Doer::polling, [tree](benchmark::State& state) {
+    AddContender(work, Contender::polling, [tree](benchmark::State& state) {
         tree->Prepare();
         PollingLoop polling;
         polling.Start(tree->NativePath());
         for (auto _ : state)
             benchmark::DoNotOptimize(polling.Check(tree->NativePath()));
     });
-    AddDoer(work, Doer::transcription, [tree](benchmark::State& state) {
+    AddContender(work, Contender::transcription, [tree](benchmark::State& state) {
         tree->Prepare();
         Transcription transcription;
         transcription.Start(tree->root->path());
         for (auto _ : state)
             benchmark::DoNotOptimize(transcription.LookForNewFiles(tree->root->path()));
     });
-    AddDoer(work, Doer::library, [tree](benchmark::State& state) {
+    AddContender(work, Contender::library, [tree](benchmark::State& state) {
         tree->Prepare();
         for (auto _ : state)
             tree->watcher.OnDirectoryChanged(tree->root->path());
@@ -78,21 +78,21 @@ QStringList FilesBelow(const QString& path)
     return files;
 }
 
-/// Registers each file and does nothing else: Qt's own share of a start.
+/// The contender only registers each file: Qt's share of a start.
 void AddStart(int fileCount, double mostRatio, int repetitions)
 {
-    Work work{"DirectoryWatcher::StartWatching, " + std::to_string(fileCount) + " files", Doer::bare,
+    Work work{"DirectoryWatcher::StartWatching, " + std::to_string(fileCount) + " files", Contender::bare,
               mostRatio};
     work.whyMissed =
-        "Beside registering the files, the start lists the folder, reads the size and time of each file "
-        "once it is registered, and keeps its path in a set.";
+        "Besides registering the files, the start lists the folder, reads the size and time of each file "
+        "after registering it, and stores its path in a set.";
     const auto tree = std::make_shared<FolderTree>(1, IsBrief() ? 10 : fileCount);
 
-    AddDoer(
-        work, Doer::bare,
+    AddContender(
+        work, Contender::bare,
         [tree](benchmark::State& state) {
             const QStringList files = FilesBelow(tree->Path());
-            std::unique_ptr<QFileSystemWatcher> watcher; // its end is not timed
+            std::unique_ptr<QFileSystemWatcher> watcher; // its destruction is not timed
             for (auto _ : state) {
                 watcher = std::make_unique<QFileSystemWatcher>(QStringList{tree->Path()});
                 for (const QString& file : files)
@@ -100,8 +100,8 @@ void AddStart(int fileCount, double mostRatio, int repetitions)
             }
         },
         repetitions);
-    AddDoer(
-        work, Doer::library,
+    AddContender(
+        work, Contender::library,
         [tree](benchmark::State& state) {
             Zendra::LW::DirectoryWatcher watcher;
             for (auto _ : state)

@@ -10,10 +10,10 @@
 #include <string>
 #include <unordered_map>
 
-/// What the library is measured against, each as somebody would write it without the library.
+/// The baselines of the library, written as an application would write them.
 namespace Benchmarks {
 
-/// Whether a file of that name counts. An empty one keeps all.
+/// Whether to include a file, by its name. An empty function includes all files.
 using KeepsName = std::function<bool(const char* name)>;
 
 /// The file system's own cost: readdir alone. @return the number of files
@@ -21,13 +21,13 @@ std::size_t ListRaw(const std::string& path);
 /// The file system's own cost: readdir, and fstatat for each file that counts.
 std::size_t ListAndStatRaw(const std::string& path, const KeepsName& keeps = {});
 
-/// The polling loop that a user would write with the standard library.
+/// The polling loop that an application would write with the standard library.
 class PollingLoop
 {
 public:
     explicit PollingLoop(const KeepsName& keepsName = {}) : keeps(keepsName) {}
 
-    /// Call it once.
+    /// Call this once.
     void Start(const std::filesystem::path& root);
     /// @return the number of differences
     std::size_t Check(const std::filesystem::path& root);
@@ -39,14 +39,14 @@ private:
     std::unordered_map<std::string, std::filesystem::file_time_type> known;
 };
 
-/// The checker's rules written down with QDir, std::sort and QFileInfo, and no thought of speed.
+/// The checker's rules, implemented directly with QDir, std::sort and QFileInfo, regardless of speed.
 class Transcription
 {
 public:
     void Start(const QString& root);
     /// Both halves of a pass. @return the number of differences
     std::size_t Check(const QString& root);
-    /// The half that looks for new files.
+    /// The half that searches for new files.
     std::size_t LookForNewFiles(const QString& root);
 
 private:

@@ -41,7 +41,7 @@ std::string FolderName(int folder)
     return "/Folder " + std::to_string(folder);
 }
 
-/// The numbers of a folder lie scattered over all names, as those of recordings of many days do.
+/// Consecutive numbers are in different folders, so sorting by name mixes the folders.
 std::string FileName(int folder, int file, int folders, bool sameNames)
 {
     return "/Recording " + std::to_string(sameNames ? file : file * folders + folder) + ".png";

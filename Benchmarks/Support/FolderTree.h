@@ -11,27 +11,26 @@ namespace Benchmarks {
 class FolderTree
 {
 public:
-    /// @param sameNames  files of all folders have the same names: `file0.png`, ...; otherwise every name is
-    /// another one
-    /// @param parent  where to make it; the system's folder for temporary files if empty
+    /// @param sameNames  the folders have files of the same names; otherwise every name is unique
+    /// @param parent  where to create it; in the temporary folder if empty
     FolderTree(int folders, int filesPerFolder, bool sameNames = false, const QString& parent = QString());
 
     QString Path() const { return root.path(); }
     int FileCount() const { return folderCount * filesPerFolder; }
 
-    /// Gives every hundredth file a modification time that none had before.
+    /// Gives every hundredth file a modification time that no file had before.
     void DateOnePercent();
-    /// Makes, or removes again, a new file beside every hundredth.
+    /// Creates a new file next to every hundredth, or removes it again.
     void AddOnePercent() const;
     void RemoveAdded() const;
-    /// Removes every hundredth file, or makes it again.
+    /// Removes every hundredth file, or creates it again.
     void RemoveOnePercent() const;
     void RestoreRemoved() const;
-    /// Has the file system list the files in another order, where it can be brought to that.
-    /// @return whether it has
+    /// Makes the file system list the files in another order, if it supports that.
+    /// @return whether the order changed
     bool ShuffleListing();
 
-    /// Fills a folder that is there already.
+    /// Fills an existing folder.
     static void Fill(const QString& path, int folders, int filesPerFolder, bool sameNames = false);
 
 private:

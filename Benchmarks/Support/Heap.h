@@ -2,9 +2,9 @@
 
 namespace Benchmarks {
 
-/// The bytes that the process has taken from the heap and not given back; 0 where the system doesn't tell.
+/// The bytes that the process has allocated and not freed; 0 where the system does not report this.
 double HeapBytesInUse();
-/// The bytes that the heap has taken from the system for that, and keeps for later.
+/// The bytes that the heap has obtained from the system, including those it keeps for later.
 double HeapBytesFromSystem();
 
 } // namespace Benchmarks

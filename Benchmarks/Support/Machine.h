@@ -4,7 +4,7 @@
 
 namespace Benchmarks {
 
-/// The machine that the figures come from, as lines of a list in Markdown.
+/// Describes the machine that ran the benchmarks, as a list in Markdown.
 std::string DescribeMachine();
 
 } // namespace Benchmarks

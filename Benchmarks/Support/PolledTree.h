@@ -15,7 +15,7 @@
 
 namespace Benchmarks {
 
-/// A folder that all who poll it share; made when the first of them needs it, and changed between passes.
+/// A folder that several contenders poll. It is created at the first use and changed between passes.
 class PolledTree
 {
 public:
@@ -25,7 +25,7 @@ public:
         int folders;
         int filesPerFolder;
         bool sameNames = false;
-        QString parent = {}; ///< where to make it; the system's folder for temporary files if empty
+        QString parent = {}; ///< where to create it; in the temporary folder if empty
     };
 
     enum class Content
@@ -43,9 +43,9 @@ public:
     QString Path() { return Files().Path(); }
     std::string NativePath();
 
-    /// Makes the tree, too, so that no timed pass does.
+    /// Also creates the tree, so that no timed pass does.
     void Make(Content wanted);
-    /// Which content it is, counted from the first.
+    /// Increases with every change of the content.
     int Version() const { return version; }
 
 private:
@@ -55,26 +55,27 @@ private:
     int version = 0;
 };
 
-/// What a contender looks at, and when its clock is.
+/// Which files a contender polls, and in which time zone.
 struct PollSettings
 {
     QStringList nameFilters = {};
     std::function<bool(const QFileInfo&)> predicate = {};
-    KeepsName keeps = {};                ///< the same as both, for those who go without the library
-    std::optional<QByteArray> zone = {}; ///< as TZ takes it, null for none; the environment's if not given
+    KeepsName keeps = {}; ///< the same as both, for the contenders without the library
+    /// The value of TZ, null to unset it. Without a value TZ is left unchanged.
+    std::optional<QByteArray> zone = {};
 };
 
-/// Somebody who polls a tree: starts, and makes a pass each time that he is called again.
+/// A contender: the first function starts to poll a tree, and its result makes one pass per call.
 using Pass = std::function<void()>;
 using Start = std::function<Pass()>;
 
 Start Library(const std::shared_ptr<PolledTree>& tree, const PollSettings& settings);
 Start RawWalk(const std::shared_ptr<PolledTree>& tree, const PollSettings& settings);
 Start Poller(const std::shared_ptr<PolledTree>& tree, const PollSettings& settings);
-/// Knows no filters.
+/// Supports no filters.
 Start TranscribedRules(const std::shared_ptr<PolledTree>& tree);
 
-/// Somebody who has started long ago: every pass but the first.
+/// A contender that has made its first pass already.
 class LaterPasses
 {
 public:
@@ -83,7 +84,7 @@ public:
     {
     }
 
-    /// Makes passes until it knows all that is there, to be called before what is timed.
+    /// Makes the passes that are needed to know all files. Call it before a timed pass.
     void CatchUp();
     void MakePass();
 

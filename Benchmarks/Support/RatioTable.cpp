@@ -32,18 +32,18 @@ bool Contains(const std::vector<std::string>& texts, const std::string& text)
     return std::find(texts.begin(), texts.end(), text) != texts.end();
 }
 
-/// The usual ones first, and all others as they come.
-std::vector<std::string> InColumnOrder(const std::vector<std::string>& doers)
+/// The usual contenders first, then the others in their order.
+std::vector<std::string> InColumnOrder(const std::vector<std::string>& contenders)
 {
     std::vector<std::string> columns;
-    for (const std::string& usual :
-         {Doer::library, Doer::laterPass, Doer::raw, Doer::polling, Doer::transcription, Doer::bare}) {
-        if (Contains(doers, usual))
+    for (const std::string& usual : {Contender::library, Contender::laterPass, Contender::raw,
+                                     Contender::polling, Contender::transcription, Contender::bare}) {
+        if (Contains(contenders, usual))
             columns.push_back(usual);
     }
-    for (const std::string& doer : doers) {
-        if (!Contains(columns, doer))
-            columns.push_back(doer);
+    for (const std::string& contender : contenders) {
+        if (!Contains(columns, contender))
+            columns.push_back(contender);
     }
     return columns;
 }
@@ -100,25 +100,25 @@ void RatioTable::ReportRuns(const std::vector<Run>& runs)
         const std::string name = run.run_name.function_name;
         const std::size_t slash = name.rfind('/');
         Row* const row = FindRow(name.substr(0, slash));
-        const std::string doer = name.substr(slash + 1);
+        const std::string contender = name.substr(slash + 1);
         if (run.error_occurred) {
             row->failure = run.error_message;
             std::cerr << name << ": " << run.error_message << std::endl;
             continue;
         }
-        if (!Contains(row->doers, doer))
-            row->doers.push_back(doer);
+        if (!Contains(row->contenders, contender))
+            row->contenders.push_back(contender);
         const double milliseconds = run.GetAdjustedCPUTime();
-        row->milliseconds[doer].push_back(milliseconds);
+        row->milliseconds[contender].push_back(milliseconds);
         for (const auto& [counter, value] : run.counters)
-            row->counters[doer][counter] = value;
+            row->counters[contender][counter] = value;
         std::cerr << name << ": " << Time(milliseconds) << std::endl;
     }
 }
 
 bool RatioTable::IsMeasured(const Row& row)
 {
-    return row.failure.empty() && row.milliseconds.count(Doer::library) == 1;
+    return row.failure.empty() && row.milliseconds.count(Contender::library) == 1;
 }
 
 std::vector<RatioTable::Outcome> RatioTable::Outcomes(const Row& row)
@@ -133,11 +133,11 @@ std::vector<RatioTable::Outcome> RatioTable::TimeOutcomes(const Row& row)
         goals.insert(goals.begin(), {row.work.against, row.work.mostRatio});
 
     std::vector<Outcome> outcomes;
-    const double own = Median(row.milliseconds.at(Doer::library));
+    const double own = Median(row.milliseconds.at(Contender::library));
     for (const Goal& goal : goals) {
         const auto other = row.milliseconds.find(goal.against);
         if (other == row.milliseconds.end())
-            continue; // left out by --benchmark_filter
+            continue; // excluded by --benchmark_filter
         const double ratio = own / Median(other->second);
         const bool isMissed = ratio > goal.mostRatio;
         std::string text = Format("at most %.2g x ", goal.mostRatio) + goal.against;
@@ -154,7 +154,7 @@ std::vector<RatioTable::Outcome> RatioTable::MemoryOutcomes(const Row& row)
 {
     std::vector<Outcome> outcomes;
     const MemoryGoal& goal = *row.work.memory;
-    const std::map<std::string, double>& bytes = row.counters.at(Doer::library);
+    const std::map<std::string, double>& bytes = row.counters.at(Contender::library);
     const auto growth = [&](const char* before, const char* after) {
         return bytes.at(after) / bytes.at(before);
     };
@@ -174,34 +174,34 @@ std::vector<RatioTable::Outcome> RatioTable::MemoryOutcomes(const Row& row)
 void RatioTable::PrintTimes(std::ostream& out, const char* heading, IsWanted isWanted) const
 {
     std::vector<const Row*> wanted;
-    std::vector<std::string> doers;
+    std::vector<std::string> contenders;
     for (const Row& row : rows) {
         if (row.work.memory || !IsMeasured(row) || !isWanted(row))
             continue;
         wanted.push_back(&row);
-        doers.insert(doers.end(), row.doers.begin(), row.doers.end());
+        contenders.insert(contenders.end(), row.contenders.begin(), row.contenders.end());
     }
     if (wanted.empty())
         return;
 
-    const std::vector<std::string> columns = InColumnOrder(doers);
+    const std::vector<std::string> columns = InColumnOrder(contenders);
     std::vector<std::string> header = {"work"};
     header.insert(header.end(), columns.begin(), columns.end());
     header.emplace_back("goals");
     out << "### " << heading << "\n\n";
     PrintHeader(out, header);
     for (const Row* row : wanted) {
-        const double own = Median(row->milliseconds.at(Doer::library));
+        const double own = Median(row->milliseconds.at(Contender::library));
         out << "| " << row->work.title << " |";
-        for (const std::string& doer : columns) {
-            const auto values = row->milliseconds.find(doer);
+        for (const std::string& contender : columns) {
+            const auto values = row->milliseconds.find(contender);
             if (values == row->milliseconds.end()) {
                 out << " |";
                 continue;
             }
             const double time = Median(values->second);
-            out << ' ' << Time(time) << (doer == Doer::library ? "" : Format(" (%.2f x)", own / time))
-                << " |";
+            out << ' ' << Time(time)
+                << (contender == Contender::library ? "" : Format(" (%.2f x)", own / time)) << " |";
         }
         std::vector<std::string> goals;
         for (const Outcome& outcome : Outcomes(*row))
@@ -218,19 +218,17 @@ void RatioTable::PrintMemory(std::ostream& out) const
         if (!row.work.memory || !IsMeasured(row))
             continue;
         if (std::exchange(isFirst, false)) {
-            out << "### Memory\n\nIn bytes a file: what is in use, and what the heap has taken from the "
-                   "system "
-                   "and keeps.\n\n";
-            PrintHeader(out, {"work", "by", "in use after the start", "after ten passes",
+            out << "### Memory\n\nBytes per file: in use, and obtained from the system by the heap.\n\n";
+            PrintHeader(out, {"work", "contender", "in use after the start", "after ten passes",
                               "from the system after the start", "after ten passes", "goals"});
         }
-        for (const std::string& doer : InColumnOrder(row.doers)) {
-            out << "| " << row.work.title << " | " << doer;
+        for (const std::string& contender : InColumnOrder(row.contenders)) {
+            out << "| " << row.work.title << " | " << contender;
             for (const char* counter :
                  {"inUseAfterStart", "inUseAfterPasses", "fromSystemAfterStart", "fromSystemAfterPasses"})
-                out << " | " << Format("%.0f", row.counters.at(doer).at(counter));
+                out << " | " << Format("%.0f", row.counters.at(contender).at(counter));
             std::vector<std::string> goals;
-            if (doer == Doer::library) {
+            if (contender == Contender::library) {
                 for (const Outcome& outcome : Outcomes(row))
                     goals.push_back(outcome.text);
             }
@@ -269,10 +267,10 @@ void RatioTable::PrintMissedGoals(std::ostream& out) const
 void RatioTable::Print(std::ostream& out) const
 {
     PrintTimes(out, "The watchers", [](const Row& row) {
-        return row.milliseconds.count(Doer::raw) + row.milliseconds.count(Doer::polling) > 0;
+        return row.milliseconds.count(Contender::raw) + row.milliseconds.count(Contender::polling) > 0;
     });
     PrintTimes(out, "Other calls", [](const Row& row) {
-        return row.milliseconds.count(Doer::raw) + row.milliseconds.count(Doer::polling) == 0;
+        return row.milliseconds.count(Contender::raw) + row.milliseconds.count(Contender::polling) == 0;
     });
     PrintMemory(out);
     PrintMissedGoals(out);

@@ -10,8 +10,8 @@
 
 namespace Benchmarks {
 
-/// Collects what the benchmarks measured and sets it down as tables in Markdown, with a column for each of
-/// those who did the work, and says of each goal whether it was met.
+/// Collects the results of the benchmarks and prints them as tables in Markdown, with a column for each
+/// contender, and whether each goal was met.
 class RatioTable : public benchmark::BenchmarkReporter
 {
 public:
@@ -28,13 +28,13 @@ private:
     struct Row
     {
         Work work;
-        std::vector<std::string> doers;                                ///< in the order of their first runs
-        std::map<std::string, std::vector<double>> milliseconds;       ///< by doer, one a repetition
-        std::map<std::string, std::map<std::string, double>> counters; ///< by doer and name
+        std::vector<std::string> contenders;                     ///< in the order of their first runs
+        std::map<std::string, std::vector<double>> milliseconds; ///< by contender, one value per repetition
+        std::map<std::string, std::map<std::string, double>> counters; ///< by contender and name
         std::string failure;                                           ///< why it was not measured
     };
 
-    /// Whether a goal was met, and how it reads in the table.
+    /// Whether a goal was met, and its text in the table.
     struct Outcome
     {
         std::string text;

@@ -24,9 +24,8 @@ constexpr int filesPerFolder = 100;
 constexpr unsigned int anyDepth = std::numeric_limits<unsigned int>::max();
 const std::string notice = "library, folder notice";
 
-/// @return all system calls of so many passes, start and end of the process included; -1 if they cannot be
-/// counted
-double Count(const std::string& doer, int passes)
+/// @return the number of system calls of a process that makes these passes; -1 if they cannot be counted
+double Count(const std::string& contender, int passes)
 {
     const QTemporaryDir folder;
     const QString report = folder.filePath(QStringLiteral("report"));
@@ -34,7 +33,7 @@ double Count(const std::string& doer, int passes)
     strace.start(QStringLiteral("strace"),
                  {QStringLiteral("-f"), QStringLiteral("-c"), QStringLiteral("-o"), report,
                   QCoreApplication::applicationFilePath(), QStringLiteral("--passes"),
-                  QString::fromStdString(doer), QString::number(passes)});
+                  QString::fromStdString(contender), QString::number(passes)});
     QFile file(report);
     if (!strace.waitForFinished(120000) || strace.exitCode() != 0 || !file.open(QIODevice::ReadOnly))
         return -1;
@@ -47,7 +46,7 @@ double Count(const std::string& doer, int passes)
 
 } // namespace
 
-void MakePasses(const std::string& doer, int number)
+void MakePasses(const std::string& contender, int number)
 {
     const QTemporaryDir root;
     const QString path = root.path();
@@ -56,21 +55,21 @@ void MakePasses(const std::string& doer, int number)
     Zendra::LW::DirectoryWatcher watcher;
     PollingLoop polling;
     Transcription transcription;
-    // Before there are files: those that fill an empty snapshot are not registered one by one.
-    if (doer == notice)
+    // Before there are files: those that are added to an empty snapshot are not registered.
+    if (contender == notice)
         watcher.StartWatching(path, {}, {}, anyDepth);
     FolderTree::Fill(path, folders, filesPerFolder);
     checker.StartWatching(path, {}, {}, anyDepth);
     polling.Start(nativePath);
     transcription.Start(path);
     for (int pass = 0; pass < number; ++pass) {
-        if (doer == Doer::library)
+        if (contender == Contender::library)
             checker.CheckFolder();
-        else if (doer == notice)
+        else if (contender == notice)
             watcher.OnDirectoryChanged(path);
-        else if (doer == Doer::polling)
+        else if (contender == Contender::polling)
             polling.Check(nativePath);
-        else if (doer == Doer::transcription)
+        else if (contender == Contender::transcription)
             transcription.Check(path);
     }
 }
@@ -79,16 +78,17 @@ std::string CountSystemCalls()
 {
     if (QStandardPaths::findExecutable(QStringLiteral("strace")).isEmpty())
         return "Not counted: strace is not installed.\n";
-    std::string table = "| doer | system calls per known file and pass |\n|---|---|\n";
-    for (const std::string& doer : {Doer::library, notice, Doer::polling, Doer::transcription}) {
-        // The first pass after a start may cost more; those after it are alike.
+    std::string table = "| contender | system calls per known file and pass |\n|---|---|\n";
+    for (const std::string& contender :
+         {Contender::library, notice, Contender::polling, Contender::transcription}) {
+        // The difference of two counts excludes the start, the first passes and the end of the process.
         constexpr int few = 2;
         constexpr int many = 12;
         const double calls =
-            (Count(doer, many) - Count(doer, few)) / (many - few) / (folders * filesPerFolder);
+            (Count(contender, many) - Count(contender, few)) / (many - few) / (folders * filesPerFolder);
         char text[32];
         std::snprintf(text, sizeof text, "%.2f", calls);
-        table += "| " + doer + " | " + text + " |\n";
+        table += "| " + contender + " | " + text + " |\n";
     }
     return table;
 }

@@ -4,11 +4,11 @@
 
 namespace Benchmarks {
 
-/// What `--passes DOER NUMBER` does: that many passes over a folder in which nothing changes.
-void MakePasses(const std::string& doer, int number);
+/// Implements `--passes CONTENDER COUNT`: makes passes over a folder in which nothing changes.
+void MakePasses(const std::string& contender, int number);
 
-/// Counts, with strace, the system calls that each doer makes for a known file in a pass. As a table in
-/// Markdown; where there is no strace, a line that says so.
+/// Counts with strace the system calls that each contender makes per known file and pass. @return a table in
+/// Markdown, or a message if strace is missing
 std::string CountSystemCalls();
 
 } // namespace Benchmarks

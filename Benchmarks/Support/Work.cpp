@@ -12,9 +12,9 @@ namespace {
 
 bool brief = false;
 
-struct NamedDoer
+struct NamedContender
 {
-    std::string name; // of the work and the doer
+    std::string name; // "work/contender"
     std::function<void(benchmark::State&)> run;
     int repetitions;
 };
@@ -22,7 +22,7 @@ struct NamedDoer
 struct AddedWork
 {
     std::string title;
-    std::vector<NamedDoer> doers;
+    std::vector<NamedContender> contenders;
 };
 
 std::vector<AddedWork>& AddedWorks()
@@ -31,12 +31,12 @@ std::vector<AddedWork>& AddedWorks()
     return works;
 }
 
-void Register(NamedDoer doer)
+void Register(NamedContender contender)
 {
-    // One iteration a repetition: each is long, and the median of the repetitions is what counts.
-    benchmark::RegisterBenchmark(doer.name.c_str(), std::move(doer.run))
+    // One iteration per repetition: each is long, and the median of the repetitions is used.
+    benchmark::RegisterBenchmark(contender.name.c_str(), std::move(contender.run))
         ->Iterations(1)
-        ->Repetitions(brief ? 1 : doer.repetitions)
+        ->Repetitions(brief ? 1 : contender.repetitions)
         ->MeasureProcessCPUTime()
         ->Unit(benchmark::kMillisecond);
 }
@@ -53,30 +53,31 @@ bool IsBrief()
     return brief;
 }
 
-void AddDoer(const Work& work, const std::string& doer, std::function<void(benchmark::State&)> run,
-             int repetitions)
+void AddContender(const Work& work, const std::string& contender, std::function<void(benchmark::State&)> run,
+                  int repetitions)
 {
     RatioTable::Instance().AddWork(work);
     std::vector<AddedWork>& works = AddedWorks();
     if (works.empty() || works.back().title != work.title)
         works.push_back({work.title, {}});
-    works.back().doers.push_back({work.title + '/' + doer, std::move(run), repetitions});
+    works.back().contenders.push_back({work.title + '/' + contender, std::move(run), repetitions});
 }
 
 void RunAllWorks()
 {
     const std::regex filter(benchmark::GetBenchmarkFilter());
     for (AddedWork& work : AddedWorks()) {
-        const bool isWanted = std::any_of(work.doers.begin(), work.doers.end(), [&](const NamedDoer& doer) {
-            return std::regex_search(doer.name, filter);
-        });
+        const bool isWanted =
+            std::any_of(work.contenders.begin(), work.contenders.end(), [&](const NamedContender& contender) {
+                return std::regex_search(contender.name, filter);
+            });
         if (isWanted) {
-            for (NamedDoer& doer : work.doers)
-                Register(std::move(doer));
+            for (NamedContender& contender : work.contenders)
+                Register(std::move(contender));
             benchmark::RunSpecifiedBenchmarks(&RatioTable::Instance());
             benchmark::ClearRegisteredBenchmarks();
         }
-        work.doers.clear(); // and with them the folders that no later work shares
+        work.contenders.clear(); // and with them the folders that no later work uses
     }
 }
 
