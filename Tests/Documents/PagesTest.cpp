@@ -136,8 +136,8 @@ TEST_P(PagesTest, ShowsWhatATerminalShows)
 }
 
 INSTANTIATE_TEST_SUITE_P(Pages, PagesTest,
-                         testing::Values("watching.md", "numbering.md", "preparing.md", "file-operations.md",
-                                         "temporary-links.md"),
+                         testing::Values("watching.md", "watch-and-poll.md", "numbering.md", "preparing.md",
+                                         "file-operations.md", "temporary-links.md"),
                          NameOf);
 
 TEST(NumberExampleTest, RefusesAFolderThatIsMissing)

@@ -1,0 +1,224 @@
+#include "Tests/Support/EventLoop.h"
+#include "Tests/Support/TempFolder.h"
+
+#include <QFileInfo>
+#include <QProcess>
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+using Tests::TempFolder;
+using Tests::WaitUntil;
+
+// Examples/3-watch-and-poll, run as a program.
+
+namespace {
+
+/// Polls that never come: all that is reported comes of a notice.
+constexpr const char* anHour = "3600000";
+/// Polls that come soon.
+constexpr const char* soon = "100";
+
+QString operator""_q(const char* text, size_t size)
+{
+    return QString::fromUtf8(text, int(size));
+}
+
+class WatchAndPollTest : public testing::Test
+{
+protected:
+    ~WatchAndPollTest() override
+    {
+        program.kill();
+        program.waitForFinished();
+    }
+
+    /// Starts the program, and waits until it says how many files it watches.
+    void Start(const QString& folderName, const char* interval)
+    {
+        program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        program.start(QStringLiteral(WATCH_AND_POLL),
+                      {folder.Path(folderName), QString::fromLatin1(interval)});
+        ASSERT_TRUE(WaitUntil([this] { return Printed().find('\n') != std::string::npos; }));
+        printed.clear();
+    }
+
+    /// Adds a complete file: a check between its creation and its content would report a change later. It
+    /// comes from elsewhere, so that nothing else changes near the root.
+    void Add(const QString& path)
+    {
+        folder.MakeFolder(QFileInfo(path).path());
+        folder.Rename(elsewhere.Write("new.mp4"_q), path);
+    }
+
+    /// Waits for as much output as this, and returns what has been printed since the last call.
+    std::string Wait(const std::string& expected)
+    {
+        WaitUntil([&] { return Printed().size() >= expected.size(); });
+        const std::string result = printed;
+        printed.clear();
+        return result;
+    }
+
+    const std::string& Printed() { return printed += program.readAllStandardOutput().toStdString(); }
+
+    TempFolder folder;
+    TempFolder elsewhere;
+    QProcess program;
+    std::string printed;
+};
+
+} // namespace
+
+#define EXPECT_PRINTS(lines) EXPECT_EQ(Wait(lines), lines)
+
+TEST_F(WatchAndPollTest, SaysHowManyFilesItWatches)
+{
+    folder.Write("Recordings/1.mp4"_q);
+    folder.Write("Recordings/Monday/2.mp4"_q);
+    folder.Write("Recordings/notes.txt"_q);
+
+    program.start(QStringLiteral(WATCH_AND_POLL), {folder.Path("Recordings"_q)});
+
+    EXPECT_PRINTS("watching 2 files\n");
+}
+
+TEST_F(WatchAndPollTest, ReportsAFileThatIsAddedAndRemoved)
+{
+    folder.MakeFolder("Recordings"_q);
+    Start("Recordings"_q, anHour);
+
+    Add("Recordings/1.mp4"_q);
+    EXPECT_PRINTS("added    1.mp4\n");
+    folder.Remove("Recordings/1.mp4"_q);
+    EXPECT_PRINTS("removed  1.mp4\n");
+}
+
+TEST_F(WatchAndPollTest, ReportsEachTimeThatAFileIsReplacedByRenaming)
+{
+    folder.Write("Recordings/1.mp4"_q);
+    Start("Recordings"_q, anHour);
+
+    for (const int hour : {1, 2}) {
+        const QString replacement = elsewhere.Write("new.mp4"_q);
+        elsewhere.SetModificationTime("new.mp4"_q, QDateTime(QDate(2020, 1, 1), QTime(hour, 0)));
+        folder.Rename(replacement, "Recordings/1.mp4"_q);
+        EXPECT_PRINTS("changed  1.mp4\n");
+    }
+}
+
+TEST_F(WatchAndPollTest, WatchesARootThatIsDeletedAndMadeAgain)
+{
+    folder.Write("Recordings/1.mp4"_q);
+    Start("Recordings"_q, anHour);
+
+    folder.Remove("Recordings/1.mp4"_q);
+    folder.RemoveFolder("Recordings"_q);
+    EXPECT_PRINTS("removed  1.mp4\n");
+    Add("Recordings/2.mp4"_q);
+    EXPECT_PRINTS("added    2.mp4\n");
+    Add("Recordings/3.mp4"_q);
+    EXPECT_PRINTS("added    3.mp4\n");
+}
+
+TEST_F(WatchAndPollTest, WatchesARootThatIsMadeAfterTheStart)
+{
+    Start("Recordings"_q, anHour);
+
+    Add("Recordings/1.mp4"_q);
+    EXPECT_PRINTS("added    1.mp4\n");
+    Add("Recordings/2.mp4"_q);
+    EXPECT_PRINTS("added    2.mp4\n");
+}
+
+TEST_F(WatchAndPollTest, FindsARootWhoseParentIsMissingAtTheStartByPolling)
+{
+    Start("Videos/Recordings"_q, soon);
+
+    Add("Videos/Recordings/1.mp4"_q);
+
+    EXPECT_PRINTS("added    1.mp4\n");
+}
+
+TEST_F(WatchAndPollTest, WatchesANewSubfolder)
+{
+    folder.MakeFolder("Recordings"_q);
+    Start("Recordings"_q, anHour);
+
+    Add("Recordings/Monday/1.mp4"_q);
+    EXPECT_PRINTS("added    Monday/1.mp4\n");
+    Add("Recordings/Monday/2.mp4"_q);
+    EXPECT_PRINTS("added    Monday/2.mp4\n");
+}
+
+TEST_F(WatchAndPollTest, ReportsNothingBelowItsDepth)
+{
+    folder.MakeFolder("Recordings/Monday"_q);
+    Start("Recordings"_q, anHour);
+
+    Add("Recordings/Monday/Morning/1.mp4"_q);
+    Add("Recordings/Monday/2.mp4"_q);
+
+    EXPECT_PRINTS("added    Monday/2.mp4\n");
+}
+
+// A watch stays with a folder that is renamed: the folder that takes its name needs another.
+TEST_F(WatchAndPollTest, WatchesASubfolderThatTakesTheNameOfARenamedOne)
+{
+    folder.Write("Recordings/Monday/1.mp4"_q);
+    Start("Recordings"_q, anHour);
+
+    folder.Rename("Recordings/Monday"_q, "Recordings/Tuesday"_q);
+    folder.MakeFolder("Recordings/Monday"_q);
+    EXPECT_PRINTS("added    Tuesday/1.mp4\nremoved  Monday/1.mp4\n");
+    Add("Recordings/Monday/2.mp4"_q);
+    EXPECT_PRINTS("added    Monday/2.mp4\n");
+    Add("Recordings/Tuesday/3.mp4"_q);
+    EXPECT_PRINTS("added    Tuesday/3.mp4\n");
+}
+
+// No folder notice tells of it.
+TEST_F(WatchAndPollTest, ReportsAFileThatIsWrittenInPlaceAtTheNextPoll)
+{
+    folder.Write("Recordings/1.mp4"_q);
+    Start("Recordings"_q, soon);
+
+    for (int time = 1; time <= 2; ++time) {
+        folder.Touch("Recordings/1.mp4"_q);
+        EXPECT_PRINTS("changed  1.mp4\n");
+    }
+}
+
+TEST_F(WatchAndPollTest, ReportsAFileThatIsWrittenInPlaceWithTheNextNotice)
+{
+    folder.Write("Recordings/1.mp4"_q);
+    Start("Recordings"_q, anHour);
+
+    folder.Touch("Recordings/1.mp4"_q);
+    Add("Recordings/2.mp4"_q);
+
+    EXPECT_PRINTS("added    2.mp4\nchanged  1.mp4\n");
+}
+
+TEST_F(WatchAndPollTest, FindsTheFilesOfARenamedRootGoneAtTheNextPoll)
+{
+    folder.Write("Recordings/1.mp4"_q);
+    Start("Recordings"_q, soon);
+
+    folder.Rename("Recordings"_q, "Old recordings"_q);
+    EXPECT_PRINTS("removed  1.mp4\n");
+    Add("Recordings/2.mp4"_q);
+    EXPECT_PRINTS("added    2.mp4\n");
+}
+
+// Were the interval taken as it is, the program would check without a pause.
+TEST_F(WatchAndPollTest, PollsWhenTheIntervalIsNoNumber)
+{
+    folder.Write("Recordings/1.mp4"_q);
+    Start("Recordings"_q, "often");
+
+    folder.Touch("Recordings/1.mp4"_q);
+
+    EXPECT_PRINTS("changed  1.mp4\n");
+}
