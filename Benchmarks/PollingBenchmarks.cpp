@@ -107,7 +107,7 @@ public:
     {
         // Every pass finds the same files changed, no matter how many passes ran before it.
         AddPassWithDifferences("1 % changed", goals.rawWithChanges,
-                               [](PolledTree& changed) { changed.Files().DateOnePercent(); });
+                               [](PolledTree& changed) { changed.Files().ChangeTimesOfOnePercent(); });
     }
 
     void AddPassWithNewFiles()
@@ -146,7 +146,8 @@ public:
     }
 
 private:
-    void AddTimedStart(const Work& work, const std::string& contender, const Start& start, int most = 5) const
+    void AddTimedStart(const Work& work, const std::string& contender, const Start& start,
+                       int maxRepetitions = 5) const
     {
         const auto run = [shared = tree, start](benchmark::State& state) {
             shared->Make(PolledTree::Content::Original);
@@ -154,7 +155,7 @@ private:
             for (auto _ : state)
                 started = start();
         };
-        AddContender(work, contender, run, std::min(most, repetitions));
+        AddContender(work, contender, run, std::min(maxRepetitions, repetitions));
     }
 
     void AddTimedFirstPass(const Work& work, const std::string& contender, const Start& start) const
@@ -169,7 +170,7 @@ private:
     }
 
     void AddLaterPass(const Work& work, const std::string& contender,
-                      const std::shared_ptr<LaterPasses>& later, int most = 5) const
+                      const std::shared_ptr<LaterPasses>& later, int maxRepetitions = 5) const
     {
         const auto run = [shared = tree, later](benchmark::State& state) {
             shared->Make(PolledTree::Content::Original);
@@ -177,13 +178,13 @@ private:
             for (auto _ : state)
                 later->MakePass();
         };
-        AddContender(work, contender, run, std::min(most, repetitions));
+        AddContender(work, contender, run, std::min(maxRepetitions, repetitions));
     }
 
-    void AddPassWithDifferences(const std::string& what, double mostAgainstRaw,
+    void AddPassWithDifferences(const std::string& what, double maxRatioToRaw,
                                 const std::function<void(PolledTree&)>& change) const
     {
-        Work work{"CheckFolder, later pass, " + what + title, Contender::raw, mostAgainstRaw};
+        Work work{"CheckFolder, later pass, " + what + title, Contender::raw, maxRatioToRaw};
         work.whyMissed = whyMissed;
         if (tree->IsLarge())
             work.moreGoals.push_back({Contender::polling, goals.poller});

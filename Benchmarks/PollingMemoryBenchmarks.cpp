@@ -19,7 +19,7 @@ namespace {
 
 constexpr int passes = 10;
 constexpr MemoryGoal goal = {650, 1.01};
-constexpr unsigned int anyDepth = std::numeric_limits<unsigned int>::max();
+constexpr unsigned int unlimitedDepth = std::numeric_limits<unsigned int>::max();
 
 void PrintHeap(double inUseBefore, double fromSystemBefore)
 {
@@ -49,7 +49,7 @@ void PrintMemoryOf(const std::string& contender, const QString& folder)
     Transcription transcription;
     std::function<void()> pass;
     if (contender == Contender::library) {
-        checker.StartWatching(folder, {}, {}, anyDepth);
+        checker.StartWatching(folder, {}, {}, unlimitedDepth);
         pass = [&] { checker.CheckFolder(); };
     } else if (contender == Contender::polling) {
         polling.Start(nativePath);

@@ -13,7 +13,7 @@
 namespace Benchmarks {
 namespace {
 
-constexpr unsigned int anyDepth = std::numeric_limits<unsigned int>::max();
+constexpr unsigned int unlimitedDepth = std::numeric_limits<unsigned int>::max();
 
 /// A watcher that is started on an empty folder does not register the files that are added later. Registering
 /// so many would take Qt minutes.
@@ -28,7 +28,7 @@ struct WatchedTree
         if (root)
             return;
         root = std::make_unique<QTemporaryDir>();
-        watcher.StartWatching(root->path(), {}, {}, anyDepth);
+        watcher.StartWatching(root->path(), {}, {}, unlimitedDepth);
         FolderTree::Fill(root->path(), folders, 1000);
         watcher.OnDirectoryChanged(root->path());
         watcher.OnDirectoryChanged(root->path());
@@ -79,10 +79,10 @@ QStringList FilesBelow(const QString& path)
 }
 
 /// The contender only registers each file: Qt's share of a start.
-void AddStart(int fileCount, double mostRatio, int repetitions)
+void AddStart(int fileCount, double maxRatio, int repetitions)
 {
     Work work{"DirectoryWatcher::StartWatching, " + std::to_string(fileCount) + " files", Contender::bare,
-              mostRatio};
+              maxRatio};
     work.whyMissed =
         "Besides registering the files, the start lists the folder, reads the size and time of each file "
         "after registering it, and stores its path in a set.";
@@ -105,7 +105,7 @@ void AddStart(int fileCount, double mostRatio, int repetitions)
         [tree](benchmark::State& state) {
             Zendra::LW::DirectoryWatcher watcher;
             for (auto _ : state)
-                watcher.StartWatching(tree->Path(), {}, {}, anyDepth);
+                watcher.StartWatching(tree->Path(), {}, {}, unlimitedDepth);
         },
         repetitions);
 }

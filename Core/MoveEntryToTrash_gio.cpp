@@ -29,7 +29,7 @@ bool IsAt(const fs::path& path, const Status& status)
 }
 
 /// Moves the entry back, unless its path is taken by now: then both are kept, this one in the trash.
-void TakeBack(const TrashedEntry& trashed, const fs::path& entry)
+void MoveBack(const TrashedEntry& trashed, const fs::path& entry)
 {
     const File source = MakeFile(trashed.file);
     const File target = MakeFile(entry);
@@ -56,7 +56,7 @@ bool TakeBackUnlessRestorable(const fs::path& entry, const Status& status)
         return false;
     }
     if (!trashed->hasInfo)
-        TakeBack(*trashed, entry);
+        MoveBack(*trashed, entry);
     return trashed->hasInfo;
 }
 

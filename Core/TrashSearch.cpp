@@ -79,27 +79,27 @@ public:
 
     /// Tries the names that GIO gives to an entry of this name, and stops as GIO does at the first that is
     /// free.
-    void LookAtNamesFor(const std::string& entryName, const fs::path& trash)
+    void TryNamesOf(const std::string& entryName, const fs::path& trash)
     {
-        for (int attempt = 1; !IsOver(); ++attempt) {
-            const bool isTaken = LookAt(NameInTrash(entryName, attempt), trash);
+        for (int attempt = 1; !IsFinished(); ++attempt) {
+            const bool isTaken = CheckName(NameInTrash(entryName, attempt), trash);
             if (!isTaken)
                 return;
         }
     }
 
     /// A listing contains the inode numbers, so only the entry and its other hard links are examined.
-    void LookAtAllOf(const fs::path& trash)
+    void SearchAll(const fs::path& trash)
     {
         const std::unique_ptr<DIR, CloseFolder> folder(::opendir((trash / "files").c_str()));
         if (!folder)
             return;
-        while (!IsOver()) {
+        while (!IsFinished()) {
             const dirent* const item = ::readdir(folder.get());
             if (!item)
                 return;
             if (item->d_ino == wanted.st_ino)
-                LookAt(item->d_name, trash);
+                CheckName(item->d_name, trash);
         }
     }
 
@@ -107,7 +107,7 @@ public:
 
 private:
     /// @return whether the name is taken; a trash info, even an empty one, reserves it
-    bool LookAt(const std::string& name, const fs::path& trash)
+    bool CheckName(const std::string& name, const fs::path& trash)
     {
         const fs::path file = trash / "files" / name;
         const fs::path info = trash / "info" / (name + ".trashinfo");
@@ -123,7 +123,7 @@ private:
 
     /// Other hard links to the file may be in the trash as well. The entry is the one with the newest trash
     /// info, since GIO has just written it.
-    bool IsOver() const { return found && (S_ISDIR(wanted.st_mode) || wanted.st_nlink == 1); }
+    bool IsFinished() const { return found && (S_ISDIR(wanted.st_mode) || wanted.st_nlink == 1); }
 
     const Status wanted;
     timespec newest = {};
@@ -136,13 +136,13 @@ std::optional<TrashedEntry> FindInTrash(const fs::path& path, const Status& stat
     const std::vector<fs::path> trashes = TrashesFor(path, status.st_dev);
     TrashSearch search(status);
     for (const fs::path& trash : trashes)
-        search.LookAtNamesFor(path.filename().native(), trash);
+        search.TryNamesOf(path.filename().native(), trash);
     if (search.found)
         return search.found;
 
     // GIO shortens long names, in a way that depends on its version.
     for (const fs::path& trash : trashes)
-        search.LookAtAllOf(trash);
+        search.SearchAll(trash);
     return search.found;
 }
 

@@ -46,7 +46,7 @@ QByteArray PlainAbsolutePath(const std::string& path)
 }
 
 /// Intended: not ioPath::exists(), since a dangling link can be shown.
-bool IsThere(const QByteArray& path)
+bool Exists(const QByteArray& path)
 {
     struct stat status = {};
     return ::lstat(path.constData(), &status) == 0;
@@ -77,7 +77,7 @@ bool ExploreFile(const ioPath& path)
     if (given.empty() || HasNullCharacter(given))
         return false;
     const QByteArray entry = PlainAbsolutePath(given);
-    if (!IsThere(entry))
+    if (!Exists(entry))
         return false;
 
     if (RevealFile(FileUrl(entry), exploreFileLimit))

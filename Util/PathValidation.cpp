@@ -97,7 +97,7 @@ QByteArray HiddenName()
 
 /// Writes a byte, since an empty file can be created on a full disk; closes the file, since some file systems
 /// report errors only then.
-FolderProblem TryToFill(int file)
+FolderProblem WriteByteAndClose(int file)
 {
     const bool written = ::write(file, "", 1) == 1;
     const int writeError = errno;
@@ -122,7 +122,7 @@ FolderProblem TryToWrite(int folder)
         return ProblemWithWriting(errno);
 
     // Closed before it is removed: NFS renames an open file instead of removing it.
-    const FolderProblem problem = TryToFill(file);
+    const FolderProblem problem = WriteByteAndClose(file);
     const bool removed = ::unlinkat(folder, name.constData(), 0) == 0;
     return problem == FolderProblem::None && !removed ? FolderProblem::Unwritable : problem;
 }

@@ -80,7 +80,7 @@ std::size_t ListAndStatRaw(const std::string& path, const KeepsName& keeps)
 void PollingLoop::Start(const std::filesystem::path& root)
 {
     for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
-        if (Counts(entry))
+        if (IsIncluded(entry))
             known[entry.path().string()] = entry.last_write_time();
     }
 }
@@ -97,7 +97,7 @@ std::size_t PollingLoop::Check(const std::filesystem::path& root)
         }
     }
     for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
-        if (!Counts(entry))
+        if (!IsIncluded(entry))
             continue;
         const auto time = entry.last_write_time();
         const auto [file, added] = known.try_emplace(entry.path().string(), time);
@@ -109,7 +109,7 @@ std::size_t PollingLoop::Check(const std::filesystem::path& root)
     return differences;
 }
 
-bool PollingLoop::Counts(const std::filesystem::directory_entry& entry) const
+bool PollingLoop::IsIncluded(const std::filesystem::directory_entry& entry) const
 {
     return entry.is_regular_file() && (!keeps || keeps(entry.path().filename().c_str()));
 }

@@ -33,7 +33,7 @@ public:
     std::size_t Check(const std::filesystem::path& root);
 
 private:
-    bool Counts(const std::filesystem::directory_entry& entry) const;
+    bool IsIncluded(const std::filesystem::directory_entry& entry) const;
 
     KeepsName keeps;
     std::unordered_map<std::string, std::filesystem::file_time_type> known;

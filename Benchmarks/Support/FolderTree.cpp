@@ -47,7 +47,7 @@ std::string FileName(int folder, int file, int folders, bool sameNames)
     return "/Recording " + std::to_string(sameNames ? file : file * folders + folder) + ".png";
 }
 
-std::string AddedBeside(const std::string& path)
+std::string AddedFileNextTo(const std::string& path)
 {
     return path.substr(0, path.size() - 4) + " edited.png";
 }
@@ -100,7 +100,7 @@ void FolderTree::ForOnePercent(Action action) const
         action(NativePath(i / filesPerFolder, i % filesPerFolder));
 }
 
-void FolderTree::DateOnePercent()
+void FolderTree::ChangeTimesOfOnePercent()
 {
     const timespec both[2] = {{0, UTIME_OMIT}, {1'500'000'000 + ++dates, 0}};
     ForOnePercent(
@@ -109,12 +109,12 @@ void FolderTree::DateOnePercent()
 
 void FolderTree::AddOnePercent() const
 {
-    ForOnePercent([](const std::string& path) { MakeFile(AddedBeside(path)); });
+    ForOnePercent([](const std::string& path) { MakeFile(AddedFileNextTo(path)); });
 }
 
 void FolderTree::RemoveAdded() const
 {
-    ForOnePercent([](const std::string& path) { ::unlink(AddedBeside(path).c_str()); });
+    ForOnePercent([](const std::string& path) { ::unlink(AddedFileNextTo(path).c_str()); });
 }
 
 void FolderTree::RemoveOnePercent() const

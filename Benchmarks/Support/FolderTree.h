@@ -19,7 +19,7 @@ public:
     int FileCount() const { return folderCount * filesPerFolder; }
 
     /// Gives every hundredth file a modification time that no file had before.
-    void DateOnePercent();
+    void ChangeTimesOfOnePercent();
     /// Creates a new file next to every hundredth, or removes it again.
     void AddOnePercent() const;
     void RemoveAdded() const;

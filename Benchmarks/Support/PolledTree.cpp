@@ -13,7 +13,7 @@
 namespace Benchmarks {
 namespace {
 
-constexpr unsigned int anyDepth = std::numeric_limits<unsigned int>::max();
+constexpr unsigned int unlimitedDepth = std::numeric_limits<unsigned int>::max();
 
 Start InZone(const std::optional<QByteArray>& zone, Start start)
 {
@@ -65,7 +65,7 @@ Start Library(const std::shared_ptr<PolledTree>& tree, const PollSettings& setti
 {
     return InZone(settings.zone, [tree, settings]() -> Pass {
         const auto checker = std::make_shared<Zendra::LW::DirectoryChecker>();
-        checker->StartWatching(tree->Path(), settings.nameFilters, settings.predicate, anyDepth);
+        checker->StartWatching(tree->Path(), settings.nameFilters, settings.predicate, unlimitedDepth);
         return [checker] { checker->CheckFolder(); };
     });
 }
@@ -103,7 +103,7 @@ void LaterPasses::CatchUp()
 {
     const bool isNew = !pass;
     if (isNew)
-        pass = startAnew();
+        pass = startContender();
     if (isNew || knownVersion != tree->Version())
         pass();
     knownVersion = tree->Version();

@@ -80,7 +80,7 @@ class LaterPasses
 {
 public:
     LaterPasses(std::shared_ptr<PolledTree> polledTree, Start start)
-        : tree(std::move(polledTree)), startAnew(std::move(start))
+        : tree(std::move(polledTree)), startContender(std::move(start))
     {
     }
 
@@ -90,7 +90,7 @@ public:
 
 private:
     std::shared_ptr<PolledTree> tree;
-    Start startAnew;
+    Start startContender;
     Pass pass;
     int knownVersion = 0;
 };

@@ -129,8 +129,8 @@ std::vector<RatioTable::Outcome> RatioTable::Outcomes(const Row& row)
 std::vector<RatioTable::Outcome> RatioTable::TimeOutcomes(const Row& row)
 {
     std::vector<Goal> goals = row.work.moreGoals;
-    if (row.work.mostRatio > 0)
-        goals.insert(goals.begin(), {row.work.against, row.work.mostRatio});
+    if (row.work.maxRatio > 0)
+        goals.insert(goals.begin(), {row.work.against, row.work.maxRatio});
 
     std::vector<Outcome> outcomes;
     const double own = Median(row.milliseconds.at(Contender::library));
@@ -139,8 +139,8 @@ std::vector<RatioTable::Outcome> RatioTable::TimeOutcomes(const Row& row)
         if (other == row.milliseconds.end())
             continue; // excluded by --benchmark_filter
         const double ratio = own / Median(other->second);
-        const bool isMissed = ratio > goal.mostRatio;
-        std::string text = Format("at most %.2g x ", goal.mostRatio) + goal.against;
+        const bool isMissed = ratio > goal.maxRatio;
+        std::string text = Format("at most %.2g x ", goal.maxRatio) + goal.against;
         if (goal.kind == Goal::Kind::Stretch)
             outcomes.push_back({"stretch: " + text + (isMissed ? ": not reached" : ": reached"), false});
         else
@@ -158,16 +158,16 @@ std::vector<RatioTable::Outcome> RatioTable::MemoryOutcomes(const Row& row)
     const auto growth = [&](const char* before, const char* after) {
         return bytes.at(after) / bytes.at(before);
     };
-    const auto add = [&](const std::string& text, double value, double most) {
-        const bool isMissed = value > most;
+    const auto add = [&](const std::string& text, double value, double limit) {
+        const bool isMissed = value > limit;
         outcomes.push_back({text + (isMissed ? Format(": **missed** (%.4g)", value) : ": met"), isMissed});
     };
-    add(Format("at most %.0f bytes in use after the start", goal.mostBytes), bytes.at("inUseAfterStart"),
-        goal.mostBytes);
-    add(Format("in use after the passes: at most %.3g x", goal.mostGrowth),
-        growth("inUseAfterStart", "inUseAfterPasses"), goal.mostGrowth);
-    add(Format("from the system after the passes: at most %.3g x", goal.mostGrowth),
-        growth("fromSystemAfterStart", "fromSystemAfterPasses"), goal.mostGrowth);
+    add(Format("at most %.0f bytes in use after the start", goal.maxBytes), bytes.at("inUseAfterStart"),
+        goal.maxBytes);
+    add(Format("in use after the passes: at most %.3g x", goal.maxGrowth),
+        growth("inUseAfterStart", "inUseAfterPasses"), goal.maxGrowth);
+    add(Format("from the system after the passes: at most %.3g x", goal.maxGrowth),
+        growth("fromSystemAfterStart", "fromSystemAfterPasses"), goal.maxGrowth);
     return outcomes;
 }
 

@@ -21,7 +21,7 @@ namespace {
 
 constexpr int folders = 10;
 constexpr int filesPerFolder = 100;
-constexpr unsigned int anyDepth = std::numeric_limits<unsigned int>::max();
+constexpr unsigned int unlimitedDepth = std::numeric_limits<unsigned int>::max();
 const std::string notice = "library, folder notice";
 
 /// @return the number of system calls of a process that makes these passes; -1 if they cannot be counted
@@ -57,9 +57,9 @@ void MakePasses(const std::string& contender, int number)
     Transcription transcription;
     // Before there are files: those that are added to an empty snapshot are not registered.
     if (contender == notice)
-        watcher.StartWatching(path, {}, {}, anyDepth);
+        watcher.StartWatching(path, {}, {}, unlimitedDepth);
     FolderTree::Fill(path, folders, filesPerFolder);
-    checker.StartWatching(path, {}, {}, anyDepth);
+    checker.StartWatching(path, {}, {}, unlimitedDepth);
     polling.Start(nativePath);
     transcription.Start(path);
     for (int pass = 0; pass < number; ++pass) {

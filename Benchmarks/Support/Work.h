@@ -31,7 +31,7 @@ struct Goal
     };
 
     std::string against;
-    double mostRatio;
+    double maxRatio;
     Kind kind = Kind::Required;
 };
 
@@ -40,8 +40,8 @@ struct Goal
 /// contender.
 struct MemoryGoal
 {
-    double mostBytes;  ///< in use after the start
-    double mostGrowth; ///< after / before the passes, in use and from the system
+    double maxBytes;  ///< in use after the start
+    double maxGrowth; ///< after / before the passes, in use and from the system
 };
 
 /// A row of the table: one piece of work that several contenders do.
@@ -49,7 +49,7 @@ struct Work
 {
     std::string title;
     std::string against; ///< the contender to compare with
-    double mostRatio;    ///< the goal: library / against; 0 if there is none
+    double maxRatio;     ///< the goal: library / against; 0 if there is none
     std::vector<Goal> moreGoals = {};
     std::optional<MemoryGoal> memory = {};
     std::string whyMissed = {}; ///< printed below the table when one of the goals is missed

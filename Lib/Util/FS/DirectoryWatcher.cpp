@@ -46,7 +46,7 @@ struct DirectoryWatcher::Impl
         snapshot.settings = {{}, {}, snapshot.settings.dirPath, 0};
     }
 
-    void TakeInitialFiles(const WatchToken& token)
+    void AddInitialFiles(const WatchToken& token)
     {
         NewFiles files =
             NewFiles::OfStart(snapshot, snapshot.settings.dirPath, ListingOptions::Times::ReadLater, token);
@@ -93,7 +93,7 @@ bool DirectoryWatcher::StartWatching(const QString& dirPath, const QStringList& 
     QFileSystemWatcher* const watcher = impl->watcher.Start(dirPath, this);
     connect(watcher, &QFileSystemWatcher::fileChanged, this, &DirectoryWatcher::OnFileChanged);
     connect(watcher, &QFileSystemWatcher::directoryChanged, this, &DirectoryWatcher::OnDirectoryChanged);
-    impl->TakeInitialFiles(token);
+    impl->AddInitialFiles(token);
     undoStart.dismiss();
     // The predicate has stopped the watcher.
     if (token.IsExpired())
