@@ -151,7 +151,7 @@ private:
     // are locked together only when an observer uses the list from inside its call.
 
     std::vector<Observer*> handlers;    ///< in order of registration, none null, none twice
-    std::recursive_mutex handlersMutex; ///< guards handlers; never locked while observers are called
+    std::recursive_mutex handlersMutex; ///< guards handlers; no observer is called while it is locked
     std::recursive_mutex performMutex;  ///< locked during a whole pass; recursive, for nested passes
     ExecutePolicy policy;
 };
