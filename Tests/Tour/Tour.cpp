@@ -136,6 +136,7 @@ void Tour::Poll()
     });
     RunOtherProgramThrice(QStringLiteral("by polling"));
     runner.Step(QStringLiteral("switch back to notices"), [&] {
+        window.Settings().SetInterval(1000);
         window.Settings().SetMode(WatchMode::Notices);
         return QVector<StepRunner::Event>{{QStringLiteral("WatchingStopped"), {}},
                                           {QStringLiteral("WatchingStarted"), {}}};
