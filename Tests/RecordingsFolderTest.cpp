@@ -1,34 +1,22 @@
+#include "Examples/RecordingsFolder/FileActions.h"
 #include "Examples/RecordingsFolder/FolderFollower.h"
-#include "Examples/RecordingsFolder/LinkFinder.h"
-#include "Examples/RecordingsFolder/Options.h"
-#include "Examples/RecordingsFolder/OtherProgram.h"
 #include "Examples/RecordingsFolder/RecordingWriter.h"
 #include "Examples/RecordingsFolder/RecordingsModel.h"
-#include "Examples/RecordingsFolder/RecordingsOrder.h"
-#include "Examples/RecordingsFolder/RecordingsView.h"
-#include "Examples/RecordingsFolder/RecordingsWindow.h"
 #include "Examples/RecordingsFolder/ThumbnailLoader.h"
-#include "Lib/Interfaces/InstanceRegistry.h"
 #include "Lib/Util/FS/DirectoryUtils.h"
-#include "Lib/Util/FS/FileManager.h"
 #include "Tests/Support/EventLoop.h"
+#include "Tests/Support/QStringText.h"
 #include "Tests/Support/TempFolder.h"
 
-#include <QAction>
-#include <QApplication>
-#include <QComboBox>
+#include <QCoreApplication>
 #include <QFileInfo>
 #include <QImage>
-#include <QImageReader>
-#include <QLabel>
-#include <QLineEdit>
-#include <QMessageBox>
-#include <QPlainTextEdit>
+#include <QLocale>
+#include <QMap>
+#include <QSet>
 #include <QSignalSpy>
-#include <QSpinBox>
-#include <QTest>
+#include <QThread>
 #include <QTimer>
-#include <QToolButton>
 
 #include <gmock/gmock.h>
 
@@ -39,19 +27,11 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using Tests::TempFolder;
 using Tests::WaitUntil;
+using Tests::operator""_q;
 
-/// Found by GoogleTest, which would print the characters one by one.
-static void PrintTo(const QString& text, std::ostream* out)
-{
-    *out << '"' << text.toStdString() << '"';
-}
+// The parts of the example's window.
 
 namespace {
-
-QString operator""_q(const char* text, size_t size)
-{
-    return QString::fromUtf8(text, int(size));
-}
 
 QByteArray ReadFile(const QString& path)
 {
@@ -72,33 +52,6 @@ QStringList Column(const QAbstractItemModel& model, int column)
     return texts;
 }
 
-/// Not the small one that clears a box for text.
-bool IsForAnAction(const QToolButton& button)
-{
-    return button.defaultAction() && !button.text().isEmpty();
-}
-
-/// Answers the next message that comes up, and keeps what it said.
-class MessageAnswer : public QObject
-{
-public:
-    explicit MessageAnswer(QMessageBox::StandardButton answer)
-    {
-        timer.start(10);
-        connect(&timer, &QTimer::timeout, this, [this, answer] {
-            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
-                texts.append(box->text());
-                box->button(answer)->click();
-            }
-        });
-    }
-
-    QStringList texts;
-
-private:
-    QTimer timer;
-};
-
 } // namespace
 
 // --- writing recordings
@@ -118,26 +71,26 @@ TEST(RecordingWriterTest, NumbersRecordingsOneAfterTheOther)
     EXPECT_EQ(first.error, QString());
 }
 
-TEST(RecordingWriterTest, TakesTheNextNumberWhenSomebodyElseTookTheOneThatWasFree)
+TEST(RecordingWriterTest, TakesTheNextNumberWhenAnotherProgramTookTheFreeOne)
 {
     const TempFolder folder;
     int asked = 0;
     const RecordingWriter writer([&](const Zendra::ioPath& path, const std::regex& pattern) {
         std::string number = Zendra::LW::GetNextAvaliableIndex(path, pattern);
         if (++asked == 1)
-            folder.Write("Recording 1.png"_q, "somebody else's");
+            folder.Write("Recording 1.png"_q, "another program's");
         return number;
     });
 
     const auto result = writer.Write(folder.Path(), "mine");
 
     EXPECT_EQ(result.path, folder.Path("Recording 2.png"_q));
-    EXPECT_EQ(ReadFile(folder.Path("Recording 1.png"_q)), "somebody else's");
+    EXPECT_EQ(ReadFile(folder.Path("Recording 1.png"_q)), "another program's");
     EXPECT_EQ(ReadFile(folder.Path("Recording 2.png"_q)), "mine");
     EXPECT_EQ(asked, 2);
 }
 
-TEST(RecordingWriterTest, LeavesALinkThatLeadsNowhereAlone)
+TEST(RecordingWriterTest, DoesNotWriteThroughADanglingLink)
 {
     const TempFolder folder;
     int asked = 0;
@@ -261,7 +214,7 @@ TEST_F(RecordingsModelTest, ShowsTheTimeInTheUsersLocale)
                 ElementsAre(QLocale().toString(time, QLocale::ShortFormat)));
 }
 
-TEST_F(RecordingsModelTest, TakesInAFileThatWasAdded)
+TEST_F(RecordingsModelTest, AddsAFileThatWasAdded)
 {
     model.Reset(folder.Path(), {QFileInfo(folder.Write("a.png"_q)), QFileInfo(folder.Write("c.png"_q))});
     const QSignalSpy inserted(&model, &QAbstractItemModel::rowsInserted);
@@ -303,7 +256,7 @@ TEST_F(RecordingsModelTest, UpdatesAFileThatChangedAndAsksForANewThumbnail)
     EXPECT_EQ(changed[0][1].toModelIndex().column(), RecordingsModel::ColumnCount - 1);
 }
 
-TEST_F(RecordingsModelTest, DropsAFileThatWasRemovedAndNoOther)
+TEST_F(RecordingsModelTest, RemovesAFileThatWasRemovedAndNoOther)
 {
     const QString a = folder.Write("a.png"_q);
     const QString b = folder.Write("b.png"_q);
@@ -355,7 +308,7 @@ TEST_F(RecordingsModelTest, KeepsThumbnailsThatAreStillRightWhenTheWatchBeginsAg
     EXPECT_THAT(needed, ElementsAre("b.png"_q));
 }
 
-TEST_F(RecordingsModelTest, ShowsAPathInItsToolTipLetterByLetter)
+TEST_F(RecordingsModelTest, EscapesThePathInTheToolTip)
 {
     const QString path = folder.Write("<b>&amp;.png"_q);
     model.Reset(folder.Path(), {QFileInfo(path)});
@@ -365,9 +318,9 @@ TEST_F(RecordingsModelTest, ShowsAPathInItsToolTipLetterByLetter)
     EXPECT_TRUE(toolTip.endsWith("&lt;b&gt;&amp;amp;.png</span>"_q)) << toolTip.toStdString();
 }
 
-TEST_F(RecordingsModelTest, IsSortedAsPeopleCount)
+TEST_F(RecordingsModelTest, IsSortedInNaturalOrder)
 {
-    RecordingsOrder order;
+    RecordingsSortModel order;
     order.setSourceModel(&model);
     QList<QFileInfo> files;
     for (const QString& name : {"Recording 10.png"_q, "Recording 9.png"_q, "Recording 1.png"_q})
@@ -406,10 +359,10 @@ protected:
     FolderFollower follower;
 };
 
-TEST_F(FolderFollowerTest, TellsOfFilesByNotices)
+TEST_F(FolderFollowerTest, ReportsFilesByNotices)
 {
     folder.Write("a.png"_q);
-    follower.Follow({folder.Path(), {}, 0, WatchSettings::Way::Notices});
+    follower.Follow({folder.Path(), {}, 0, WatchMode::Notices});
 
     folder.Write("b.png"_q);
     ASSERT_TRUE(Comes("FileAdded b.png"_q));
@@ -423,9 +376,9 @@ TEST_F(FolderFollowerTest, TellsOfFilesByNotices)
                                     "FileRemoved b.png"_q, "WatchingStopped"_q));
 }
 
-TEST_F(FolderFollowerTest, BeginsAgainAfterTheFirstFilesOfAnEmptyFolder)
+TEST_F(FolderFollowerTest, RestartsAfterTheFirstFilesOfAnEmptyFolder)
 {
-    follower.Follow({folder.Path(), {}, 0, WatchSettings::Way::Notices});
+    follower.Follow({folder.Path(), {}, 0, WatchMode::Notices});
 
     folder.Write("a.png"_q);
     ASSERT_TRUE(Comes("WatchingStopped"_q));
@@ -436,9 +389,9 @@ TEST_F(FolderFollowerTest, BeginsAgainAfterTheFirstFilesOfAnEmptyFolder)
                                     "WatchingStarted"_q, "FileChanged a.png"_q));
 }
 
-TEST_F(FolderFollowerTest, DoesNotBeginAgainWhenItWasStoppedMeanwhile)
+TEST_F(FolderFollowerTest, DoesNotRestartWhenItWasStoppedMeanwhile)
 {
-    follower.Follow({folder.Path(), {}, 0, WatchSettings::Way::Notices});
+    follower.Follow({folder.Path(), {}, 0, WatchMode::Notices});
     QObject::connect(&follower, &FolderFollower::Noticed, [this](const WatchEvent& event) {
         if (event.kind == WatchEvent::Kind::FileAdded)
             QTimer::singleShot(0, &follower, [this] { follower.Stop(); });
@@ -446,7 +399,7 @@ TEST_F(FolderFollowerTest, DoesNotBeginAgainWhenItWasStoppedMeanwhile)
 
     folder.Write("a.png"_q);
     ASSERT_TRUE(Comes("WatchingStopped"_q));
-    // What was put off before this has run when this has.
+    // Timers of the same interval run in the order of their starts.
     bool later = false;
     QTimer::singleShot(0, &follower, [&later] { later = true; });
     ASSERT_TRUE(WaitUntil([&later] { return later; }));
@@ -454,10 +407,10 @@ TEST_F(FolderFollowerTest, DoesNotBeginAgainWhenItWasStoppedMeanwhile)
     EXPECT_EQ(events.count("WatchingStarted"_q) - events.count("WatchingStopped"_q), 0);
 }
 
-TEST_F(FolderFollowerTest, LooksByItselfWhilePolling)
+TEST_F(FolderFollowerTest, PollsByATimer)
 {
     follower.SetInterval(10);
-    follower.Follow({folder.Path(), {}, 0, WatchSettings::Way::Polling});
+    follower.Follow({folder.Path(), {}, 0, WatchMode::Polling});
 
     folder.Write("a.png"_q);
     ASSERT_TRUE(Comes("FileAdded a.png"_q));
@@ -469,14 +422,15 @@ TEST_F(FolderFollowerTest, LooksByItselfWhilePolling)
     EXPECT_EQ(events.mid(0, 2), QStringList({"PathChanged"_q, "WatchingStarted"_q}));
 }
 
-TEST_F(FolderFollowerTest, DoesNotLookAnyMoreOnceItIsStopped)
+TEST_F(FolderFollowerTest, DoesNotPollAfterItHasStopped)
 {
     follower.SetInterval(1);
-    follower.Follow({folder.Path(), {}, 0, WatchSettings::Way::Polling});
+    follower.Follow({folder.Path(), {}, 0, WatchMode::Polling});
     follower.Stop();
     events.clear();
 
-    // An idle checker would take in the current folder; a timer that starts now runs out after the other.
+    // A pass would add the files of the current folder. This timer is due after the poll timer, if that still
+    // runs.
     bool later = false;
     QTimer::singleShot(5, &follower, [&later] { later = true; });
     ASSERT_TRUE(WaitUntil([&later] { return later; }));
@@ -491,8 +445,8 @@ TEST_F(FolderFollowerTest, PassesTheSettingsOn)
     folder.Write("one/b.png"_q);
     folder.Write("one/two/c.png"_q);
 
-    for (const auto way : {WatchSettings::Way::Notices, WatchSettings::Way::Polling}) {
-        follower.Follow({folder.Path(), {"*.png"_q}, 1, way});
+    for (const auto mode : {WatchMode::Notices, WatchMode::Polling}) {
+        follower.Follow({folder.Path(), {"*.png"_q}, 1, mode});
 
         QStringList names;
         for (const QFileInfo& file : follower.Files())
@@ -504,7 +458,7 @@ TEST_F(FolderFollowerTest, PassesTheSettingsOn)
 TEST_F(FolderFollowerTest, WatchesNothingWithoutAFolder)
 {
     follower.SetInterval(1);
-    follower.Follow({{}, {}, 0, WatchSettings::Way::Polling});
+    follower.Follow({{}, {}, 0, WatchMode::Polling});
 
     EXPECT_THAT(events, IsEmpty());
     EXPECT_THAT(follower.Files(), IsEmpty());
@@ -559,10 +513,10 @@ TEST_F(ThumbnailLoaderTest, MakesThumbnailsOfOneSizeInTheScreensPixels)
     EXPECT_EQ(loaded["wide.png"_q].pixelColor(80, 45), QColor(Qt::red));
     EXPECT_EQ(loaded["wide.png"_q].pixelColor(80, 10).alpha(), 0) << "the picture keeps its shape";
     EXPECT_EQ(loaded["small.png"_q].pixelColor(80, 45), QColor(Qt::green));
-    EXPECT_EQ(loaded["small.png"_q].pixelColor(60, 45).alpha(), 0) << "a small picture is not blown up";
+    EXPECT_EQ(loaded["small.png"_q].pixelColor(60, 45).alpha(), 0) << "small pictures are not enlarged";
 }
 
-TEST_F(ThumbnailLoaderTest, DrawsAnEmptyFrameForWhatIsNoPicture)
+TEST_F(ThumbnailLoaderTest, DrawsAnEmptyFrameForAFileThatIsNotAPicture)
 {
     loader.Load(folder.Write("text.png"_q, "this is text"));
     loader.Load(folder.Path("missing.png"_q));
@@ -582,7 +536,7 @@ TEST_F(ThumbnailLoaderTest, CountsWhatIsDone)
     EXPECT_THAT(progress, ElementsAre(qMakePair(0, 1), qMakePair(0, 2), qMakePair(1, 2), qMakePair(0, 0)));
 }
 
-TEST_F(ThumbnailLoaderTest, BringsNothingThatWasDropped)
+TEST_F(ThumbnailLoaderTest, EmitsNothingForRequestsThatWereDropped)
 {
     loader.Load(WritePicture("old.png"_q, {8, 8}, Qt::red));
     loader.DropAll();
@@ -593,7 +547,7 @@ TEST_F(ThumbnailLoaderTest, BringsNothingThatWasDropped)
     EXPECT_THAT(loaded.keys(), ElementsAre("new.png"_q));
 }
 
-TEST_F(ThumbnailLoaderTest, CanGoWhileItIsAtWork)
+TEST_F(ThumbnailLoaderTest, CanBeDestroyedWhileItIsWorking)
 {
     auto hasty = std::make_unique<ThumbnailLoader>(QSize(80, 45), 1.0);
     for (int i = 0; i < 50; ++i)
@@ -604,9 +558,9 @@ TEST_F(ThumbnailLoaderTest, CanGoWhileItIsAtWork)
     EXPECT_THAT(loaded, IsEmpty());
 }
 
-// --- links, the other program, the command line
+// --- links
 
-TEST(LinkFinderTest, FindsTheLinkThatWasMade)
+TEST(TemporaryLinkTest, ReturnsTheLinkThatWasCreated)
 {
     const TempFolder folder;
     const TempFolder temporary;
@@ -625,7 +579,7 @@ TEST(LinkFinderTest, FindsTheLinkThatWasMade)
     EXPECT_EQ(QSet<QString>(both.begin(), both.end()), QSet<QString>({first, second}));
 }
 
-TEST(LinkFinderTest, FindsNothingWhereNoLinkCanBeMade)
+TEST(TemporaryLinkTest, IsEmptyWhenNoLinkCanBeCreated)
 {
     const TempFolder folder;
     const QString path = folder.Write("a.png"_q);
@@ -635,271 +589,4 @@ TEST(LinkFinderTest, FindsNothingWhereNoLinkCanBeMade)
     qunsetenv("TMPDIR");
 
     EXPECT_EQ(link, QString());
-}
-
-TEST(OtherProgramTest, AddsChangesAndDeletesAPicture)
-{
-    const TempFolder folder;
-    const QString path = folder.Path("a.png"_q);
-
-    ASSERT_EQ(RunAsOtherProgram({"add"_q, path}), 0);
-    const QByteArray added = ReadFile(path);
-    const QDateTime addedAt = QFileInfo(path).lastModified();
-    EXPECT_FALSE(QImage(path).isNull());
-    EXPECT_THAT(folder.Entries(), ElementsAre("a.png"_q)) << "no hidden file is left";
-    EXPECT_LE(addedAt.secsTo(QDateTime::currentDateTime()), 3700);
-    EXPECT_GE(addedAt.secsTo(QDateTime::currentDateTime()), 3600);
-
-    ASSERT_EQ(RunAsOtherProgram({"change"_q, path}), 0);
-    EXPECT_FALSE(QImage(path).isNull());
-    EXPECT_NE(ReadFile(path), added);
-    EXPECT_NE(QFileInfo(path).lastModified(), addedAt);
-
-    ASSERT_EQ(RunAsOtherProgram({"delete"_q, path}), 0);
-    EXPECT_THAT(folder.Entries(), IsEmpty());
-}
-
-TEST(OtherProgramTest, SaysThatItFailed)
-{
-    const TempFolder folder;
-
-    EXPECT_EQ(RunAsOtherProgram({"add"_q, folder.Path("missing/a.png"_q)}), 1);
-    EXPECT_EQ(RunAsOtherProgram({"change"_q, folder.Path("missing.png"_q)}), 1);
-    EXPECT_EQ(RunAsOtherProgram({"delete"_q, folder.Path("missing.png"_q)}), 1);
-    EXPECT_EQ(RunAsOtherProgram({"dance"_q}), 1);
-    EXPECT_THAT(folder.Entries(), IsEmpty());
-}
-
-TEST(OptionsTest, TakeAFolderRelativeToTheCurrentOne)
-{
-    const CommandLine commandLine({"program"_q, "--tour"_q, "some/../folder"_q, "--screenshot"_q, "a.png"_q});
-
-    const Options& options = commandLine.Result();
-
-    EXPECT_EQ(options.role, Options::Role::Tour);
-    EXPECT_EQ(options.folder, QDir::current().filePath("folder"_q));
-    EXPECT_EQ(options.screenshot, QDir::current().filePath("a.png"_q));
-    EXPECT_EQ(options.stepLimit, 10000);
-    EXPECT_FALSE(options.dark);
-}
-
-TEST(OptionsTest, OpenTheWindowWithoutAFolder)
-{
-    const CommandLine commandLine({"program"_q, "--dark"_q});
-
-    EXPECT_EQ(commandLine.Result().role, Options::Role::Window);
-    EXPECT_EQ(commandLine.Result().folder, QString());
-    EXPECT_TRUE(commandLine.Result().dark);
-}
-
-// --- the window
-
-class RecordingsWindowTest : public testing::Test
-{
-protected:
-    RecordingsWindowTest() { window.show(); }
-
-    RecordingsView* View() const { return window.findChild<RecordingsView*>(); }
-    QStringList Shown() const { return Column(*View()->model(), RecordingsModel::NameColumn); }
-    QString Log() const { return window.findChild<QPlainTextEdit*>()->toPlainText(); }
-    bool Shows(const QStringList& names)
-    {
-        return WaitUntil([&] { return Shown() == names; });
-    }
-
-    TempFolder folder;
-    Zendra::LW::InstanceRegistry registry;
-    Zendra::LW::FileManager fileManager;
-    RecordingsWindow window;
-};
-
-TEST_F(RecordingsWindowTest, FollowsWhatHappensInTheFolder)
-{
-    folder.Write("a.png"_q);
-    ASSERT_TRUE(window.OpenFolder(folder.Path()));
-    ASSERT_THAT(Shown(), ElementsAre("a.png"_q));
-
-    folder.Write("b.png"_q);
-    folder.Write("no picture.txt"_q);
-    folder.SetModificationTime("b.png"_q, QDateTime(QDate(2000, 1, 1), QTime(0, 0)));
-    ASSERT_TRUE(WaitUntil([this] { return Shown().size() == 2; }));
-    folder.Remove("a.png"_q);
-
-    EXPECT_TRUE(Shows({"b.png"_q}));
-    EXPECT_TRUE(Log().contains("FileAdded \"b.png\""_q));
-    EXPECT_TRUE(Log().contains("FileRemoved \"a.png\""_q));
-}
-
-TEST_F(RecordingsWindowTest, CapturesIntoAFolderThatWasMissingAndFollowsIt)
-{
-    ASSERT_TRUE(window.OpenFolder(folder.Path("new/folder"_q)));
-    EXPECT_TRUE(View()->accessibleDescription().contains("does not exist"_q));
-
-    const QString path = window.Capture();
-
-    EXPECT_EQ(path, folder.Path("new/folder/Recording 1.png"_q));
-    EXPECT_EQ(QImage(path).size(), window.size());
-    EXPECT_TRUE(Shows({"Recording 1.png"_q}));
-    EXPECT_EQ(View()->accessibleDescription(), QString());
-}
-
-TEST_F(RecordingsWindowTest, KeepsItsFolderWhenTheNextOneIsUnusable)
-{
-    ASSERT_TRUE(window.OpenFolder(folder.Path()));
-    MessageAnswer answer(QMessageBox::Ok);
-
-    const bool opened = window.OpenFolder(folder.Write("file"_q));
-
-    EXPECT_FALSE(opened);
-    EXPECT_EQ(answer.texts.size(), 1);
-    EXPECT_EQ(window.Follower().Settings().folder, folder.Path());
-}
-
-TEST_F(RecordingsWindowTest, BeginsAgainWithAnotherFilterAndDepth)
-{
-    folder.Write("a.png"_q);
-    folder.Write("b.txt"_q);
-    folder.Write("sub/c.txt"_q);
-    window.OpenFolder(folder.Path());
-    auto* filter = window.findChildren<QLineEdit*>().at(1);
-
-    filter->setText(" *.txt ;"_q);
-    ASSERT_TRUE(Shows({"b.txt"_q}));
-    window.findChild<QSpinBox*>()->setValue(1);
-
-    EXPECT_TRUE(WaitUntil([this] { return Shown().size() == 2; }));
-    EXPECT_EQ(window.Follower().Settings().nameFilters, QStringList("*.txt"_q));
-    EXPECT_EQ(window.Follower().Settings().depth, 1U);
-}
-
-TEST_F(RecordingsWindowTest, SwitchesToPolling)
-{
-    window.OpenFolder(folder.Path());
-
-    window.SetInterval(50);
-    window.SetWay(WatchSettings::Way::Polling);
-    folder.Write("a.png"_q);
-
-    EXPECT_TRUE(Shows({"a.png"_q}));
-    EXPECT_TRUE(Log().contains("PathChanged"_q));
-}
-
-TEST_F(RecordingsWindowTest, DeletesOnlyWhenTheUserSaysYes)
-{
-    const QString path = folder.Write("a <b>.png"_q);
-    window.OpenFolder(folder.Path());
-    window.Select(path);
-    {
-        MessageAnswer no(QMessageBox::Cancel);
-        window.DeleteSelected();
-        EXPECT_EQ(no.texts.size(), 1);
-    }
-    EXPECT_TRUE(QFileInfo::exists(path));
-
-    MessageAnswer yes(QMessageBox::Yes);
-    window.DeleteSelected();
-
-    EXPECT_FALSE(QFileInfo::exists(path));
-    EXPECT_TRUE(Log().contains("OnFileRemoved \"a <b>.png\""_q));
-    EXPECT_TRUE(Shows({}));
-}
-
-TEST_F(RecordingsWindowTest, SaysWhatCouldNotBeDeleted)
-{
-    const QString path = folder.Write("a.png"_q);
-    window.OpenFolder(folder.Path());
-    window.Select(path);
-    folder.Remove("a.png"_q);
-    MessageAnswer answer(QMessageBox::Ok);
-
-    window.MoveSelectedToTrash();
-
-    ASSERT_EQ(answer.texts.size(), 1);
-    EXPECT_TRUE(answer.texts[0].contains(path));
-    EXPECT_FALSE(Log().contains("OnFileMovedToTrash"_q));
-}
-
-TEST_F(RecordingsWindowTest, RemovesItsLinksWhenItGoes)
-{
-    const QString path = folder.Write("a.png"_q);
-    QString link;
-    {
-        RecordingsWindow other;
-        other.OpenFolder(folder.Path());
-        other.Select(path);
-        MessageAnswer answer(QMessageBox::Close);
-        other.OpenLink();
-        link = other.Links().value(0);
-        EXPECT_EQ(QFileInfo(link).symLinkTarget(), path);
-        ASSERT_EQ(answer.texts.size(), 1);
-        EXPECT_TRUE(answer.texts[0].contains(link));
-    }
-
-    EXPECT_FALSE(QFileInfo(link).isSymLink());
-    EXPECT_TRUE(QFileInfo::exists(path));
-}
-
-TEST_F(RecordingsWindowTest, OffersOperationsOnlyForASelection)
-{
-    const QString path = folder.Write("a.png"_q);
-    folder.Write("b.png"_q);
-    window.OpenFolder(folder.Path());
-    const auto enabled = [this] {
-        QStringList texts;
-        for (const QToolButton* button : window.findChildren<QToolButton*>()) {
-            if (IsForAnAction(*button) && button->isEnabled())
-                texts.append(button->text().remove(QLatin1Char('&')));
-        }
-        return texts;
-    };
-
-    View()->clearSelection();
-    const QStringList forNone = enabled();
-    window.Select(path);
-    const QStringList forOne = enabled();
-    View()->selectAll();
-    const QStringList forTwo = enabled();
-
-    EXPECT_THAT(forNone, ElementsAre("Browse…"_q, "Capture"_q));
-    EXPECT_THAT(forOne, ElementsAre("Browse…"_q, "Capture"_q, "Reveal"_q, "Move to Trash"_q, "Delete…"_q,
-                                    "Open a Link…"_q));
-    EXPECT_THAT(forTwo, ElementsAre("Browse…"_q, "Capture"_q, "Reveal"_q, "Move to Trash"_q, "Delete…"_q));
-}
-
-TEST_F(RecordingsWindowTest, CanBeUsedByKeyboardAlone)
-{
-    QStringList letters;
-    for (const QLabel* label : window.findChildren<QLabel*>()) {
-        if (label->buddy())
-            letters.append(QKeySequence::mnemonic(label->text()).toString());
-    }
-    for (const QToolButton* button : window.findChildren<QToolButton*>()) {
-        if (IsForAnAction(*button)) {
-            letters.append(QKeySequence::mnemonic(button->text()).toString());
-            EXPECT_TRUE(button->focusPolicy() & Qt::TabFocus) << button->text().toStdString();
-        }
-    }
-
-    EXPECT_EQ(letters.size(), 13);
-    EXPECT_FALSE(letters.contains(QString()));
-    letters.removeDuplicates();
-    EXPECT_EQ(letters.size(), 13) << "two parts share a letter";
-    for (QWidget* part :
-         {static_cast<QWidget*>(View()), static_cast<QWidget*>(window.findChild<QPlainTextEdit*>())})
-        EXPECT_NE(part->accessibleName(), QString());
-}
-
-TEST_F(RecordingsWindowTest, DeletesTextAndNoRecordingInABoxForText)
-{
-    const QString path = folder.Write("a.png"_q);
-    window.OpenFolder(folder.Path());
-    window.Select(path);
-    auto* filter = window.findChildren<QLineEdit*>().at(1);
-    filter->setFocus();
-    filter->setCursorPosition(0);
-
-    QTest::keyClick(filter, Qt::Key_Delete);
-
-    EXPECT_EQ(filter->text(), ".png"_q);
-    EXPECT_TRUE(QFileInfo::exists(path));
 }

@@ -1,6 +1,10 @@
 #include "Examples/RecordingsFolder/FileActions.h"
 
 #include "Lib/Interfaces/InstanceRegistry.h"
+#include "Lib/Util/FS/TemporaryHardLink.h"
+
+#include <QDir>
+#include <QFileInfo>
 
 namespace RecordingsFolder {
 
@@ -67,6 +71,32 @@ void FileActions::OnFileMovedToTrash(const ioPath& path)
 void FileActions::OnFileRemoved(const ioPath& path)
 {
     Q_EMIT Notified(QStringLiteral("OnFileRemoved"), QString::fromStdString(path.string()));
+}
+
+QString MakeTemporaryLink(const QString& path)
+{
+    const QStringList before = LinksTo(path);
+    const Zendra::LW::TemporaryHardLink holder(path.toStdString());
+    const QStringList after = LinksTo(path);
+
+    for (const QString& link : after) {
+        if (!before.contains(link))
+            return link;
+    }
+    return {};
+}
+
+QStringList LinksTo(const QString& path)
+{
+    QStringList links;
+    // System: lists dangling links, too.
+    const QFileInfoList entries =
+        QDir(QDir::tempPath()).entryInfoList(QDir::Files | QDir::Hidden | QDir::System);
+    for (const QFileInfo& entry : entries) {
+        if (entry.isSymLink() && entry.symLinkTarget() == path)
+            links.append(entry.absoluteFilePath());
+    }
+    return links;
 }
 
 } // namespace RecordingsFolder

@@ -7,10 +7,10 @@
 
 namespace RecordingsFolder {
 
-/// The file operations of the window, done by the IFileManager that the registry knows.
+/// The file operations of the window, done by the IFileManager in the registry.
 ///
-/// It is also the observer that turns the file manager's notifications into a signal. Without a file
-/// manager in the registry every operation fails.
+/// It is also an observer, and emits the file manager's notifications as a signal. Without a file manager in
+/// the registry every operation fails.
 class FileActions : public QObject, private Zendra::LW::IFileManagerObserver
 {
     Q_OBJECT
@@ -22,7 +22,7 @@ public:
     FileActions(const FileActions&) = delete;
     FileActions& operator=(const FileActions&) = delete;
 
-    // Each does its operation on every path and returns those for which it failed.
+    // These return the paths for which the operation failed.
     QStringList Reveal(const QStringList& paths);
     QStringList MoveToTrash(const QStringList& paths);
     QStringList Delete(const QStringList& paths);
@@ -42,5 +42,15 @@ private:
 
     Zendra::LW::IFileManager* const files;
 };
+
+/// Links a file under a new name in the temporary folder, by Zendra::LW::TemporaryHardLink.
+///
+/// That class does not record the path of a link that it created, so this looks for it. The caller removes
+/// the link.
+/// @return the link's path; empty when there is none
+QString MakeTemporaryLink(const QString& path);
+
+/// The links in the temporary folder that point to this path.
+QStringList LinksTo(const QString& path);
 
 } // namespace RecordingsFolder

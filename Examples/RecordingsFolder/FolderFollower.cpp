@@ -14,9 +14,9 @@ FolderFollower::FolderFollower(QObject* parent) : QObject(parent)
     pollTimer.setInterval(1000);
     connect(&pollTimer, &QTimer::timeout, &pollingWatcher, &DirectoryChecker::CheckFolder);
 
-    secondStart.setSingleShot(true);
-    secondStart.setInterval(0);
-    connect(&secondStart, &QTimer::timeout, this, [this] { Follow(WatchSettings(settings)); });
+    restartTimer.setSingleShot(true);
+    restartTimer.setInterval(0);
+    connect(&restartTimer, &QTimer::timeout, this, [this] { Follow(WatchSettings(settings)); });
 }
 
 void FolderFollower::Follow(const WatchSettings& newSettings)
@@ -24,13 +24,13 @@ void FolderFollower::Follow(const WatchSettings& newSettings)
     Stop();
     settings = newSettings;
     if (!settings.folder.isEmpty())
-        Begin();
+        Start();
 }
 
 void FolderFollower::Stop()
 {
     pollTimer.stop();
-    secondStart.stop();
+    restartTimer.stop();
     current->StopWatching();
 }
 
@@ -59,19 +59,18 @@ void FolderFollower::Connect(const IDirectoryWatcher& watcher)
     });
 }
 
-/// Files that appear while the watcher knows of none are not registered for notices, so what happens to them
-/// later would go unseen. A user expects the list to follow every recording, so the watch begins again. The
-/// first of these files is the only one in the snapshot when it is announced; after the pass that found it
-/// there may be more, hence the wait for the event loop.
+/// A DirectoryWatcher whose snapshot was empty does not register the files that appear next, and would miss
+/// their changes and removal. So it is restarted, once the pass that found them has ended: only the first of
+/// them is in the snapshot when it is announced.
 void FolderFollower::OnFileAdded(const QFileInfo&)
 {
     if (noticeWatcher.GetFileInfoList().size() == 1)
-        secondStart.start();
+        restartTimer.start();
 }
 
-void FolderFollower::Begin()
+void FolderFollower::Start()
 {
-    const bool polling = settings.way == WatchSettings::Way::Polling;
+    const bool polling = settings.mode == WatchMode::Polling;
     current = polling ? static_cast<IDirectoryWatcher*>(&pollingWatcher) : &noticeWatcher;
     if (current->StartWatching(settings.folder, settings.nameFilters, {}, settings.depth) && polling)
         pollTimer.start();

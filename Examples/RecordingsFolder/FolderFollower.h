@@ -9,26 +9,26 @@
 
 namespace RecordingsFolder {
 
+enum class WatchMode
+{
+    Notices, ///< by a DirectoryWatcher
+    Polling  ///< by a DirectoryChecker and a timer
+};
+
 /// What to watch, and how.
 struct WatchSettings
 {
-    enum class Way
-    {
-        Notices,
-        Polling
-    };
-
     QString folder;
     QStringList nameFilters;
     unsigned int depth = 0;
-    Way way = Way::Notices;
+    WatchMode mode = WatchMode::Notices;
 };
 
-/// Follows one folder with whichever watcher the user chose, and tells of every signal through one of its
-/// own.
+/// Watches one folder with the kind of watcher that the user chose, and emits one signal for all of its
+/// signals.
 ///
-/// It adds what a watcher leaves to the application: the timer that makes a DirectoryChecker look, and the
-/// second start that a DirectoryWatcher needs when its folder was empty.
+/// It adds what the watchers leave to the application: the timer for a DirectoryChecker, and the restart that
+/// a DirectoryWatcher needs when its folder was empty.
 class FolderFollower : public QObject
 {
     Q_OBJECT
@@ -36,33 +36,33 @@ class FolderFollower : public QObject
 public:
     explicit FolderFollower(QObject* parent = nullptr);
 
-    /// Ends the running watch, if there is one, and begins another.
+    /// Stops watching, if it is, and starts with these settings.
     ///
-    /// An empty folder name only ends it: to a watcher that would mean the process's current folder.
+    /// An empty folder name only stops: a DirectoryChecker would use the process's current folder.
     void Follow(const WatchSettings& newSettings);
     void Stop();
-    /// The time between two looks while polling.
+    /// The time between two polls.
     void SetInterval(int milliseconds) { pollTimer.setInterval(milliseconds); }
 
     const WatchSettings& Settings() const { return settings; }
-    /// The files that are known now.
+    /// The current snapshot.
     QList<QFileInfo> Files() const;
 
 Q_SIGNALS:
-    /// A watcher emitted this signal just now; Files() is already up to date.
+    /// The watcher has emitted this signal. Files() is already up to date.
     void Noticed(const WatchEvent& event);
 
 private:
     void Connect(const Zendra::LW::IDirectoryWatcher& watcher);
     void OnFileAdded(const QFileInfo& file);
-    void Begin();
+    void Start();
 
     Zendra::LW::DirectoryWatcher noticeWatcher;
     Zendra::LW::DirectoryChecker pollingWatcher;
     Zendra::LW::IDirectoryWatcher* current = &noticeWatcher;
     WatchSettings settings;
     QTimer pollTimer;
-    QTimer secondStart;
+    QTimer restartTimer;
 };
 
 } // namespace RecordingsFolder

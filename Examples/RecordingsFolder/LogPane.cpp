@@ -11,9 +11,9 @@ LogPane::LogPane(QWidget* parent) : QPlainTextEdit(parent)
     setMaximumBlockCount(1000);
     setLineWrapMode(NoWrap);
     setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
-    // The Tab key leads on to the next part of the window.
+    // The Tab key moves the focus to the next widget.
     setTabChangesFocus(true);
-    // A read-only text shows no cursor otherwise, and could not be read line by line with the keys.
+    // Keyboard selection gives a read-only text a cursor, so that screen readers can read it line by line.
     setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
 }
 

@@ -4,7 +4,7 @@
 
 namespace RecordingsFolder {
 
-/// Shows what happened, one line each with the time of day, the newest at the bottom.
+/// A log, one line an event with the time of day, the newest at the bottom.
 class LogPane : public QPlainTextEdit
 {
     Q_OBJECT

@@ -12,8 +12,8 @@ namespace RecordingsFolder {
 
 namespace {
 
-/// Only numbers without leading zeros, which would be read as octal: this program writes none, so a
-/// "Recording 08.png" is somebody else's and no reason to stop.
+/// Only numbers without leading zeros, which would be read as octal. This program writes none, so a
+/// "Recording 08.png" comes from another program, and must not make this one fail.
 const std::regex& NamePattern()
 {
     static const std::regex pattern(R"(Recording ([1-9]\d*)\.png)");
@@ -25,7 +25,7 @@ QString FileName(const std::string& number)
     return QStringLiteral("Recording %1.png").arg(QString::fromStdString(number));
 }
 
-/// Also sees a link that leads nowhere, which takes a name just as well.
+/// Also true for a dangling link, which occupies its name, too.
 bool IsTaken(const QString& path)
 {
     const QFileInfo info(path);
@@ -50,17 +50,17 @@ RecordingWriter::Result RecordingWriter::Write(const QString& folder, const QByt
         try {
             number = askNumber(dir.absolutePath().toStdString(), NamePattern());
         } catch (const std::exception& problem) {
-            return {
-                {},
-                tr("No number was found for the recording: %1").arg(QString::fromLocal8Bit(problem.what()))};
+            return {{},
+                    tr("The number of the next recording could not be determined: %1")
+                        .arg(QString::fromLocal8Bit(problem.what()))};
         }
 
         QFile file(dir.absoluteFilePath(FileName(number)));
-        // Nothing reserves the number, so somebody else may have it by now; then the next one is asked for.
+        // Nothing reserves the number: another program may have taken it meanwhile.
         if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
             if (IsTaken(file.fileName()))
                 continue;
-            return {{}, tr("%1 could not be made: %2").arg(file.fileName(), file.errorString())};
+            return {{}, tr("%1 could not be created: %2").arg(file.fileName(), file.errorString())};
         }
         if (file.write(content) != content.size() || !file.flush()) {
             const QString reason = file.errorString();
@@ -69,7 +69,7 @@ RecordingWriter::Result RecordingWriter::Write(const QString& folder, const QByt
         }
         return {file.fileName(), {}};
     }
-    return {{}, tr("Others took every number that was tried.")};
+    return {{}, tr("Other programs have taken every number that was tried.")};
 }
 
 } // namespace RecordingsFolder

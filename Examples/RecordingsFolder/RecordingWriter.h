@@ -12,7 +12,7 @@
 
 namespace RecordingsFolder {
 
-/// Writes new recordings, numbered one after the other: "Recording 1.png", "Recording 2.png".
+/// Writes new recordings with ascending numbers: "Recording 1.png", "Recording 2.png".
 class RecordingWriter
 {
     Q_DECLARE_TR_FUNCTIONS(RecordingsFolder::RecordingWriter)
@@ -24,17 +24,17 @@ public:
     struct Result
     {
         QString path;  ///< the new file; empty when there is none
-        QString error; ///< why there is none, for the user
+        QString error; ///< for the user: why there is no new file
     };
 
-    /// Asks the library for the numbers.
+    /// Takes the numbers from the library.
     RecordingWriter();
     explicit RecordingWriter(AskNumber ask);
 
-    /// Writes a new file with this content; never writes over a file that is there already.
+    /// Writes a new file with this content. Never overwrites an existing file.
     Result Write(const QString& folder, const QByteArray& content) const;
 
-    /// How often a number is asked for when others keep taking it.
+    /// How many numbers are tried while other programs keep taking them.
     static constexpr int attempts = 100;
 
 private:

@@ -7,6 +7,16 @@
 
 namespace RecordingsFolder {
 
+namespace {
+
+/// In the C locale, numbers would be compared as text.
+QLocale SortingLocale()
+{
+    return QLocale().language() == QLocale::C ? QLocale(QLocale::English) : QLocale();
+}
+
+} // namespace
+
 RecordingsModel::RecordingsModel(QObject* parent) : QAbstractTableModel(parent)
 {
 }
@@ -21,7 +31,7 @@ void RecordingsModel::Reset(const QString& newFolder, const QList<QFileInfo>& fi
         recordings.append(FromFile(file));
     const auto byPath = [](const Recording& left, const Recording& right) { return left.path < right.path; };
     std::sort(recordings.begin(), recordings.end(), byPath);
-    // A second start over the same folder keeps the thumbnails that are still right.
+    // When the same folder is watched again, thumbnails of unchanged files stay.
     for (Recording& recording : recordings) {
         const auto known = std::lower_bound(old.begin(), old.end(), recording, byPath);
         if (known != old.end() && known->path == recording.path && known->time == recording.time)
@@ -40,10 +50,10 @@ void RecordingsModel::Apply(const WatchEvent& event)
     switch (event.kind) {
     case WatchEvent::Kind::FileAdded:
     case WatchEvent::Kind::FileChanged:
-        Take(event.file);
+        AddOrUpdate(event.file);
         break;
     case WatchEvent::Kind::FileRemoved:
-        Drop(event.file.absoluteFilePath());
+        Remove(event.file.absoluteFilePath());
         break;
     case WatchEvent::Kind::WatchingStarted:
     case WatchEvent::Kind::WatchingStopped:
@@ -55,7 +65,7 @@ void RecordingsModel::Apply(const WatchEvent& event)
 void RecordingsModel::SetThumbnail(const QString& path, const QImage& image)
 {
     const int row = LowerBound(path);
-    if (!Holds(row, path))
+    if (!HasPathAt(row, path))
         return;
     recordings[row].thumbnail = image;
     const QModelIndex changed = index(row, NameColumn);
@@ -65,7 +75,7 @@ void RecordingsModel::SetThumbnail(const QString& path, const QImage& image)
 QModelIndex RecordingsModel::IndexOf(const QString& path) const
 {
     const int row = LowerBound(path);
-    return Holds(row, path) ? index(row, NameColumn) : QModelIndex();
+    return HasPathAt(row, path) ? index(row, NameColumn) : QModelIndex();
 }
 
 qint64 RecordingsModel::TotalSize() const
@@ -101,7 +111,7 @@ QVariant RecordingsModel::data(const QModelIndex& index, int role) const
     case Qt::TextAlignmentRole:
         return index.column() == SizeColumn ? QVariant(Qt::AlignRight | Qt::AlignVCenter) : QVariant();
     case Qt::ToolTipRole:
-        // In a tag, or the view would show the escapes as they are.
+        // Without a tag it would count as plain text, and show the escapes.
         return QStringLiteral("<span>%1</span>").arg(recording.path.toHtmlEscaped());
     case SortRole:
         return SortValue(recording, index.column());
@@ -127,7 +137,7 @@ QVariant RecordingsModel::headerData(int section, Qt::Orientation orientation, i
     case SizeColumn:
         return tr("Size");
     case TimeColumn:
-        return tr("Changed");
+        return tr("Modified");
     default:
         return {};
     }
@@ -147,18 +157,18 @@ int RecordingsModel::LowerBound(const QString& path) const
     return static_cast<int>(found - recordings.begin());
 }
 
-bool RecordingsModel::Holds(int row, const QString& path) const
+bool RecordingsModel::HasPathAt(int row, const QString& path) const
 {
     return row < recordings.size() && recordings[row].path == path;
 }
 
-void RecordingsModel::Take(const QFileInfo& file)
+void RecordingsModel::AddOrUpdate(const QFileInfo& file)
 {
     Recording recording = FromFile(file);
     const QString path = recording.path;
     const int row = LowerBound(path);
-    if (Holds(row, path)) {
-        // The old picture stays until the new one is there: an empty place would only flicker.
+    if (HasPathAt(row, path)) {
+        // The old thumbnail stays until the new one is loaded, to avoid flicker.
         recording.thumbnail = recordings[row].thumbnail;
         recordings[row] = recording;
         Q_EMIT dataChanged(index(row, NameColumn), index(row, ColumnCount - 1));
@@ -170,10 +180,10 @@ void RecordingsModel::Take(const QFileInfo& file)
     Q_EMIT ThumbnailNeeded(path);
 }
 
-void RecordingsModel::Drop(const QString& path)
+void RecordingsModel::Remove(const QString& path)
 {
     const int row = LowerBound(path);
-    if (!Holds(row, path))
+    if (!HasPathAt(row, path))
         return;
     beginRemoveRows({}, row, row);
     recordings.remove(row);
@@ -204,6 +214,23 @@ QVariant RecordingsModel::SortValue(const Recording& recording, int column) cons
     default:
         return recording.name;
     }
+}
+
+RecordingsSortModel::RecordingsSortModel(QObject* parent)
+    : QSortFilterProxyModel(parent), collator(SortingLocale())
+{
+    collator.setNumericMode(true);
+    setSortRole(RecordingsModel::SortRole);
+    setDynamicSortFilter(true);
+}
+
+bool RecordingsSortModel::lessThan(const QModelIndex& left, const QModelIndex& right) const
+{
+    if (left.column() != RecordingsModel::NameColumn)
+        return QSortFilterProxyModel::lessThan(left, right);
+    const QString leftName = left.data(RecordingsModel::SortRole).toString();
+    const QString rightName = right.data(RecordingsModel::SortRole).toString();
+    return collator.compare(leftName, rightName) < 0;
 }
 
 } // namespace RecordingsFolder

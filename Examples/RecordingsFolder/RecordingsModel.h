@@ -3,15 +3,17 @@
 #include "Examples/RecordingsFolder/WatchEvent.h"
 
 #include <QAbstractTableModel>
+#include <QCollator>
 #include <QDateTime>
 #include <QImage>
+#include <QSortFilterProxyModel>
 #include <QVector>
 
 namespace RecordingsFolder {
 
 /// The recordings in the folder, as a table of names with thumbnails, times and sizes.
 ///
-/// It only knows what it is told: Reset() at the start of a watch, Apply() for every event after it.
+/// Call Reset() when a watch starts, and Apply() for each of its events.
 class RecordingsModel : public QAbstractTableModel
 {
     Q_OBJECT
@@ -32,11 +34,11 @@ public:
 
     explicit RecordingsModel(QObject* parent = nullptr);
 
-    /// Forgets everything and takes these files in; names are shown relative to the folder.
+    /// Replaces all recordings by these files. Their names are shown relative to the folder.
     void Reset(const QString& newFolder, const QList<QFileInfo>& files);
-    /// Takes in, updates or drops the file that the event is about; other events change nothing.
+    /// Adds, updates or removes the event's file. Events without a file change nothing.
     void Apply(const WatchEvent& event);
-    /// Shown in place of an empty one; nothing happens when the recording is gone by now.
+    /// Does nothing if the recording has been removed meanwhile.
     void SetThumbnail(const QString& path, const QImage& image);
 
     QModelIndex IndexOf(const QString& path) const;
@@ -48,7 +50,7 @@ public:
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 
 Q_SIGNALS:
-    /// This recording has come or has changed, so an older thumbnail is out of date.
+    /// This recording is new or has changed, so an older thumbnail is out of date.
     void ThumbnailNeeded(const QString& path);
 
 private:
@@ -63,14 +65,30 @@ private:
 
     Recording FromFile(const QFileInfo& file) const;
     int LowerBound(const QString& path) const;
-    bool Holds(int row, const QString& path) const;
-    void Take(const QFileInfo& file);
-    void Drop(const QString& path);
+    bool HasPathAt(int row, const QString& path) const;
+    void AddOrUpdate(const QFileInfo& file);
+    void Remove(const QString& path);
     QString DisplayText(const Recording& recording, int column) const;
     QVariant SortValue(const Recording& recording, int column) const;
 
     QString folder;
-    QVector<Recording> recordings; ///< in the order of their paths, so that each is found by halving
+    QVector<Recording> recordings; ///< sorted by path, for binary search
+};
+
+/// Sorts the recordings by the column that the user chose: names in natural order ("Recording 2" before
+/// "Recording 10"), sizes and times by value.
+class RecordingsSortModel : public QSortFilterProxyModel
+{
+    Q_OBJECT
+
+public:
+    explicit RecordingsSortModel(QObject* parent = nullptr);
+
+protected:
+    bool lessThan(const QModelIndex& left, const QModelIndex& right) const override;
+
+private:
+    QCollator collator;
 };
 
 } // namespace RecordingsFolder

@@ -12,7 +12,7 @@ namespace RecordingsFolder {
 RecordingsView::RecordingsView(QWidget* parent) : QTreeView(parent)
 {
     setRootIsDecorated(false);
-    // Only the first row is measured: thousands of rows come up at once.
+    // With this, only the first row is measured, and thousands of rows show up at once.
     setUniformRowHeights(true);
     setIconSize(ThumbnailSize());
     setSelectionMode(ExtendedSelection);

@@ -4,7 +4,7 @@
 
 namespace RecordingsFolder {
 
-/// The list of the recordings, which says why it is empty when it is.
+/// The list of the recordings. While it is empty, it shows a text that says why.
 class RecordingsView : public QTreeView
 {
     Q_OBJECT
@@ -12,13 +12,13 @@ class RecordingsView : public QTreeView
 public:
     explicit RecordingsView(QWidget* parent = nullptr);
 
-    /// The size of the thumbnails that it has room for.
+    /// The size of the thumbnails in the list.
     static QSize ThumbnailSize() { return {80, 45}; }
 
-    /// Shown in the middle while there is nothing to list; also read to those who cannot see it.
+    /// Shown in the middle while the list is empty; also the text for screen readers.
     void SetEmptyText(const QString& text);
 
-    /// The selected recordings, in the order in which they are shown.
+    /// The selected recordings, in the order of the list.
     QStringList SelectedPaths() const;
 
 protected:

@@ -8,14 +8,14 @@ namespace RecordingsFolder {
 
 namespace {
 
-/// A picture of more pixels would take a gigabyte to read.
+/// A larger picture would take more than a gigabyte of memory.
 constexpr qint64 mostPixels = 250'000'000;
 
 QImage ReadScaled(const QString& path, const QSize& size)
 {
     QImageReader reader(path);
     reader.setAutoTransform(true);
-    // The content decides, not the name.
+    // The file name may have any extension.
     reader.setDecideFormatFromContent(true);
     const QSize original = reader.size();
     if (!original.isValid() || qint64(original.width()) * original.height() > mostPixels)
@@ -25,8 +25,8 @@ QImage ReadScaled(const QString& path, const QSize& size)
     return reader.read();
 }
 
-/// All thumbnails have one size, so that the names beside them stand in one line, and a little room around
-/// them. A middle grey shows on light and on dark ground.
+/// All thumbnails have the same size and a small margin, so that the names beside them line up. The frame is
+/// grey, which is visible on light and on dark backgrounds.
 QImage MakeThumbnail(const QString& path, const QSize& size, double pixelRatio)
 {
     const QRect place(QPoint(), size);
@@ -55,7 +55,7 @@ QImage MakeThumbnail(const QString& path, const QSize& size, double pixelRatio)
 ThumbnailLoader::ThumbnailLoader(const QSize& thumbnailSize, double devicePixelRatio, QObject* parent)
     : QObject(parent), size(thumbnailSize), pixelRatio(devicePixelRatio)
 {
-    // One processor is left to the window.
+    // Leaves one processor to the window.
     threads.setMaxThreadCount(qMax(1, QThread::idealThreadCount() - 1));
 }
 

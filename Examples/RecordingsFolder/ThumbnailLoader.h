@@ -9,28 +9,28 @@
 
 namespace RecordingsFolder {
 
-/// Makes thumbnails of picture files on threads of its own.
+/// Creates thumbnails of picture files on threads of its own.
 ///
-/// Use it from the thread it lives in, which also gets its signals.
+/// Use it on the thread it lives in, which also receives its signals.
 class ThumbnailLoader : public QObject
 {
     Q_OBJECT
 
 public:
-    /// @param devicePixelRatio  pixels of the screen for each of the size's
+    /// @param devicePixelRatio  of the screen that shows the thumbnails
     ThumbnailLoader(const QSize& thumbnailSize, double devicePixelRatio, QObject* parent = nullptr);
-    /// Waits for the thumbnails that are being made; those not yet begun are dropped.
+    /// Waits for the thumbnails that are being created, and drops the others.
     ~ThumbnailLoader() override;
 
-    /// Asks for a thumbnail; Loaded() brings it. For a file that is no picture it brings an empty frame.
+    /// Requests a thumbnail, which comes with Loaded(): an empty frame if the file is not a picture.
     void Load(const QString& path);
-    /// Drops what was asked for and has not come; no Loaded() comes for it any more.
+    /// Cancels all requests: Loaded() is not emitted for them.
     void DropAll();
     bool IsIdle() const { return done == wanted; }
 
 Q_SIGNALS:
     void Loaded(const QString& path, const QImage& thumbnail);
-    /// So many of the thumbnails wanted are done; both start again from 0 when all are.
+    /// The number of thumbnails that are done, of those requested; both return to 0 when all are done.
     void Progressed(int done, int wanted);
 
 private:
@@ -38,8 +38,7 @@ private:
 
     const QSize size;
     const double pixelRatio;
-    /// Counts the calls of DropAll(): a thumbnail of an earlier round is not made, and not passed on if it
-    /// was.
+    /// Counts the calls of DropAll(). Thumbnails of earlier rounds are discarded.
     std::atomic<int> currentRound{0};
     int done = 0;
     int wanted = 0;

@@ -16,10 +16,10 @@ void Install(QCoreApplication& application, const QLocale& language, const QStri
         QCoreApplication::installTranslator(translator);
 }
 
-/// Where Qt keeps the translations of its own texts.
+/// Where Qt's own catalogues are installed.
 QString QtCatalogues()
 {
-    // Qt 6 has a new name for it, and warns at the old one.
+    // Qt 6 renamed it, and warns about the old name.
 #if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
     return QLibraryInfo::path(QLibraryInfo::TranslationsPath);
 #else
@@ -40,7 +40,7 @@ void InstallTranslations(QCoreApplication& application)
 {
     for (const QString& name : QLocale::system().uiLanguages()) {
         const QLocale language(name);
-        // What the sources are written in needs no catalogue, and comes before the user's second choice.
+        // The sources are in English, so it needs no catalogue, and precedes the user's second choice.
         if (language.language() == QLocale::English)
             return;
         if (HasCatalogue(language)) {

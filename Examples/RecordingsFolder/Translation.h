@@ -4,10 +4,10 @@ class QCoreApplication;
 
 namespace RecordingsFolder {
 
-/// Shows texts in the user's language where there is a catalogue of it: the example's own, which has the
-/// texts of the libraries, too, and Qt's. In English where there is none.
+/// Loads the catalogues of the user's language: Qt's, and the example's own, which also has the libraries'
+/// texts. Without a catalogue the texts are in English.
 ///
-/// Before the first text is asked for.
+/// Call it before the first text is translated.
 void InstallTranslations(QCoreApplication& application);
 
 } // namespace RecordingsFolder

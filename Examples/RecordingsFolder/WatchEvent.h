@@ -5,7 +5,7 @@
 
 namespace RecordingsFolder {
 
-/// One signal of a watcher, as a value that can be shown, stored and passed on.
+/// One signal of a watcher, as a value.
 struct WatchEvent
 {
     enum class Kind
@@ -19,14 +19,14 @@ struct WatchEvent
     };
 
     Kind kind;
-    QFileInfo file; ///< of the three signals about files
-    QString path;   ///< of PathChanged
+    QFileInfo file; ///< the file of FileAdded, FileRemoved and FileChanged
+    QString path;   ///< the path of PathChanged
 };
 
-/// The signal's name, spelt as in the code and therefore not translated.
+/// The signal's name as in the code, not translated.
 QString SignalName(WatchEvent::Kind kind);
 
-/// A file name fit for a line of text: in quotation marks, a line break in it shown as \n.
+/// A file name in quotation marks, with line breaks shown as \n, so that it fits into one line.
 QString Quoted(const QString& name);
 
 } // namespace RecordingsFolder

@@ -1,4 +1,5 @@
 #include "Tests/Support/EventLoop.h"
+#include "Tests/Support/QStringText.h"
 #include "Tests/Support/TempFolder.h"
 
 #include <QFileInfo>
@@ -10,20 +11,15 @@
 
 using Tests::TempFolder;
 using Tests::WaitUntil;
+using Tests::operator""_q;
 
 // Examples/3-watch-and-poll, run as a program.
 
 namespace {
 
-/// Polls that never come: all that is reported comes of a notice.
+/// Longer than any test: changes are reported because of notices, not of polls.
 constexpr const char* anHour = "3600000";
-/// Polls that come soon.
 constexpr const char* soon = "100";
-
-QString operator""_q(const char* text, size_t size)
-{
-    return QString::fromUtf8(text, int(size));
-}
 
 class WatchAndPollTest : public testing::Test
 {
@@ -178,7 +174,7 @@ TEST_F(WatchAndPollTest, WatchesASubfolderThatTakesTheNameOfARenamedOne)
     EXPECT_PRINTS("added    Tuesday/3.mp4\n");
 }
 
-// No folder notice tells of it.
+// It causes no folder notice.
 TEST_F(WatchAndPollTest, ReportsAFileThatIsWrittenInPlaceAtTheNextPoll)
 {
     folder.Write("Recordings/1.mp4"_q);
@@ -201,7 +197,7 @@ TEST_F(WatchAndPollTest, ReportsAFileThatIsWrittenInPlaceWithTheNextNotice)
     EXPECT_PRINTS("added    2.mp4\nchanged  1.mp4\n");
 }
 
-TEST_F(WatchAndPollTest, FindsTheFilesOfARenamedRootGoneAtTheNextPoll)
+TEST_F(WatchAndPollTest, ReportsTheFilesOfARenamedRootAsRemovedAtTheNextPoll)
 {
     folder.Write("Recordings/1.mp4"_q);
     Start("Recordings"_q, soon);
@@ -212,8 +208,8 @@ TEST_F(WatchAndPollTest, FindsTheFilesOfARenamedRootGoneAtTheNextPoll)
     EXPECT_PRINTS("added    2.mp4\n");
 }
 
-// Were the interval taken as it is, the program would check without a pause.
-TEST_F(WatchAndPollTest, PollsWhenTheIntervalIsNoNumber)
+// With the interval 0 it would check all the time.
+TEST_F(WatchAndPollTest, PollsWhenTheIntervalIsNotANumber)
 {
     folder.Write("Recordings/1.mp4"_q);
     Start("Recordings"_q, "often");

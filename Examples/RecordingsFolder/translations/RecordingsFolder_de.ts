@@ -2,6 +2,29 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="de_DE" sourcelanguage="en_US">
 <context>
+    <name>CommandLine</name>
+    <message>
+        <source>Shows the recordings in a folder, and what happens to them.</source>
+        <translation>Zeigt die Aufnahmen in einem Ordner und was mit ihnen geschieht.</translation>
+    </message>
+    <message>
+        <source>folder</source>
+        <translation>Ordner</translation>
+    </message>
+    <message>
+        <source>The folder to show.</source>
+        <translation>Der Ordner, der angezeigt wird.</translation>
+    </message>
+    <message>
+        <source>[folder]</source>
+        <translation>[Ordner]</translation>
+    </message>
+    <message>
+        <source>Only one folder can be given.</source>
+        <translation>Es kann nur ein Ordner angegeben werden.</translation>
+    </message>
+</context>
+<context>
     <name>DirectoryUtilsValidPath</name>
     <message>
         <source>%1: %2</source>
@@ -16,7 +39,7 @@
     </message>
     <message>
         <source>The folder does not exist</source>
-        <translation>Den Ordner gibt es nicht</translation>
+        <translation>Der Ordner existiert nicht</translation>
     </message>
     <message>
         <source>This is not a folder</source>
@@ -24,7 +47,7 @@
     </message>
     <message>
         <source>The folder cannot be read</source>
-        <translation>Der Ordner ist nicht lesbar</translation>
+        <translation>Der Ordner kann nicht gelesen werden</translation>
     </message>
     <message>
         <source>The folder cannot be written to</source>
@@ -36,77 +59,22 @@
     </message>
 </context>
 <context>
-    <name>RecordingsFolder::CommandLine</name>
-    <message>
-        <source>Play a typical recording, one step after the other.</source>
-        <translation>Eine typische Aufnahme vorspielen, Schritt für Schritt.</translation>
-    </message>
-    <message>
-        <source>Save a picture of the window at the end of the tour.</source>
-        <translation>Am Ende der Vorführung ein Bild des Fensters sichern.</translation>
-    </message>
-    <message>
-        <source>file.png</source>
-        <translation>Datei.png</translation>
-    </message>
-    <message>
-        <source>Light text on dark ground.</source>
-        <translation>Helle Schrift auf dunklem Grund.</translation>
-    </message>
-    <message>
-        <source>The time that a step of the tour may take.</source>
-        <translation>Die Zeit, die ein Schritt der Vorführung dauern darf.</translation>
-    </message>
-    <message>
-        <source>milliseconds</source>
-        <translation>Millisekunden</translation>
-    </message>
-    <message>
-        <source>Shows the recordings in a folder and follows what happens to them.</source>
-        <translation>Zeigt die Aufnahmen in einem Ordner und verfolgt, was mit ihnen geschieht.</translation>
-    </message>
-    <message>
-        <source>folder</source>
-        <translation>Ordner</translation>
-    </message>
-    <message>
-        <source>The folder; the tour makes one of its own when none is named.</source>
-        <translation>Der Ordner; die Vorführung legt sich einen an, wenn keiner genannt ist.</translation>
-    </message>
-    <message>
-        <source>[folder]</source>
-        <translation>[Ordner]</translation>
-    </message>
-    <message>
-        <source>--limit takes a number of milliseconds.</source>
-        <translation>--limit erwartet eine Anzahl von Millisekunden.</translation>
-    </message>
-    <message>
-        <source>There is room for one folder only.</source>
-        <translation>Es kann nur einen Ordner geben.</translation>
-    </message>
-    <message>
-        <source>--screenshot goes with --tour.</source>
-        <translation>--screenshot gehört zu --tour.</translation>
-    </message>
-</context>
-<context>
     <name>RecordingsFolder::RecordingWriter</name>
-    <message>
-        <source>No number was found for the recording: %1</source>
-        <translation>Für die Aufnahme fand sich keine Nummer: %1</translation>
-    </message>
-    <message>
-        <source>%1 could not be made: %2</source>
-        <translation>%1 konnte nicht angelegt werden: %2</translation>
-    </message>
     <message>
         <source>%1 could not be written: %2</source>
         <translation>%1 konnte nicht geschrieben werden: %2</translation>
     </message>
     <message>
-        <source>Others took every number that was tried.</source>
-        <translation>Jede versuchte Nummer haben andere genommen.</translation>
+        <source>The number of the next recording could not be determined: %1</source>
+        <translation>Die Nummer der nächsten Aufnahme ließ sich nicht ermitteln: %1</translation>
+    </message>
+    <message>
+        <source>%1 could not be created: %2</source>
+        <translation>%1 konnte nicht angelegt werden: %2</translation>
+    </message>
+    <message>
+        <source>Other programs have taken every number that was tried.</source>
+        <translation>Andere Programme haben alle versuchten Nummern bereits vergeben.</translation>
     </message>
 </context>
 <context>
@@ -120,7 +88,7 @@
         <translation>Größe</translation>
     </message>
     <message>
-        <source>Changed</source>
+        <source>Modified</source>
         <translation>Geändert</translation>
     </message>
 </context>
@@ -135,47 +103,8 @@
         <translation>%1 – Aufnahmen</translation>
     </message>
     <message>
-        <source>No file browser could show:</source>
-        <translation>Kein Dateimanager konnte dies anzeigen:</translation>
-    </message>
-    <message>
-        <source>Could not be moved to the trash:</source>
-        <translation>Konnte nicht in den Papierkorb verschoben werden:</translation>
-    </message>
-    <message>
-        <source>Delete %1? There is no way to bring it back.</source>
-        <translation>%1 löschen? Das lässt sich nicht rückgängig machen.</translation>
-    </message>
-    <message numerus="yes">
-        <source>Delete these %n recordings? There is no way to bring them back.</source>
-        <translation>
-            <numerusform>Diese %n Aufnahme löschen? Das lässt sich nicht rückgängig machen.</numerusform>
-            <numerusform>Diese %n Aufnahmen löschen? Das lässt sich nicht rückgängig machen.</numerusform>
-        </translation>
-    </message>
-    <message>
-        <source>Could not be deleted:</source>
-        <translation>Konnte nicht gelöscht werden:</translation>
-    </message>
-    <message>
-        <source>No link could be made to:</source>
-        <translation>Es konnte kein Link angelegt werden auf:</translation>
-    </message>
-    <message>
         <source>Link %1 -&gt; %2</source>
         <translation>Link %1 -&gt; %2</translation>
-    </message>
-    <message>
-        <source>A link</source>
-        <translation>Ein Link</translation>
-    </message>
-    <message>
-        <source>The link to %1 is
-%2
-and stays until this window is closed. Open it?</source>
-        <translation>Der Link auf %1 ist
-%2
-und bleibt, bis dieses Fenster geschlossen wird. Öffnen?</translation>
     </message>
     <message>
         <source>&amp;Browse…</source>
@@ -183,7 +112,7 @@ und bleibt, bis dieses Fenster geschlossen wird. Öffnen?</translation>
     </message>
     <message>
         <source>Choose the folder to show</source>
-        <translation>Den Ordner wählen, der gezeigt wird</translation>
+        <translation>Den Ordner wählen, der angezeigt wird</translation>
     </message>
     <message>
         <source>&amp;Capture</source>
@@ -191,7 +120,7 @@ und bleibt, bis dieses Fenster geschlossen wird. Öffnen?</translation>
     </message>
     <message>
         <source>Save a picture of this window as the next recording</source>
-        <translation>Ein Bild dieses Fensters als nächste Aufnahme sichern</translation>
+        <translation>Ein Bild dieses Fensters als nächste Aufnahme speichern</translation>
     </message>
     <message>
         <source>R&amp;eveal</source>
@@ -199,7 +128,7 @@ und bleibt, bis dieses Fenster geschlossen wird. Öffnen?</translation>
     </message>
     <message>
         <source>Show the selected recordings in the file browser</source>
-        <translation>Die ausgewählten Aufnahmen im Dateimanager zeigen</translation>
+        <translation>Die ausgewählten Aufnahmen im Dateimanager anzeigen</translation>
     </message>
     <message>
         <source>Ctrl+R</source>
@@ -218,20 +147,8 @@ und bleibt, bis dieses Fenster geschlossen wird. Öffnen?</translation>
         <translation>&amp;Löschen…</translation>
     </message>
     <message>
-        <source>Delete the selected recordings for good</source>
-        <translation>Die ausgewählten Aufnahmen endgültig löschen</translation>
-    </message>
-    <message>
         <source>Shift+Del</source>
         <translation>Shift+Del</translation>
-    </message>
-    <message>
-        <source>Open a Lin&amp;k…</source>
-        <translation>Lin&amp;k öffnen…</translation>
-    </message>
-    <message>
-        <source>Link the selected recording under a temporary name</source>
-        <translation>Die ausgewählte Aufnahme unter einem vorläufigen Namen verlinken</translation>
     </message>
     <message>
         <source>Ctrl+L</source>
@@ -254,62 +171,6 @@ und bleibt, bis dieses Fenster geschlossen wird. Öffnen?</translation>
         <translation>A&amp;ufnahme</translation>
     </message>
     <message>
-        <source>No folder is chosen</source>
-        <translation>Kein Ordner ist gewählt</translation>
-    </message>
-    <message>
-        <source>every file</source>
-        <translation>jede Datei</translation>
-    </message>
-    <message>
-        <source>Wildcards for file names, parted by semicolons: *.png; *.jpg</source>
-        <translation>Muster für Dateinamen, durch Strichpunkte getrennt: *.png; *.jpg</translation>
-    </message>
-    <message>
-        <source>Levels of folders below this one to look into</source>
-        <translation>Wie viele Ebenen von Unterordnern durchsucht werden</translation>
-    </message>
-    <message>
-        <source>Notices of the system</source>
-        <translation>Meldungen des Systems</translation>
-    </message>
-    <message>
-        <source>Polling</source>
-        <translation>Nachsehen</translation>
-    </message>
-    <message>
-        <source>Polling also sees replaced files, network folders and a folder that is made later</source>
-        <translation>Nachsehen bemerkt auch ersetzte Dateien, Netzordner und einen Ordner, der später angelegt wird</translation>
-    </message>
-    <message>
-        <source> ms</source>
-        <translation> ms</translation>
-    </message>
-    <message>
-        <source>The time between two looks while polling</source>
-        <translation>Die Zeit zwischen zweimal Nachsehen</translation>
-    </message>
-    <message>
-        <source>F&amp;older:</source>
-        <translation>&amp;Ordner:</translation>
-    </message>
-    <message>
-        <source>Fil&amp;ter:</source>
-        <translation>&amp;Filter:</translation>
-    </message>
-    <message>
-        <source>&amp;Depth:</source>
-        <translation>&amp;Tiefe:</translation>
-    </message>
-    <message>
-        <source>&amp;Watch by:</source>
-        <translation>Beoba&amp;chten durch:</translation>
-    </message>
-    <message>
-        <source>E&amp;very:</source>
-        <translation>All&amp;e:</translation>
-    </message>
-    <message>
         <source>Recordi&amp;ngs:</source>
         <translation>Auf&amp;nahmen:</translation>
     </message>
@@ -328,10 +189,6 @@ und bleibt, bis dieses Fenster geschlossen wird. Öffnen?</translation>
     <message>
         <source>Thumbnails</source>
         <translation>Vorschaubilder</translation>
-    </message>
-    <message>
-        <source>The folder of the recordings</source>
-        <translation>Der Ordner der Aufnahmen</translation>
     </message>
     <message>
         <source>%1, %2</source>
@@ -353,146 +210,130 @@ und bleibt, bis dieses Fenster geschlossen wird. Öffnen?</translation>
         <translation>Wählen Sie einen Ordner, um seine Aufnahmen hier zu sehen.</translation>
     </message>
     <message>
-        <source>This folder does not exist yet. Capture (%1) makes it.</source>
-        <translation>Diesen Ordner gibt es noch nicht. Aufnehmen (%1) legt ihn an.</translation>
+        <source>The file browser could not show:</source>
+        <translation>Der Dateimanager konnte Folgendes nicht anzeigen:</translation>
     </message>
     <message>
-        <source>This folder is empty. Capture (%1) makes the first recording.</source>
-        <translation>Dieser Ordner ist leer. Aufnehmen (%1) macht die erste Aufnahme.</translation>
+        <source>Could not move to the trash:</source>
+        <translation>Konnte nicht in den Papierkorb verschoben werden:</translation>
     </message>
     <message>
-        <source>No file here matches the filter %1. Capture (%2) makes a recording.</source>
-        <translation>Keine Datei passt hier zum Filter %1. Aufnehmen (%2) macht eine Aufnahme.</translation>
+        <source>Delete %1? This cannot be undone.</source>
+        <translation>%1 löschen? Das lässt sich nicht rückgängig machen.</translation>
+    </message>
+    <message numerus="yes">
+        <source>Delete these %n recordings? This cannot be undone.</source>
+        <translation>
+            <numerusform>Diese %n Aufnahme löschen? Das lässt sich nicht rückgängig machen.</numerusform>
+            <numerusform>Diese %n Aufnahmen löschen? Das lässt sich nicht rückgängig machen.</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Could not delete:</source>
+        <translation>Konnte nicht gelöscht werden:</translation>
+    </message>
+    <message>
+        <source>Could not create a link to:</source>
+        <translation>Konnte keinen Link anlegen auf:</translation>
+    </message>
+    <message>
+        <source>Temporary Link</source>
+        <translation>Temporärer Link</translation>
+    </message>
+    <message>
+        <source>The link to %1 is:
+%2
+It will be removed when this window is closed. Open it now?</source>
+        <translation>Der Link auf %1 ist:
+%2
+Er wird gelöscht, wenn dieses Fenster geschlossen wird. Jetzt öffnen?</translation>
+    </message>
+    <message>
+        <source>Permanently delete the selected recordings</source>
+        <translation>Die ausgewählten Aufnahmen endgültig löschen</translation>
+    </message>
+    <message>
+        <source>Create Lin&amp;k…</source>
+        <translation>Lin&amp;k anlegen…</translation>
+    </message>
+    <message>
+        <source>Create a temporary link to the selected recording</source>
+        <translation>Einen temporären Link auf die ausgewählte Aufnahme anlegen</translation>
+    </message>
+    <message>
+        <source>Choose a Folder of Recordings</source>
+        <translation>Ordner mit Aufnahmen wählen</translation>
+    </message>
+    <message>
+        <source>This folder does not exist yet. Capture (%1) creates it.</source>
+        <translation>Diesen Ordner gibt es noch nicht. „Aufnehmen“ (%1) legt ihn an.</translation>
+    </message>
+    <message>
+        <source>This folder is empty. Capture (%1) creates the first recording.</source>
+        <translation>Dieser Ordner ist leer. „Aufnehmen“ (%1) legt die erste Aufnahme an.</translation>
+    </message>
+    <message>
+        <source>No file here matches the filter %1. Capture (%2) creates a recording.</source>
+        <translation>Keine Datei in diesem Ordner passt zum Filter %1. „Aufnehmen“ (%2) legt eine Aufnahme an.</translation>
     </message>
 </context>
 <context>
-    <name>RecordingsFolder::StepRunner</name>
+    <name>RecordingsFolder::WatchSettingsForm</name>
     <message>
-        <source>no message came up</source>
-        <translation>es erschien keine Meldung</translation>
+        <source>No folder selected</source>
+        <translation>Kein Ordner ausgewählt</translation>
     </message>
     <message>
-        <source>FAILED in step %1, %2: %3</source>
-        <translation>FEHLSCHLAG in Schritt %1, %2: %3</translation>
+        <source>All files</source>
+        <translation>Alle Dateien</translation>
     </message>
     <message>
-        <source>%1 did not come within %2 ms</source>
-        <translation>%1 kam nicht innerhalb von %2 ms</translation>
+        <source>Wildcards for file names, separated by semicolons: *.mp4; *.png</source>
+        <translation>Platzhalter für Dateinamen, durch Semikolons getrennt: *.mp4; *.png</translation>
     </message>
     <message>
-        <source>%1 after %2 ms</source>
-        <translation>%1 nach %2 ms</translation>
+        <source>Number of subfolder levels to include</source>
+        <translation>Anzahl der Unterordner-Ebenen, die einbezogen werden</translation>
     </message>
     <message>
-        <source>a message came up: %1</source>
-        <translation>es erschien eine Meldung: %1</translation>
-    </message>
-</context>
-<context>
-    <name>RecordingsFolder::Tour</name>
-    <message>
-        <source>by notices</source>
-        <translation>durch Meldungen</translation>
+        <source>System notifications</source>
+        <translation>Systemmeldungen</translation>
     </message>
     <message>
-        <source>Every signal came. The recordings are in %1</source>
-        <translation>Jedes Signal kam. Die Aufnahmen liegen in %1</translation>
+        <source>Polling</source>
+        <translation>Regelmäßige Abfrage</translation>
     </message>
     <message>
-        <source>open something that is no folder</source>
-        <translation>etwas öffnen, das kein Ordner ist</translation>
+        <source>Polling also detects replaced files, changes in network folders, and a folder that is created later</source>
+        <translation>Die regelmäßige Abfrage erkennt auch ersetzte Dateien, Änderungen in Netzwerkordnern und einen Ordner, der erst später angelegt wird</translation>
     </message>
     <message>
-        <source>open a folder that is missing</source>
-        <translation>einen Ordner öffnen, den es nicht gibt</translation>
+        <source> ms</source>
+        <translation> ms</translation>
     </message>
     <message>
-        <source>open the folder</source>
-        <translation>den Ordner öffnen</translation>
+        <source>Time between two polls</source>
+        <translation>Zeit zwischen zwei Abfragen</translation>
     </message>
     <message>
-        <source>prepare it, which makes it</source>
-        <translation>ihn vorbereiten, wodurch er entsteht</translation>
+        <source>F&amp;older:</source>
+        <translation>&amp;Ordner:</translation>
     </message>
     <message>
-        <source>prepare it</source>
-        <translation>ihn vorbereiten</translation>
+        <source>Fil&amp;ter:</source>
+        <translation>&amp;Filter:</translation>
     </message>
     <message>
-        <source>watch again, for what came into an empty folder</source>
-        <translation>neu beobachten, was in einen leeren Ordner kam</translation>
+        <source>&amp;Depth:</source>
+        <translation>&amp;Tiefe:</translation>
     </message>
     <message>
-        <source>By another program</source>
-        <translation>Von einem anderen Programm</translation>
+        <source>&amp;Watch by:</source>
+        <translation>Beoba&amp;chten durch:</translation>
     </message>
     <message>
-        <source>another program adds a file, seen %1</source>
-        <translation>ein anderes Programm legt eine Datei an, bemerkt %1</translation>
-    </message>
-    <message>
-        <source>it changes the file, seen %1</source>
-        <translation>es ändert die Datei, bemerkt %1</translation>
-    </message>
-    <message>
-        <source>it deletes the file, seen %1</source>
-        <translation>es löscht die Datei, bemerkt %1</translation>
-    </message>
-    <message>
-        <source>switch to polling</source>
-        <translation>auf Nachsehen umschalten</translation>
-    </message>
-    <message>
-        <source>by polling</source>
-        <translation>durch Nachsehen</translation>
-    </message>
-    <message>
-        <source>switch back to notices</source>
-        <translation>zurück auf Meldungen schalten</translation>
-    </message>
-    <message>
-        <source>move it to the trash</source>
-        <translation>sie in den Papierkorb verschieben</translation>
-    </message>
-    <message>
-        <source>delete it for good</source>
-        <translation>sie endgültig löschen</translation>
-    </message>
-    <message>
-        <source>link it under a temporary name</source>
-        <translation>sie unter einem vorläufigen Namen verlinken</translation>
-    </message>
-    <message>
-        <source>there is no link to %1</source>
-        <translation>es gibt keinen Link auf %1</translation>
-    </message>
-    <message>
-        <source>save a screenshot</source>
-        <translation>ein Bildschirmfoto sichern</translation>
-    </message>
-    <message>
-        <source>the thumbnails were not ready in time</source>
-        <translation>die Vorschaubilder waren nicht rechtzeitig fertig</translation>
-    </message>
-    <message>
-        <source>%1 could not be written</source>
-        <translation>%1 konnte nicht geschrieben werden</translation>
-    </message>
-    <message>
-        <source>stop</source>
-        <translation>anhalten</translation>
-    </message>
-    <message>
-        <source>capture</source>
-        <translation>aufnehmen</translation>
-    </message>
-    <message>
-        <source>%1 did not end in time</source>
-        <translation>%1 endete nicht rechtzeitig</translation>
-    </message>
-    <message>
-        <source>%1 could not %2 %3</source>
-        <translation>%1 konnte dies nicht: %2 %3</translation>
+        <source>Inter&amp;val:</source>
+        <translation>Inter&amp;vall:</translation>
     </message>
 </context>
 </TS>

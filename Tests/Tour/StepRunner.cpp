@@ -1,4 +1,4 @@
-#include "Examples/RecordingsFolder/StepRunner.h"
+#include "Tests/Tour/StepRunner.h"
 
 #include "Examples/RecordingsFolder/WatchEvent.h"
 
@@ -7,7 +7,9 @@
 #include <QMessageBox>
 #include <QTextStream>
 
-namespace RecordingsFolder {
+namespace RecordingsTour {
+
+using RecordingsFolder::Quoted;
 
 namespace {
 
@@ -17,10 +19,9 @@ void Print(const QString& line)
     out << line << '\n';
 }
 
-QString Describe(const StepRunner::Happening& happening)
+QString Describe(const StepRunner::Event& event)
 {
-    return happening.file.isEmpty() ? happening.name
-                                    : happening.name + QLatin1Char(' ') + Quoted(happening.file);
+    return event.file.isEmpty() ? event.name : event.name + QLatin1Char(' ') + Quoted(event.file);
 }
 
 } // namespace
@@ -37,7 +38,7 @@ void StepRunner::Record(const QString& name, const QString& file)
     recorded.append({{name, file}, clock.elapsed()});
 }
 
-void StepRunner::Step(const QString& newTitle, const Act& act)
+void StepRunner::Step(const QString& newTitle, const Action& action)
 {
     if (failed)
         return;
@@ -46,13 +47,13 @@ void StepRunner::Step(const QString& newTitle, const Act& act)
     notes.clear();
     messageExpected = false;
     messageSeen = false;
-    began = clock.elapsed();
+    stepStart = clock.elapsed();
 
-    const QVector<Happening> awaited = act();
-    for (const Happening& happening : awaited)
-        WaitFor(happening);
+    const QVector<Event> expected = action();
+    for (const Event& event : expected)
+        WaitFor(event);
     if (messageExpected && !messageSeen)
-        Fail(tr("no message came up"));
+        Fail(QStringLiteral("no message was shown"));
     if (!failed)
         Print(QStringLiteral("%1  %2  %3")
                   .arg(number, 2)
@@ -65,34 +66,36 @@ void StepRunner::Fail(const QString& reason)
     if (failed)
         return;
     failed = true;
-    Print(tr("FAILED in step %1, %2: %3").arg(QString::number(number), title, reason));
+    Print(QStringLiteral("FAILED in step %1 (%2): %3").arg(QString::number(number), title, reason));
 }
 
 bool StepRunner::WaitUntil(const std::function<bool()>& condition)
 {
     bool holds = condition();
-    while (!holds && !failed && clock.elapsed() - began < limit) {
+    while (!holds && !failed && clock.elapsed() - stepStart < limit) {
         QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
         holds = condition();
     }
     return holds && !failed;
 }
 
-void StepRunner::WaitFor(const Happening& awaited)
+void StepRunner::WaitFor(const Event& expected)
 {
-    if (!WaitUntil([&] { return Find(awaited); }))
-        Fail(tr("%1 did not come within %2 ms").arg(Describe(awaited)).arg(limit));
+    if (!WaitUntil([&] { return Find(expected); }))
+        Fail(QStringLiteral("%1 was not emitted within %2 ms").arg(Describe(expected)).arg(limit));
 }
 
-bool StepRunner::Find(const Happening& awaited)
+bool StepRunner::Find(const Event& expected)
 {
     for (int i = next; i < recorded.size(); ++i) {
         const Recorded& candidate = recorded[i];
-        if (candidate.happening.name != awaited.name || candidate.happening.file != awaited.file)
+        if (candidate.event.name != expected.name || candidate.event.file != expected.file)
             continue;
         next = i + 1;
-        // What a step waits for may have come while the step before it was still at work.
-        Note(tr("%1 after %2 ms").arg(Describe(awaited)).arg(qMax(qint64(0), candidate.when - began)));
+        // The event may have come before this step started.
+        Note(QStringLiteral("%1 after %2 ms")
+                 .arg(Describe(expected))
+                 .arg(qMax(qint64(0), candidate.time - stepStart)));
         return true;
     }
     return false;
@@ -107,7 +110,7 @@ void StepRunner::AnswerMessage()
         messageSeen = true;
         Note(Quoted(box->text()));
     } else {
-        Fail(tr("a message came up: %1").arg(box->text()));
+        Fail(QStringLiteral("a message was shown: %1").arg(box->text()));
     }
     for (const auto answer : {QMessageBox::Yes, QMessageBox::Close, QMessageBox::Ok}) {
         if (QAbstractButton* button = box->button(answer)) {
@@ -118,4 +121,4 @@ void StepRunner::AnswerMessage()
     box->reject();
 }
 
-} // namespace RecordingsFolder
+} // namespace RecordingsTour

@@ -1,4 +1,4 @@
-#include "Examples/RecordingsFolder/OtherProgram.h"
+#include "Tests/Tour/OtherProgram.h"
 
 #include <QBuffer>
 #include <QDateTime>
@@ -7,7 +7,7 @@
 #include <QImage>
 #include <QPainter>
 
-namespace RecordingsFolder {
+namespace RecordingsTour {
 
 namespace {
 
@@ -33,18 +33,18 @@ bool Write(QFile& file, const QByteArray& content)
            && file.resize(content.size()) && file.flush();
 }
 
-/// Nobody sees the file half written: it is written under a hidden name, which no watcher lists, and renamed.
+/// Writes the file under a hidden name, which no watcher lists, and renames it, so that it appears complete.
 bool Add(const QString& path)
 {
     const QFileInfo info(path);
     QFile hidden(info.path() + QStringLiteral("/.") + info.fileName() + QStringLiteral(".part"));
-    // An hour old, so that a later change has another time however coarse the file system's clock is.
+    // An hour ago, so that a later change has another time, however coarse the file system's clock is.
     const QDateTime anHourAgo = QDateTime::currentDateTime().addSecs(-3600);
     return Write(hidden, Picture(Qt::darkBlue, Qt::cyan))
            && hidden.setFileTime(anHourAgo, QFileDevice::FileModificationTime) && hidden.rename(path);
 }
 
-/// Written into the file itself: of a file that replaces another one, notices tell nothing.
+/// Writes into the file itself: a file that replaces it would end the notices about it.
 bool Change(const QString& path)
 {
     QFile file(path);
@@ -53,18 +53,18 @@ bool Change(const QString& path)
 
 } // namespace
 
-int RunAsOtherProgram(const QStringList& order)
+int RunAsOtherProgram(const QStringList& command)
 {
-    const QString what = order.value(0);
-    const QString path = order.value(1);
+    const QString operation = command.value(0);
+    const QString path = command.value(1);
     bool done = false;
-    if (what == QLatin1String("add"))
+    if (operation == QLatin1String("add"))
         done = Add(path);
-    else if (what == QLatin1String("change"))
+    else if (operation == QLatin1String("change"))
         done = Change(path);
-    else if (what == QLatin1String("delete"))
+    else if (operation == QLatin1String("delete"))
         done = QFile::remove(path);
     return done ? 0 : 1;
 }
 
-} // namespace RecordingsFolder
+} // namespace RecordingsTour
