@@ -3,6 +3,7 @@
 #include <QFileInfo>
 #include <QList>
 #include <QString>
+#include <QStringList>
 
 #include <string>
 #include <vector>
@@ -11,7 +12,23 @@ namespace Tests {
 
 using Texts = std::vector<std::string>;
 
-/// The paths of files; of those below a folder only what follows it.
+inline Texts ToTexts(const QStringList& strings)
+{
+    Texts texts;
+    for (const QString& string : strings)
+        texts.push_back(string.toStdString());
+    return texts;
+}
+
+inline QStringList ToQStringList(const Texts& texts)
+{
+    QStringList strings;
+    for (const std::string& text : texts)
+        strings.append(QString::fromStdString(text));
+    return strings;
+}
+
+/// The paths of files, without this folder's own path where a file is below it.
 inline Texts PathsOf(const QList<QFileInfo>& files, const QString& below = QString())
 {
     Texts paths;
