@@ -2,6 +2,7 @@
 
 #include "Tests/Support/ByteFolder.h"
 #include "Tests/Support/CurrentFolder.h"
+#include "Tests/Support/DeepFolder.h"
 #include "Tests/Support/FileTexts.h"
 #include "Tests/Support/TempFolder.h"
 #include "Tests/Support/Unprivileged.h"
@@ -17,14 +18,11 @@
 #include <climits>
 #include <limits>
 #include <ostream>
-#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace Zendra::LW {
 namespace {
@@ -37,6 +35,7 @@ using testing::UnorderedElementsAre;
 using testing::UnorderedElementsAreArray;
 using Tests::ByteFolder;
 using Tests::CurrentFolder;
+using Tests::DeepFolder;
 using Tests::NamesOf;
 using Tests::PathsOf;
 using Tests::TempFolder;
@@ -49,12 +48,6 @@ constexpr unsigned int everyLevel = std::numeric_limits<unsigned int>::max();
 std::string Native(const QString& path)
 {
     return QFile::encodeName(path).toStdString();
-}
-
-void Require(bool done, const std::string& step)
-{
-    if (!done)
-        throw std::runtime_error(step);
 }
 
 ListingOptions MatchingNames(const QStringList& nameFilters)
@@ -226,9 +219,8 @@ TEST_F(DirectoryScanTest, SkipsLinksThatLeadNowhere)
 
 TEST_F(DirectoryScanTest, SkipsWhatIsNeitherFileNorFolder)
 {
-    Require(::mkfifo(Native(folder.Path(QStringLiteral("fifo"))).c_str(), 0600) == 0, "make a fifo");
-    Require(::mknod(Native(folder.Path(QStringLiteral("socket"))).c_str(), S_IFSOCK | 0600, 0) == 0,
-            "make a socket");
+    ASSERT_EQ(::mkfifo(Native(folder.Path(QStringLiteral("fifo"))).c_str(), 0600), 0);
+    ASSERT_EQ(::mknod(Native(folder.Path(QStringLiteral("socket"))).c_str(), S_IFSOCK | 0600, 0), 0);
 
     EXPECT_THAT(Scan(2), IsEmpty());
 }
@@ -470,79 +462,6 @@ TEST(ByteNameTest, OfAFileOrAFolderThatIsNotTextDoesNoHarm)
     EXPECT_THAT(found, ElementsAreArray(PathsOf(PlainScan(root, {}, 3))));
     EXPECT_THAT(found, testing::Contains(folder.Path("a.txt")));
 }
-
-/// A chain of folders in which one file's path is as long as the system allows, and others are longer.
-///
-/// Made and removed step by step, since no call takes the longer paths.
-class DeepFolder
-{
-public:
-    DeepFolder()
-    {
-        const std::string link(200, 'd');
-        std::string path = Native(folder.Path());
-        const auto room = [&] { return PATH_MAX - 1 - path.size() - 1; };
-        Enter(path);
-        while (room() > 255) {
-            Enter(link);
-            path += '/' + link;
-        }
-        longestPath = path + '/' + std::string(room(), 'f');
-        MakeFile(std::string(room(), 'f'));
-        for (int level = 0; level < 3; ++level) {
-            Enter(link);
-            MakeFile("beyond");
-        }
-    }
-
-    ~DeepFolder()
-    {
-        while (!levels.empty()) {
-            const Level last = levels.back();
-            levels.pop_back();
-            ::unlinkat(last.descriptor, last.file.c_str(), 0);
-            ::close(last.descriptor);
-            if (!levels.empty())
-                ::unlinkat(levels.back().descriptor, last.name.c_str(), AT_REMOVEDIR);
-        }
-    }
-
-    DeepFolder(const DeepFolder&) = delete;
-    DeepFolder& operator=(const DeepFolder&) = delete;
-
-    QString Path() const { return folder.Path(); }
-    const std::string& LongestPath() const { return longestPath; }
-
-private:
-    struct Level
-    {
-        std::string name;
-        int descriptor;
-        std::string file; ///< the one file in it
-    };
-
-    int Current() const { return levels.empty() ? AT_FDCWD : levels.back().descriptor; }
-
-    void Enter(const std::string& name)
-    {
-        ::mkdirat(Current(), name.c_str(), 0700);
-        const int descriptor = ::openat(Current(), name.c_str(), O_DIRECTORY | O_RDONLY | O_CLOEXEC);
-        Require(descriptor >= 0, "enter " + name);
-        levels.push_back({name, descriptor, {}});
-    }
-
-    void MakeFile(const std::string& name)
-    {
-        const int file = ::openat(Current(), name.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600);
-        Require(file >= 0, "make " + name);
-        ::close(file);
-        levels.back().file = name;
-    }
-
-    TempFolder folder;
-    std::vector<Level> levels;
-    std::string longestPath;
-};
 
 TEST(DeepFolderTest, IsFoundAsFarAsPathsReach)
 {
