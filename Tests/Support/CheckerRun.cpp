@@ -113,7 +113,7 @@ std::string CheckerRun::Start(Choices& choices)
     if (isIdle)
         ChoosePredicate(choices);
     const FolderModel::Settings settings = ChooseSettings(choices);
-    BeginStep("start " + settings.dirPath + " depth " + std::to_string(settings.depth) + " predicate "
+    BeginStep("start '" + settings.dirPath + "' depth " + std::to_string(settings.depth) + " predicate "
               + std::to_string(predicateKind) + " filters " + std::to_string(settings.nameFilters.size()));
     std::function<bool(const QFileInfo&)> filter;
     if (settings.filter) {

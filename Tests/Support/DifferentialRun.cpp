@@ -1,6 +1,7 @@
 #include "Tests/Support/DifferentialRun.h"
 
 #include "Tests/Support/FileTexts.h"
+#include "Tests/Support/IndentedLines.h"
 
 #include <QDateTime>
 #include <QFile>

@@ -1,5 +1,7 @@
 #include "Tests/Support/RandomRun.h"
 
+#include "Tests/Support/IndentedLines.h"
+
 #include <algorithm>
 
 namespace Tests {
@@ -48,14 +50,6 @@ std::string RandomRun::Report() const
     for (auto at = text.find(prefix); at != std::string::npos; at = text.find(prefix, at))
         text.erase(at, prefix.size());
     return text;
-}
-
-std::string IndentedLines(const std::vector<std::string>& texts, const char* indent)
-{
-    std::string lines;
-    for (const std::string& text : texts)
-        lines += '\n' + (indent + text);
-    return lines.empty() ? std::string("\n") + indent + "nothing" : lines;
 }
 
 } // namespace Tests

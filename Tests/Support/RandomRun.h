@@ -50,7 +50,4 @@ private:
     int operationsDone = 0;
 };
 
-/// Each text on a line of its own after this indent; "nothing" when there is none.
-std::string IndentedLines(const std::vector<std::string>& texts, const char* indent);
-
 } // namespace Tests

@@ -33,7 +33,7 @@ public:
 
     std::string ReplayHint(unsigned int seed) const
     {
-        return "To replay it: " + prefix + "_SEED=" + std::to_string(seed) + ' ' + prefix
+        return "To replay it, set " + prefix + "_SEED=" + std::to_string(seed) + ' ' + prefix
                + "_OPERATIONS=" + std::to_string(OperationsPerSeed());
     }
 

@@ -3,6 +3,7 @@
 #include "Lib/Util/FS/DirectoryWatcher.h"
 #include "Tests/Support/EventLoop.h"
 #include "Tests/Support/FileTexts.h"
+#include "Tests/Support/IndentedLines.h"
 
 #include <QDateTime>
 #include <QFileInfo>
