@@ -99,7 +99,7 @@ TEST_F(DirectorySnapshotTest, FindsEachFile)
     EXPECT_EQ(snapshot.GetInfoIndex(File("c.txt")), 2);
 }
 
-TEST_F(DirectorySnapshotTest, FindsTheOneOfSeveralFilesOfOneName)
+TEST_F(DirectorySnapshotTest, FindsEachOfSeveralFilesOfOneName)
 {
     Have({"0.txt", "a.txt", "sub/a.txt", "sub/2/a.txt", "b.txt"});
 
@@ -108,7 +108,7 @@ TEST_F(DirectorySnapshotTest, FindsTheOneOfSeveralFilesOfOneName)
     EXPECT_EQ(snapshot.GetInfoIndex(File("sub/2/a.txt")), 3);
 }
 
-TEST_F(DirectorySnapshotTest, FindsTheLastFileAmongThoseOfOneName)
+TEST_F(DirectorySnapshotTest, FindsTheLastOfSeveralFilesOfOneName)
 {
     Have({"a.txt", "sub/a.txt"});
 
@@ -130,7 +130,7 @@ TEST_F(DirectorySnapshotTest, GivesAnUnknownFileOfTheLastNameTheFirstOfThatName)
     EXPECT_EQ(snapshot.GetInfoIndex(NewFile("other/b.txt")), 1);
 }
 
-TEST_F(DirectorySnapshotTest, TellsNamesApartByCase)
+TEST_F(DirectorySnapshotTest, DistinguishesNamesByCase)
 {
     Have({"A.txt", "a.txt"});
 
@@ -150,7 +150,7 @@ TEST_F(DirectorySnapshotTest, TreatsALinkOfTheSameNameAsTheFileItself)
     EXPECT_EQ(snapshot.GetInfoIndex(File("b.txt")), 2);
 }
 
-TEST_F(DirectorySnapshotTest, FindsAFileThatIsGoneAmongThoseOfItsName)
+TEST_F(DirectorySnapshotTest, FindsAMissingFileAmongOthersOfItsName)
 {
     Have({"1/a.txt", "2/a.txt", "3/a.txt"});
     ASSERT_EQ(snapshot.GetInfoIndex(NewFile("4/a.txt")), 0);
@@ -182,7 +182,7 @@ TEST_F(DirectorySnapshotTest, FindsAMissingFileByAnotherSpellingOfItsPath)
     EXPECT_EQ(snapshot.GetInfoIndex(File("1/../2/a.txt")), 1);
 }
 
-TEST_F(DirectorySnapshotTest, LooksAtPathsAloneWhereThatIsWanted)
+TEST_F(DirectorySnapshotTest, ComparesOnlyPathsIfAsked)
 {
     Have({"1/a.txt", "2/a.txt"});
     folder.Link(QStringLiteral("1"), QStringLiteral("link"));
@@ -194,7 +194,7 @@ TEST_F(DirectorySnapshotTest, LooksAtPathsAloneWhereThatIsWanted)
     EXPECT_EQ(snapshot.GetInfoIndex(File("2/a.txt"), DirectorySnapshot::Identity::Path), 1);
 }
 
-TEST_F(DirectorySnapshotTest, ChangesTheEntryOfThePathAloneWhereThatIsWanted)
+TEST_F(DirectorySnapshotTest, UpdatesOnlyTheEntryOfThePathIfAsked)
 {
     Have({"1/a.txt"});
     folder.Link(QStringLiteral("1"), QStringLiteral("2"));
@@ -208,7 +208,7 @@ TEST_F(DirectorySnapshotTest, ChangesTheEntryOfThePathAloneWhereThatIsWanted)
     EXPECT_THAT(Paths(), ElementsAre("2/a.txt", "2/a.txt"));
 }
 
-TEST_F(DirectorySnapshotTest, HasNoFileAtNoIndex)
+TEST_F(DirectorySnapshotTest, HasNoFileAtIndexMinusOne)
 {
     Have({"a.txt"});
 
@@ -216,7 +216,7 @@ TEST_F(DirectorySnapshotTest, HasNoFileAtNoIndex)
     EXPECT_FALSE(snapshot.IsFileAt(-1, File("a.txt")));
 }
 
-TEST_F(DirectorySnapshotTest, FindsWhatALookThroughAllOfItFinds)
+TEST_F(DirectorySnapshotTest, FindsTheSameAsALinearSearch)
 {
     std::mt19937 random(7);
     QStringList paths;
@@ -244,7 +244,7 @@ TEST_F(DirectorySnapshotTest, FindsWhatALookThroughAllOfItFinds)
     }
 }
 
-TEST_F(DirectorySnapshotTest, TakesFilesInAtThePlaceThatIsGiven)
+TEST_F(DirectorySnapshotTest, InsertsFilesAtTheGivenIndex)
 {
     Have({"c.txt"});
 
@@ -258,7 +258,7 @@ TEST_F(DirectorySnapshotTest, TakesFilesInAtThePlaceThatIsGiven)
     EXPECT_EQ(snapshot.GetInfoIndex(File("e.txt")), 4);
 }
 
-TEST_F(DirectorySnapshotTest, MakesRoomForFilesToCome)
+TEST_F(DirectorySnapshotTest, ReservesMemory)
 {
     Have({"a.txt"});
 
@@ -292,7 +292,7 @@ protected:
     UpdateTest() { Have({"a.txt", "b.txt", "c.txt"}); }
 };
 
-TEST_F(UpdateTest, FindsNoDifferenceInAFileThatIsAsItWas)
+TEST_F(UpdateTest, FindsNoDifferenceInAnUnchangedFile)
 {
     const unsigned int revision = snapshot.GetRevision();
     folder.Write(QStringLiteral("b.txt"), "other content");
@@ -303,7 +303,7 @@ TEST_F(UpdateTest, FindsNoDifferenceInAFileThatIsAsItWas)
     EXPECT_THAT(Paths(), ElementsAre("a.txt", "b.txt", "c.txt"));
 }
 
-TEST_F(UpdateTest, ReplacesAFileThatHasAnotherTime)
+TEST_F(UpdateTest, ReplacesAFileWhoseTimeDiffers)
 {
     for (const QDateTime& time : {earlier, later}) {
         folder.SetModificationTime(QStringLiteral("b.txt"), time);
@@ -315,7 +315,7 @@ TEST_F(UpdateTest, ReplacesAFileThatHasAnotherTime)
     EXPECT_THAT(Paths(), ElementsAre("a.txt", "b.txt", "c.txt"));
 }
 
-TEST_F(UpdateTest, RemovesAFileThatIsGone)
+TEST_F(UpdateTest, RemovesAMissingFile)
 {
     folder.Remove(QStringLiteral("b.txt"));
 
@@ -325,7 +325,7 @@ TEST_F(UpdateTest, RemovesAFileThatIsGone)
 }
 
 // Intended: a file that is not in the list stands for the entry at its index.
-TEST_F(UpdateTest, TakesAnUnknownFileForTheOneAtItsIndex)
+TEST_F(UpdateTest, TreatsAnUnknownFileAsTheOneAtItsIndex)
 {
     EXPECT_EQ(snapshot.Update(File("aa.txt")), Difference::Removed);
     EXPECT_THAT(Paths(), ElementsAre("a.txt", "c.txt"));
@@ -336,14 +336,14 @@ TEST_F(UpdateTest, TakesAnUnknownFileForTheOneAtItsIndex)
     EXPECT_THAT(Paths(), ElementsAre("a.txt", "sub/bb.txt"));
 }
 
-TEST_F(UpdateTest, LeavesAllAsItIsForANameAfterAllOthers)
+TEST_F(UpdateTest, ChangesNothingForANameAfterAllOthers)
 {
     EXPECT_EQ(snapshot.Update(NewFile("z.txt")), Difference::None);
     EXPECT_EQ(snapshot.Update(File("zz.txt")), Difference::Removed);
     EXPECT_THAT(Paths(), ElementsAre("a.txt", "b.txt", "c.txt"));
 }
 
-TEST_F(DirectorySnapshotTest, ForgetsAllFiles)
+TEST_F(DirectorySnapshotTest, IsEmptyAfterAClear)
 {
     Have({"b.txt", "a.txt"});
     ASSERT_EQ(snapshot.GetKnownPaths(), nullptr);
@@ -392,7 +392,7 @@ TEST_F(KnownPathsTest, AreThoseOfTheList)
     EXPECT_THAT(KnownPaths(), UnorderedElementsAre("b.txt", "c.txt"));
 }
 
-TEST_F(KnownPathsTest, FollowAnEntryThatIsReplaced)
+TEST_F(KnownPathsTest, FollowAReplacedEntry)
 {
     Have({"b.txt"});
     const QFileInfo other = NewFile("a.txt");
@@ -413,7 +413,7 @@ TEST_F(KnownPathsTest, AreNoneInAnUnsortedList)
     EXPECT_EQ(snapshot.GetKnownPaths(), nullptr);
 }
 
-TEST_F(KnownPathsTest, MayBeThoseOfFilesWithOneName)
+TEST_F(KnownPathsTest, IncludeFilesOfOneName)
 {
     Have({"1/a.txt", "2/a.txt"});
 
@@ -455,7 +455,7 @@ protected:
     const qint64 laterTime = later.toMSecsSinceEpoch();
 };
 
-TEST_F(KnownTimesTest, AreReadAsFilesEnter)
+TEST_F(KnownTimesTest, AreReadWhenFilesAreAdded)
 {
     snapshot.Append({FileOfTime("b.txt", earlier)});
     snapshot.Insert(0, FileOfTime("a.txt", later));
@@ -515,7 +515,7 @@ TEST_F(KnownTimesTest, AreUnreadableForAPathThatIsRelativeOrUnclean)
     EXPECT_THAT(Times(), ElementsAre(unreadableTime, unreadableTime));
 }
 
-TEST_F(KnownTimesTest, AreUnreadableWhereTheLookupIsNotCertain)
+TEST_F(KnownTimesTest, AreUnreadableInAnUnsortedList)
 {
     snapshot.Append({FileOfTime("b.txt", earlier)});
     snapshot.Append({FileOfTime("a.txt", earlier)});
@@ -574,7 +574,7 @@ TEST_F(SnapshotMetadataTest, IsReadWhenAFileIsReplaced)
     ExpectTheEarlier(snapshot.GetFileInfos().at(0));
 }
 
-TEST_F(SnapshotMetadataTest, IsReadWhenAFileEntersAndNotWhenAPredicateAsksForIt)
+TEST_F(SnapshotMetadataTest, IsReadWhenAFileIsAddedNotWhenAPredicateReadsIt)
 {
     const QFileInfo listed = ListedOfEarlier();
     ExpectTheEarlier(listed);
@@ -585,7 +585,7 @@ TEST_F(SnapshotMetadataTest, IsReadWhenAFileEntersAndNotWhenAPredicateAsksForIt)
     EXPECT_THAT(snapshot.GetKnownFiles().times, ElementsAre(later.toMSecsSinceEpoch()));
 }
 
-TEST_F(SnapshotMetadataTest, IsReadWhenAFileEntersAndNotWhenItIsListed)
+TEST_F(SnapshotMetadataTest, IsReadWhenAFileIsAddedNotWhenItIsListed)
 {
     const QFileInfo listed = ListedOfEarlier();
     Change("a.txt");
@@ -594,7 +594,7 @@ TEST_F(SnapshotMetadataTest, IsReadWhenAFileEntersAndNotWhenItIsListed)
     EXPECT_EQ(snapshot.GetFileInfos().at(0).lastModified(), later);
 }
 
-TEST_F(SnapshotMetadataTest, StaysThatOfAFileThatVanishes)
+TEST_F(SnapshotMetadataTest, StaysWhenTheFileIsDeleted)
 {
     snapshot.Append({ListedOfEarlier()});
     folder.Remove(QStringLiteral("a.txt"));
@@ -602,7 +602,7 @@ TEST_F(SnapshotMetadataTest, StaysThatOfAFileThatVanishes)
     ExpectTheEarlier(snapshot.GetFileInfos().at(0));
 }
 
-TEST_F(SnapshotMetadataTest, IsNoneForAFileThatVanishedBetweenListingAndEntry)
+TEST_F(SnapshotMetadataTest, IsEmptyForAFileDeletedAfterItsListing)
 {
     const QFileInfo listed = ListedOfEarlier();
     folder.Remove(QStringLiteral("a.txt"));

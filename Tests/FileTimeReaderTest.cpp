@@ -45,7 +45,7 @@ TEST_F(FileTimeReaderTest, ReadsTheTimesOfFilesInAnyOrderOfFolders)
         EXPECT_EQ(reader.Read(paths[static_cast<std::size_t>(file)]), 1500000000001 + file);
 }
 
-TEST_F(FileTimeReaderTest, ReadsTheTimesOfNow)
+TEST_F(FileTimeReaderTest, ReadsTheCurrentTimes)
 {
     const QString path = FileOfTime(QStringLiteral("a"), 1500000000001);
     for (const qint64 time : {1500000000001, 1500000000002, 1500000000003}) {
@@ -56,7 +56,7 @@ TEST_F(FileTimeReaderTest, ReadsTheTimesOfNow)
     EXPECT_EQ(reader.Read(path), unreadableTime);
 }
 
-TEST_F(FileTimeReaderTest, KnowsNoTimeOfAMissingFile)
+TEST_F(FileTimeReaderTest, ReportsAMissingFileAsUnreadable)
 {
     for (int time = 0; time < 3; ++time)
         EXPECT_EQ(reader.Read(folder.Path(QStringLiteral("missing"))), unreadableTime);
@@ -64,7 +64,7 @@ TEST_F(FileTimeReaderTest, KnowsNoTimeOfAMissingFile)
         EXPECT_EQ(reader.Read(folder.Path(QStringLiteral("missing/a"))), unreadableTime);
 }
 
-TEST_F(FileTimeReaderTest, FollowsTheFoldersNameOnceItHasClosedTheFolder)
+TEST_F(FileTimeReaderTest, OpensTheFolderByNameAgainAfterClosingIt)
 {
     const QString path = FileOfTime(QStringLiteral("sub/a"), 1500000000001);
     FileOfTime(QStringLiteral("other/a"), 1500000000002);
@@ -92,7 +92,7 @@ TEST_F(FileTimeReaderTest, MayCloseTheFolderAtAnyTime)
     }
 }
 
-TEST_F(FileTimeReaderTest, ReadsByThePathWhereNoMoreFoldersCanBeOpened)
+TEST_F(FileTimeReaderTest, ReadsByPathWhenNoFolderCanBeOpened)
 {
     const QString path = FileOfTime(QStringLiteral("a"), 1500000000001);
     rlimit before;
@@ -109,7 +109,7 @@ TEST_F(FileTimeReaderTest, ReadsByThePathWhereNoMoreFoldersCanBeOpened)
     EXPECT_EQ(times, std::vector<qint64>(3, 1500000000001));
 }
 
-TEST_F(FileTimeReaderTest, ReadsInAFolderThatItMayOnlyEnter)
+TEST_F(FileTimeReaderTest, ReadsInAFolderWithoutReadPermission)
 {
     const QString path = FileOfTime(QStringLiteral("closed/a"), 1500000000001);
     folder.SetPermissions(QStringLiteral("closed"), 0111);
@@ -128,7 +128,7 @@ int CountOpenFiles()
     return static_cast<int>(QDir(QStringLiteral("/proc/self/fd")).count());
 }
 
-TEST_F(FileTimeReaderTest, HasOneFolderOpenAtMost)
+TEST_F(FileTimeReaderTest, HasAtMostOneFolderOpen)
 {
     const int before = CountOpenFiles();
     {

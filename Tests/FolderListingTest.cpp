@@ -3,7 +3,7 @@
 #include "Tests/Support/ByteFolder.h"
 #include "Tests/Support/CurrentFolder.h"
 #include "Tests/Support/TempFolder.h"
-#include "Tests/Support/WildFolder.h"
+#include "Tests/Support/RandomFolder.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -68,7 +68,7 @@ using testing::SizeIs;
 using Tests::ByteFolder;
 using Tests::CurrentFolder;
 using Tests::TempFolder;
-using Tests::WildFolder;
+using Tests::RandomFolder;
 using Zendra::LW::ListedFile;
 using Zendra::LW::ListedFiles;
 using Zendra::LW::ListingOptions;
@@ -156,23 +156,23 @@ std::ostream& operator<<(std::ostream& stream, Types types)
     return stream << (types == Types::Told ? "TypesTold" : "TypesNotTold");
 }
 
-class WildListingTest : public FolderListingTest,
+class RandomListingTest : public FolderListingTest,
                         public testing::WithParamInterface<std::tuple<unsigned int, Types>>
 {
 protected:
-    WildListingTest() { Folders().hidesTypes = std::get<Types>(GetParam()) == Types::NotTold; }
+    RandomListingTest() { Folders().hidesTypes = std::get<Types>(GetParam()) == Types::NotTold; }
 };
 
-TEST_P(WildListingTest, IsThatOfQt)
+TEST_P(RandomListingTest, EqualsThatOfQt)
 {
-    const WildFolder wild(std::get<unsigned int>(GetParam()), true);
+    const RandomFolder folder(std::get<unsigned int>(GetParam()), true);
 
-    ExpectTheListingOfQt(wild.Path());
-    for (const QString& folder : ListFolderWithQt(wild.Path(), {}, ListedFolders::All).subfolders)
-        ExpectTheListingOfQt(folder);
+    ExpectTheListingOfQt(folder.Path());
+    for (const QString& subfolder : ListFolderWithQt(folder.Path(), {}, ListedFolders::All).subfolders)
+        ExpectTheListingOfQt(subfolder);
 }
 
-TEST_P(WildListingTest, OfNamesThatAreNotTextIsThatOfQt)
+TEST_P(RandomListingTest, WithNonUtf8NamesEqualsThatOfQt)
 {
     const ByteFolder folder;
     for (const char* name : {"a", "\xc3\xa4", "\xff\xfe.txt", "\xc3", "\xed\xa0\x80", "sub\xff/b", "sub/c"})
@@ -182,7 +182,7 @@ TEST_P(WildListingTest, OfNamesThatAreNotTextIsThatOfQt)
     ExpectTheListingOfQt(QFile::decodeName(folder.Path().c_str()));
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, WildListingTest,
+INSTANTIATE_TEST_SUITE_P(Seeds, RandomListingTest,
                          testing::Combine(testing::Range(1U, 9U),
                                           testing::Values(Types::Told, Types::NotTold)));
 
@@ -196,7 +196,7 @@ TEST_F(FolderListingTest, OfAMissingFolderIsEmpty)
 }
 
 // The system takes such a path for the folder that the text before the zero names.
-TEST_F(FolderListingTest, OfAPathWithAZeroInItIsThatOfQt)
+TEST_F(FolderListingTest, OfAPathWithAZeroCharacterEqualsThatOfQt)
 {
     const TempFolder folder;
     folder.Write(QStringLiteral("a"));
@@ -207,7 +207,7 @@ TEST_F(FolderListingTest, OfAPathWithAZeroInItIsThatOfQt)
     EXPECT_THAT(ListFolder(path, {}, ListedFolders::All).files, IsEmpty());
 }
 
-TEST_F(FolderListingTest, HasTheFoldersOnlyWhereTheyAreWanted)
+TEST_F(FolderListingTest, HasFoldersOnlyIfAsked)
 {
     const TempFolder folder;
     folder.Write(QStringLiteral("sub/a"));
@@ -233,7 +233,7 @@ TEST_F(FolderListingTest, AppliesTheNameFiltersToTheFilesOnly)
     EXPECT_THAT(Texts(listing.subfolders), ElementsAre(folder.Path(QStringLiteral("sub")).toStdString()));
 }
 
-TEST_F(FolderListingTest, TakesAnEmptyPathForTheCurrentFolder)
+TEST_F(FolderListingTest, TreatsAnEmptyPathAsTheCurrentFolder)
 {
     const TempFolder folder;
     folder.Write(QStringLiteral("a"));
@@ -242,7 +242,7 @@ TEST_F(FolderListingTest, TakesAnEmptyPathForTheCurrentFolder)
     EXPECT_THAT(FilesOf(ListFolder(QString(), {}, ListedFolders::None)), ElementsAre("./a"));
 }
 
-TEST_F(FolderListingTest, AddsToWhatWasListedBefore)
+TEST_F(FolderListingTest, AppendsToTheGivenList)
 {
     const TempFolder folder;
     folder.Write(QStringLiteral("1/a"));
@@ -256,7 +256,7 @@ TEST_F(FolderListingTest, AddsToWhatWasListedBefore)
 }
 
 /// The two ways to list a folder, by the name filters that lead to them.
-class ListingWayTest : public FolderListingTest, public testing::WithParamInterface<QStringList>
+class ListingMethodTest : public FolderListingTest, public testing::WithParamInterface<QStringList>
 {
 protected:
     ListedFiles List(ListingOptions options) const
@@ -273,10 +273,10 @@ protected:
     const TempFolder folder;
 };
 
-INSTANTIATE_TEST_SUITE_P(Ways, ListingWayTest,
+INSTANTIATE_TEST_SUITE_P(Ways, ListingMethodTest,
                          testing::Values(QStringList(), QStringList{QStringLiteral("*")}));
 
-TEST_P(ListingWayTest, LeavesOutKnownFilesAndLinks)
+TEST_P(ListingMethodTest, LeavesOutKnownFilesAndLinks)
 {
     for (const char* name : {"a", "b", "c"})
         folder.Write(QString::fromLatin1(name));
@@ -296,7 +296,7 @@ TEST_P(ListingWayTest, LeavesOutKnownFilesAndLinks)
                                               folder.Path(QStringLiteral("link2")).toStdString()));
 }
 
-TEST_P(ListingWayTest, ListsAFolderInThePlaceOfAKnownFile)
+TEST_P(ListingMethodTest, ListsAFolderInThePlaceOfAKnownFile)
 {
     folder.Write(QStringLiteral("a/b"));
     const QSet<QString> known{folder.Path(QStringLiteral("a"))};
@@ -310,7 +310,7 @@ TEST_P(ListingWayTest, ListsAFolderInThePlaceOfAKnownFile)
     EXPECT_THAT(listed.files, IsEmpty());
 }
 
-TEST_P(ListingWayTest, ReadsTimesOnlyWhereThatIsWanted)
+TEST_P(ListingMethodTest, ReadsTimesOnlyIfAsked)
 {
     folder.Write(QStringLiteral("a"));
     folder.SetModificationTime(QStringLiteral("a"), earlier);
@@ -327,7 +327,7 @@ TEST_P(ListingWayTest, ReadsTimesOnlyWhereThatIsWanted)
     EXPECT_EQ(unread.info.lastModified(), later);
 }
 
-TEST_P(ListingWayTest, ReadsTheTimeOfALinksTarget)
+TEST_P(ListingMethodTest, ReadsTheTimeOfALinksTarget)
 {
     folder.Write(QStringLiteral("sub/a"));
     folder.SetModificationTime(QStringLiteral("sub/a"), earlier);
@@ -339,7 +339,7 @@ TEST_P(ListingWayTest, ReadsTheTimeOfALinksTarget)
 }
 
 // What such a path leads to need not be what QFileInfo::absoluteFilePath() says.
-TEST_P(ListingWayTest, ReadsNoTimesBehindAPathThatIsNotCleanOrAbsolute)
+TEST_P(ListingMethodTest, ReadsNoTimesForARelativeOrUncleanPath)
 {
     folder.Write(QStringLiteral("sub/a"));
     const CurrentFolder here(folder.Path());
@@ -355,7 +355,7 @@ TEST_P(ListingWayTest, ReadsNoTimesBehindAPathThatIsNotCleanOrAbsolute)
     }
 }
 
-TEST_P(ListingWayTest, TellsWhetherThereAreLinks)
+TEST_P(ListingMethodTest, TellsWhetherThereAreLinks)
 {
     folder.Write(QStringLiteral("a"));
     folder.MakeFolder(QStringLiteral("sub"));
@@ -382,7 +382,7 @@ TEST_F(FolderListingTest, LeavesNoFolderOpen)
     EXPECT_EQ(QDir(descriptors.path()).count(), before);
 }
 
-TEST_F(FolderListingTest, EndsWhereTheFolderCannotBeReadOn)
+TEST_F(FolderListingTest, EndsAtAReadError)
 {
     const TempFolder folder;
     for (int file = 0; file < 5; ++file)

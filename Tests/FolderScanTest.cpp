@@ -6,7 +6,7 @@
 #include "Tests/Support/FileTexts.h"
 #include "Tests/Support/TempFolder.h"
 #include "Tests/Support/Unprivileged.h"
-#include "Tests/Support/WildFolder.h"
+#include "Tests/Support/RandomFolder.h"
 
 #include <QDir>
 #include <QFile>
@@ -41,7 +41,7 @@ using Tests::PathsOf;
 using Tests::TempFolder;
 using Tests::Texts;
 using Tests::Unprivileged;
-using Tests::WildFolder;
+using Tests::RandomFolder;
 
 constexpr unsigned int everyLevel = std::numeric_limits<unsigned int>::max();
 
@@ -101,7 +101,7 @@ protected:
     TempFolder folder;
 };
 
-TEST_F(DirectoryScanTest, FindsTheFilesOfTheFolderAloneAtDepthZero)
+TEST_F(DirectoryScanTest, FindsOnlyTheFoldersOwnFilesAtDepthZero)
 {
     folder.Write(QStringLiteral("b.txt"));
     folder.Write(QStringLiteral("A.txt"));
@@ -110,7 +110,7 @@ TEST_F(DirectoryScanTest, FindsTheFilesOfTheFolderAloneAtDepthZero)
     EXPECT_THAT(Scan(0), UnorderedElementsAre("b.txt", "A.txt"));
 }
 
-TEST_F(DirectoryScanTest, GoesDownAsManyLevelsAsItIsTold)
+TEST_F(DirectoryScanTest, DescendsToTheGivenDepth)
 {
     folder.Write(QStringLiteral("0.txt"));
     folder.Write(QStringLiteral("1/1.txt"));
@@ -122,7 +122,7 @@ TEST_F(DirectoryScanTest, GoesDownAsManyLevelsAsItIsTold)
     EXPECT_THAT(Scan(3), ElementsAre("0.txt", "1/1.txt", "1/2/2.txt", "1/2/3/3.txt"));
 }
 
-TEST_F(DirectoryScanTest, HasNoBottomAtTheLargestDepth)
+TEST_F(DirectoryScanTest, FindsFilesAtEveryLevelWithTheLargestDepth)
 {
     QString path;
     for (int level = 0; level < 40; ++level)
@@ -134,7 +134,7 @@ TEST_F(DirectoryScanTest, HasNoBottomAtTheLargestDepth)
     EXPECT_THAT(Scan(39), IsEmpty());
 }
 
-TEST_F(DirectoryScanTest, HasTheFilesOfAFolderBeforeThoseOfItsSubfolders)
+TEST_F(DirectoryScanTest, ListsTheFilesOfAFolderBeforeThoseOfItsSubfolders)
 {
     folder.Write(QStringLiteral("a/b/1.txt"));
     folder.Write(QStringLiteral("a/z.txt"));
@@ -189,7 +189,7 @@ TEST_F(DirectoryScanTest, EntersALinkToAFolder)
     EXPECT_THAT(Scan(1), ElementsAre("link/a.txt"));
 }
 
-TEST_F(DirectoryScanTest, LeavesACycleOfLinksAtTheDepth)
+TEST_F(DirectoryScanTest, EndsACycleOfLinksAtTheDepth)
 {
     folder.Write(QStringLiteral("a.txt"));
     folder.Link(folder.Path(), QStringLiteral("loop"));
@@ -197,7 +197,7 @@ TEST_F(DirectoryScanTest, LeavesACycleOfLinksAtTheDepth)
     EXPECT_THAT(Scan(3), ElementsAre("a.txt", "loop/a.txt", "loop/loop/a.txt", "loop/loop/loop/a.txt"));
 }
 
-TEST_F(DirectoryScanTest, LeavesACycleOfLinksAtTheLargestDepthToo)
+TEST_F(DirectoryScanTest, EndsACycleOfLinksAtTheLargestDepth)
 {
     folder.Write(QStringLiteral("a.txt"));
     folder.Link(folder.Path(), QStringLiteral("loop"));
@@ -207,7 +207,7 @@ TEST_F(DirectoryScanTest, LeavesACycleOfLinksAtTheLargestDepthToo)
                 ElementsAreArray(PathsOf(PlainScan(folder.Path(), {}, everyLevel), folder.Path())));
 }
 
-TEST_F(DirectoryScanTest, SkipsLinksThatLeadNowhere)
+TEST_F(DirectoryScanTest, SkipsDanglingAndLoopingLinks)
 {
     folder.Link(QStringLiteral("missing.txt"), QStringLiteral("dangling.txt"));
     folder.Link(QStringLiteral("self.txt"), QStringLiteral("self.txt"));
@@ -238,7 +238,7 @@ TEST_F(DirectoryScanTest, FindsNothingInAnEmptyFolder)
     EXPECT_THAT(Scan(3), IsEmpty());
 }
 
-TEST_F(DirectoryScanTest, FindsNothingInAFolderThatIsMissing)
+TEST_F(DirectoryScanTest, FindsNothingInAMissingFolder)
 {
     const QString missing = folder.Path(QStringLiteral("missing"));
 
@@ -286,7 +286,7 @@ TEST_F(DirectoryScanTest, ListsAFileThatItMayNotOpen)
     EXPECT_THAT(Scan(0), ElementsAre("a.txt"));
 }
 
-TEST_F(DirectoryScanTest, TakesAnEmptyPathForTheCurrentFolder)
+TEST_F(DirectoryScanTest, TreatsAnEmptyPathAsTheCurrentFolder)
 {
     folder.Write(QStringLiteral("a.txt"));
     folder.Write(QStringLiteral("sub/b.txt"));
@@ -310,11 +310,11 @@ TEST_F(DirectoryScanTest, KeepsARelativeRootInThePathsOfItsOwnFilesOnly)
                 ElementsAre("root/a.txt", folder.Path(QStringLiteral("root/sub/b.txt")).toStdString()));
 }
 
-class DirectoryScanRootTest : public DirectoryScanTest, public testing::WithParamInterface<const char*>
+class RelativeRootTest : public DirectoryScanTest, public testing::WithParamInterface<const char*>
 {
 };
 
-TEST_P(DirectoryScanRootTest, MayBeWrittenInManyWays)
+TEST_P(RelativeRootTest, IsScannedInEverySpelling)
 {
     folder.Write(QStringLiteral("root/a.txt"));
     folder.Write(QStringLiteral("root/sub/b.txt"));
@@ -328,15 +328,15 @@ TEST_P(DirectoryScanRootTest, MayBeWrittenInManyWays)
     EXPECT_THAT(found, SizeIs(2));
 }
 
-INSTANTIATE_TEST_SUITE_P(Relative, DirectoryScanRootTest,
+INSTANTIATE_TEST_SUITE_P(Relative, RelativeRootTest,
                          testing::Values("", ".", "./", "../root", "..//root/", "../link", "sub/..",
                                          "../link/../root/."));
 
-class AbsoluteRootTest : public DirectoryScanRootTest
+class AbsoluteRootTest : public RelativeRootTest
 {
 };
 
-TEST_P(AbsoluteRootTest, MayBeWrittenInManyWays)
+TEST_P(AbsoluteRootTest, IsScannedInEverySpelling)
 {
     folder.Write(QStringLiteral("root/a.txt"));
     folder.Write(QStringLiteral("root/sub/b.txt"));
@@ -353,14 +353,14 @@ INSTANTIATE_TEST_SUITE_P(Absolute, AbsoluteRootTest,
                          testing::Values("/root", "/root/", "//root///", "/./root/.", "/root/../root",
                                          "/link", "/link/"));
 
-TEST_F(DirectoryScanTest, MayBeginAtTheTopOfAll)
+TEST_F(DirectoryScanTest, ScansTheRootOfTheFileSystem)
 {
     const Texts found = PathsOf(ScanFiles(QStringLiteral("/"), {}, 0));
 
     EXPECT_THAT(found, ElementsAreArray(PathsOf(PlainScan(QStringLiteral("/"), {}, 0))));
 }
 
-TEST_F(DirectoryScanTest, ListsWhatItCanOfAFolderThatItMayNotEnter)
+TEST_F(DirectoryScanTest, ListsAFolderThatItMayNotEnterAsQtDoes)
 {
     folder.Write(QStringLiteral("listed/a.txt"));
     folder.Write(QStringLiteral("listed/sub/b.txt"));
@@ -449,7 +449,7 @@ INSTANTIATE_TEST_SUITE_P(
         std::pair("TwoHundredFiftyFiveBytesOfUmlauts", QString(127, QChar(0xfc)) + QLatin1Char('x'))),
     [](const auto& testInfo) { return testInfo.param.first; });
 
-TEST(ByteNameTest, OfAFileOrAFolderThatIsNotTextDoesNoHarm)
+TEST(NonUtf8NameTest, IsListedAsQtListsIt)
 {
     const ByteFolder folder;
     folder.Write("a.txt");
@@ -463,7 +463,7 @@ TEST(ByteNameTest, OfAFileOrAFolderThatIsNotTextDoesNoHarm)
     EXPECT_THAT(found, testing::Contains(folder.Path("a.txt")));
 }
 
-TEST(DeepFolderTest, IsFoundAsFarAsPathsReach)
+TEST(DeepFolderTest, IsScannedUpToTheLongestPath)
 {
     const DeepFolder deep;
     ASSERT_EQ(deep.LongestPath().size(), PATH_MAX - 1);
@@ -474,7 +474,7 @@ TEST(DeepFolderTest, IsFoundAsFarAsPathsReach)
     EXPECT_THAT(found, ElementsAreArray(PathsOf(PlainScan(deep.Path(), {}, everyLevel))));
 }
 
-class WildFolderTest : public testing::TestWithParam<unsigned int>
+class RandomFolderTest : public testing::TestWithParam<unsigned int>
 {
 protected:
     static const QList<QStringList>& NameFilters()
@@ -506,25 +506,25 @@ protected:
     }
 };
 
-TEST_P(WildFolderTest, IsScannedAsByOneListingForFilesAndOneForFolders)
+TEST_P(RandomFolderTest, HasTheSameFilesAsInAPlainScan)
 {
-    const WildFolder wild(GetParam(), true);
+    const RandomFolder folder(GetParam(), true);
 
     for (const QStringList& nameFilters : NameFilters()) {
         for (const unsigned int depth : {0U, 1U, 3U})
-            ExpectThePlainScan(wild.Path(), nameFilters, depth);
+            ExpectThePlainScan(folder.Path(), nameFilters, depth);
     }
 }
 
-TEST_P(WildFolderTest, IsScannedToItsBottom)
+TEST_P(RandomFolderTest, HasTheSameFilesAsInAPlainScanOfEveryLevel)
 {
-    const WildFolder wild(GetParam(), false);
+    const RandomFolder folder(GetParam(), false);
 
     for (const QStringList& nameFilters : NameFilters())
-        ExpectThePlainScan(wild.Path(), nameFilters, everyLevel);
+        ExpectThePlainScan(folder.Path(), nameFilters, everyLevel);
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, WildFolderTest, testing::Range(1U, 13U));
+INSTANTIATE_TEST_SUITE_P(Seeds, RandomFolderTest, testing::Range(1U, 13U));
 
 class SortedScanTest : public DirectoryScanTest
 {
@@ -555,7 +555,7 @@ TEST_F(SortedScanTest, ComparesNamesByTheirCodeUnits)
     EXPECT_THAT(SortedScan(0), ElementsAreArray(expected));
 }
 
-TEST_F(SortedScanTest, ComparesNothingButTheNames)
+TEST_F(SortedScanTest, ComparesOnlyNames)
 {
     folder.Write(QStringLiteral("a/c.txt"));
     folder.Write(QStringLiteral("b/b.txt"));
@@ -572,7 +572,7 @@ class SortOrderTest : public SortedScanTest,
 {
 };
 
-TEST_P(SortOrderTest, IsThatOfTheirNamesAsTexts)
+TEST_P(SortOrderTest, EqualsThatOfQStrings)
 {
     QStringList names = GetParam().second;
     for (const QString& name : qAsConst(names))
@@ -634,7 +634,7 @@ TEST_F(SortedScanTest, KeepsFilesOfOneNameTogether)
                 UnorderedElementsAre("1/a.txt", "1/b.txt", "2/b.txt", "3/b.txt", "b.txt", "2/c.txt"));
 }
 
-TEST_F(SortedScanTest, TakesTheNameFilters)
+TEST_F(SortedScanTest, AppliesTheNameFilters)
 {
     folder.Write(QStringLiteral("b.mp4"));
     folder.Write(QStringLiteral("a.mov"));
@@ -660,7 +660,7 @@ TEST_F(DirectoryScanTest, LeavesOutKnownFilesInEveryFolder)
     EXPECT_EQ(files.at(1).info.filePath(), folder.Path(QStringLiteral("sub/b.txt")));
 }
 
-TEST_F(DirectoryScanTest, TellsWhetherItMetALinkAnywhere)
+TEST_F(DirectoryScanTest, TellsWhetherThereIsALinkAtAnyLevel)
 {
     folder.Write(QStringLiteral("1/2/a.txt"));
     EXPECT_FALSE(GetFilesInDirRecursively(folder.Path(), 3, {}).hasLinks);

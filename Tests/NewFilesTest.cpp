@@ -139,7 +139,7 @@ TEST_F(NewFilesTest, PutsEachNewFileAtItsIndex)
     EXPECT_THAT(Paths(), ElementsAre("a.txt", "b.txt", "c.txt", "d.txt", "e.txt", "f.txt"));
 }
 
-TEST_F(NewFilesTest, MakesRoomForAllInAnEmptySnapshot)
+TEST_F(NewFilesTest, ReservesMemoryForAllFilesOfAnEmptySnapshot)
 {
     for (int file = 0; file < 100; ++file)
         folder.Write(QString::number(file));
@@ -154,7 +154,7 @@ TEST_F(NewFilesTest, MakesRoomForAllInAnEmptySnapshot)
     EXPECT_EQ(&snapshot.GetFileInfos().first(), before);
 }
 
-TEST_F(NewFilesTest, TakesNothingTwice)
+TEST_F(NewFilesTest, AddsNoFileTwice)
 {
     Write({"a.txt", "b.txt"});
     Pass();
@@ -165,7 +165,7 @@ TEST_F(NewFilesTest, TakesNothingTwice)
     EXPECT_THAT(taken, IsEmpty());
 }
 
-TEST_F(NewFilesTest, LeavesMissingFilesAlone)
+TEST_F(NewFilesTest, KeepsMissingFiles)
 {
     Have({"a.txt", "b.txt"});
     folder.Remove(QStringLiteral("a.txt"));
@@ -176,7 +176,7 @@ TEST_F(NewFilesTest, LeavesMissingFilesAlone)
     EXPECT_THAT(Paths(), ElementsAre("a.txt", "b.txt"));
 }
 
-TEST_F(NewFilesTest, TakesAFileOfAKnownNameInBeforeTheOthersOfThatName)
+TEST_F(NewFilesTest, InsertsAFileOfAKnownNameBeforeTheOthers)
 {
     Have({"a.txt", "b.txt", "c.txt"});
     Write({"sub/b.txt"});
@@ -187,7 +187,7 @@ TEST_F(NewFilesTest, TakesAFileOfAKnownNameInBeforeTheOthersOfThatName)
     EXPECT_THAT(Paths(), ElementsAre("a.txt", "sub/b.txt", "b.txt", "c.txt"));
 }
 
-TEST_F(NewFilesTest, TreatsALinkOfTheSameNameAsTheFileThatIsThere)
+TEST_F(NewFilesTest, TreatsALinkOfTheSameNameAsTheKnownFile)
 {
     Have({"a.txt"});
     folder.MakeFolder(QStringLiteral("sub"));
@@ -198,7 +198,7 @@ TEST_F(NewFilesTest, TreatsALinkOfTheSameNameAsTheFileThatIsThere)
     EXPECT_THAT(taken, IsEmpty());
 }
 
-TEST_F(NewFilesTest, GoesOnWithTheNextFileAfterSuchALink)
+TEST_F(NewFilesTest, ContinuesAfterALinkToAKnownFile)
 {
     Have({"b.txt"});
     folder.MakeFolder(QStringLiteral("sub"));
@@ -212,7 +212,7 @@ TEST_F(NewFilesTest, GoesOnWithTheNextFileAfterSuchALink)
     EXPECT_THAT(taken, ElementsAre(Taken{"a.txt", false}, Taken{"c.txt", false}));
 }
 
-TEST_F(NewFilesTest, TakesEveryFileIntoAnEmptySnapshotAlsoOneThatIsALinkToAnother)
+TEST_F(NewFilesTest, AddsALinkAndItsTargetToAnEmptySnapshot)
 {
     Write({"a.txt"});
     folder.MakeFolder(QStringLiteral("sub"));
@@ -224,7 +224,7 @@ TEST_F(NewFilesTest, TakesEveryFileIntoAnEmptySnapshotAlsoOneThatIsALinkToAnothe
     EXPECT_THAT(taken, SizeIs(2));
 }
 
-TEST_F(NewFilesTest, TakesAFileInAgainThatHasLeft)
+TEST_F(NewFilesTest, AddsARemovedFileAgain)
 {
     Write({"a.txt", "b.txt"});
     Pass();
@@ -236,7 +236,7 @@ TEST_F(NewFilesTest, TakesAFileInAgainThatHasLeft)
     EXPECT_THAT(taken, ElementsAre(Taken{"a.txt", false}));
 }
 
-TEST_F(NewFilesTest, TakesAFileInThatAnotherHadReplaced)
+TEST_F(NewFilesTest, AddsAReplacedFileAgain)
 {
     Write({"b.txt", "c.txt"});
     Pass();
@@ -249,7 +249,7 @@ TEST_F(NewFilesTest, TakesAFileInThatAnotherHadReplaced)
     EXPECT_THAT(Paths(), ElementsAre("a.txt", "b.txt", "c.txt"));
 }
 
-TEST_F(NewFilesTest, TakesAllFilesInAgainAfterAClear)
+TEST_F(NewFilesTest, AddsAllFilesAgainAfterAClear)
 {
     Write({"a.txt", "b.txt"});
     Pass();
@@ -261,7 +261,7 @@ TEST_F(NewFilesTest, TakesAllFilesInAgainAfterAClear)
     EXPECT_THAT(taken, ElementsAre(Taken{"a.txt", true}, Taken{"b.txt", true}));
 }
 
-TEST_F(NewFilesTest, KnowsNoFileOfBeforeAClear)
+TEST_F(NewFilesTest, ForgetsKnownFilesInAClear)
 {
     Have({"a.txt"});
     Pass();
@@ -273,7 +273,7 @@ TEST_F(NewFilesTest, KnowsNoFileOfBeforeAClear)
     EXPECT_THAT(taken, ElementsAre(Taken{"a.txt", false}));
 }
 
-TEST_F(NewFilesTest, KnowsAFileOfWhichOneOfTwoEntriesHasLeft)
+TEST_F(NewFilesTest, KnowsAFileWhenOneOfItsTwoEntriesIsRemoved)
 {
     Have({"a.txt", "b.txt"});
     snapshot.Insert(0, File("a.txt"));
@@ -285,7 +285,7 @@ TEST_F(NewFilesTest, KnowsAFileOfWhichOneOfTwoEntriesHasLeft)
     EXPECT_THAT(taken, IsEmpty());
 }
 
-TEST_F(NewFilesTest, TakesNoFileInTwiceThatItIsGivenByAnotherSpellingOfTheFolder)
+TEST_F(NewFilesTest, AddsNoFileTwiceForAnotherSpellingOfTheFolder)
 {
     Write({"sub/a.txt", "sub/b.txt"});
     settings.dirPath = folder.Path(QStringLiteral("sub"));
@@ -302,7 +302,7 @@ TEST_F(NewFilesTest, TakesNoFileInTwiceThatItIsGivenByAnotherSpellingOfTheFolder
 }
 
 // What the relative path meant then is not what it means now.
-TEST_F(NewFilesTest, TakesNoFileInTwiceThatARelativeFolderHasLedToBefore)
+TEST_F(NewFilesTest, AddsNoFileTwiceWhenARelativePathMeansAnotherFolder)
 {
     Write({"1/2/a.txt", "2/b.txt"});
     folder.Link(QStringLiteral("../1/2/a.txt"), QStringLiteral("2/a.txt"));
@@ -341,7 +341,7 @@ TEST_F(NewRelativeFilesTest, AreKnown)
     EXPECT_THAT(taken, IsEmpty());
 }
 
-TEST_F(NewRelativeFilesTest, AreNewAgainWhenTheyHaveLeft)
+TEST_F(NewRelativeFilesTest, AreNewAgainAfterRemoval)
 {
     RemoveForAMoment("a.txt");
 
@@ -350,7 +350,7 @@ TEST_F(NewRelativeFilesTest, AreNewAgainWhenTheyHaveLeft)
     EXPECT_THAT(taken, ElementsAre(Taken{"./a.txt", false}));
 }
 
-TEST_F(NewRelativeFilesTest, AreNewAgainWhenOthersHaveReplacedThem)
+TEST_F(NewRelativeFilesTest, AreNewAgainAfterReplacement)
 {
     ReplaceNextBy("0.txt");
 
@@ -388,7 +388,7 @@ TEST_F(InitialFilesTest, AreThoseThatThePredicateAccepts)
 }
 
 // Intended: the list is not cleared, and nothing is looked up in it.
-TEST_F(InitialFilesTest, FollowWhatIsThereAlready)
+TEST_F(InitialFilesTest, FollowTheExistingEntries)
 {
     Have({"b.txt", "c.txt"});
     Write({"a.txt"});
@@ -398,7 +398,7 @@ TEST_F(InitialFilesTest, FollowWhatIsThereAlready)
     EXPECT_THAT(Paths(), ElementsAre("b.txt", "c.txt", "a.txt", "b.txt", "c.txt"));
 }
 
-TEST_F(InitialFilesTest, AreNotTakenTwiceWhenThePredicateMakesAPass)
+TEST_F(InitialFilesTest, AreNotAddedTwiceWhenThePredicateRunsAPass)
 {
     Write({"a.txt", "b.txt", "c.txt"});
     bool inside = false;
@@ -428,7 +428,7 @@ TEST_F(InitialFilesTest, EndWithTheWatch)
     EXPECT_THAT(Paths(), ElementsAre("a.txt"));
 }
 
-TEST_F(InitialFilesTest, HaveTheTimesOfTheListingOnlyWhereThatIsWanted)
+TEST_F(InitialFilesTest, HaveTheTimesOfTheListingOnlyIfAsked)
 {
     const QDateTime earlier = QDateTime::fromMSecsSinceEpoch(1500000000123);
     const QDateTime later = QDateTime::fromMSecsSinceEpoch(1600000000456);
@@ -444,7 +444,7 @@ TEST_F(InitialFilesTest, HaveTheTimesOfTheListingOnlyWhereThatIsWanted)
     }
 }
 
-TEST_F(NewFilesTest, AreComparedByTheirCanonicalPathsAsSoonAsASlotHasScannedAnotherFolder)
+TEST_F(NewFilesTest, ComparesCanonicalPathsOnceASlotHasScannedAnotherFolder)
 {
     Have({"0.txt"});
     Write({"a.txt", "b.txt"});
@@ -489,7 +489,7 @@ TEST_F(FileIdentityTest, IsTheCanonicalPathWhereThereIsALink)
 }
 
 // Entries may remember where their paths led to.
-TEST_F(FileIdentityTest, StaysTheCanonicalPathUntilAllFilesAreForgotten)
+TEST_F(FileIdentityTest, StaysTheCanonicalPathUntilTheSnapshotIsCleared)
 {
     Write({"a.txt"});
     folder.Link(QStringLiteral("a.txt"), QStringLiteral("link"));
@@ -501,7 +501,7 @@ TEST_F(FileIdentityTest, StaysTheCanonicalPathUntilAllFilesAreForgotten)
     EXPECT_EQ(IdentityOf(folder.Path()), Identity::Path);
 }
 
-TEST_F(FileIdentityTest, IsTheCanonicalPathAfterAStartThatMetALink)
+TEST_F(FileIdentityTest, IsTheCanonicalPathAfterAStartWithALink)
 {
     Write({"a.txt"});
     folder.Link(QStringLiteral("a.txt"), QStringLiteral("link"));
@@ -511,7 +511,7 @@ TEST_F(FileIdentityTest, IsTheCanonicalPathAfterAStartThatMetALink)
     EXPECT_EQ(IdentityOf(folder.Path()), Identity::CanonicalPath);
 }
 
-TEST_F(FileIdentityTest, IsTheCanonicalPathBelowAnyOtherFolderThanTheWatchedOneAndFromThenOn)
+TEST_F(FileIdentityTest, IsTheCanonicalPathOnceAnotherFolderIsScanned)
 {
     folder.MakeFolder(QStringLiteral("sub"));
 
@@ -519,7 +519,7 @@ TEST_F(FileIdentityTest, IsTheCanonicalPathBelowAnyOtherFolderThanTheWatchedOneA
     EXPECT_EQ(IdentityOf(folder.Path()), Identity::CanonicalPath);
 }
 
-TEST_F(FileIdentityTest, IsTheCanonicalPathBelowAFolderThatCanBeWrittenInSeveralWays)
+TEST_F(FileIdentityTest, IsTheCanonicalPathBelowARelativeOrUncleanPath)
 {
     folder.MakeFolder(QStringLiteral("sub"));
     const CurrentFolder here(folder.Path());
@@ -530,7 +530,7 @@ TEST_F(FileIdentityTest, IsTheCanonicalPathBelowAFolderThatCanBeWrittenInSeveral
     }
 }
 
-TEST_F(FileIdentityTest, IsTheCanonicalPathAfterAStartOnAFolderThatCanBeWrittenInSeveralWays)
+TEST_F(FileIdentityTest, IsTheCanonicalPathAfterAStartWithAnEmptyPath)
 {
     const CurrentFolder here(folder.Path());
     NewFiles::OfStart(snapshot, QString(), ListingOptions::Times::ReadLater, source.GetToken());
@@ -594,7 +594,7 @@ TEST_F(NewFilesTest, AsksAgainAboutARejectedFile)
     EXPECT_THAT(taken, ElementsAre(Taken{"b.txt", false}));
 }
 
-TEST_F(NewFilesTest, TakesNoMoreOnceTheWatchIsOver)
+TEST_F(NewFilesTest, EndsWithTheWatch)
 {
     Have({"a.txt"});
     Write({"b.txt", "c.txt"});
@@ -607,7 +607,7 @@ TEST_F(NewFilesTest, TakesNoMoreOnceTheWatchIsOver)
     EXPECT_THAT(asked, SizeIs(1));
 }
 
-TEST_F(NewFilesTest, TakesNoMoreOnceThePredicateHasEndedTheWatch)
+TEST_F(NewFilesTest, EndsWhenThePredicateEndsTheWatch)
 {
     Write({"a.txt", "b.txt"});
     SetPredicate([this](const QString&) {
@@ -621,7 +621,7 @@ TEST_F(NewFilesTest, TakesNoMoreOnceThePredicateHasEndedTheWatch)
     EXPECT_THAT(asked, SizeIs(1));
 }
 
-TEST_F(NewFilesTest, OutlivesThePredicateThatItAsks)
+TEST_F(NewFilesTest, KeepsThePredicateAliveDuringItsCall)
 {
     Write({"a.txt", "b.txt"});
     auto text = std::make_shared<std::string>("still here");
@@ -639,7 +639,7 @@ TEST_F(NewFilesTest, OutlivesThePredicateThatItAsks)
     EXPECT_EQ(seen, "still here");
 }
 
-TEST_F(NewFilesTest, TakesNothingTwiceThatAPassInsideItHasTaken)
+TEST_F(NewFilesTest, AddsNoFileTwiceAfterAPassInASlot)
 {
     Write({"a.txt", "b.txt", "c.txt"});
     afterEach = [this](const QString& name) {
@@ -653,7 +653,7 @@ TEST_F(NewFilesTest, TakesNothingTwiceThatAPassInsideItHasTaken)
     EXPECT_THAT(taken, SizeIs(3));
 }
 
-TEST_F(NewFilesTest, TakesNothingTwiceThatAPassInsideThePredicateHasTaken)
+TEST_F(NewFilesTest, AddsNoFileTwiceAfterAPassInThePredicate)
 {
     Have({"b.txt"});
     Write({"a.txt", "c.txt", "d.txt"});
@@ -670,7 +670,7 @@ TEST_F(NewFilesTest, TakesNothingTwiceThatAPassInsideThePredicateHasTaken)
     EXPECT_THAT(taken, SizeIs(3));
 }
 
-TEST_F(NewFilesTest, GoesOnAfterAFileThatAPassInsideThePredicateHasTaken)
+TEST_F(NewFilesTest, ContinuesAfterAFileThatAPassInThePredicateHasAdded)
 {
     Have({"b.txt"});
     Write({"a.txt", "c.txt"});
@@ -689,7 +689,7 @@ TEST_F(NewFilesTest, GoesOnAfterAFileThatAPassInsideThePredicateHasTaken)
     EXPECT_THAT(taken, SizeIs(2));
 }
 
-TEST_F(NewFilesTest, TakesNothingTwiceThatAPassInsideThePredicateHasPutIntoTheEmptySnapshot)
+TEST_F(NewFilesTest, AddsNoFileTwiceAfterAPassInThePredicateHasFilledTheSnapshot)
 {
     Write({"a.txt", "b.txt", "c.txt"});
     bool inside = false;
@@ -735,7 +735,7 @@ TEST_F(NewFilesTest, FindsTheNewIndexWhenThePredicateHasReplacedAFile)
     EXPECT_THAT(Paths(), ElementsAre("a.txt", "b.txt", "m.txt"));
 }
 
-TEST_F(NewFilesTest, FindsTheNewIndexWhenThePredicateHasForgottenAllFiles)
+TEST_F(NewFilesTest, FindsTheNewIndexWhenThePredicateHasClearedTheSnapshot)
 {
     Have({"a.txt", "z.txt"});
     Write({"m.txt"});
@@ -780,7 +780,7 @@ TEST_F(NewFilesTest, KeepsTheOrderWhenASlotHasAppendedAFile)
     EXPECT_THAT(taken, ElementsAre(Taken{"a.txt", true}, Taken{"b.txt", true}, Taken{"z.txt", true}));
 }
 
-TEST_F(NewFilesTest, TakesWhatIsLeftWhenASlotHasForgottenTheFilesOfAnEmptySnapshot)
+TEST_F(NewFilesTest, AddsTheRemainingFilesWhenASlotHasEmptiedTheSnapshot)
 {
     Write({"a.txt", "b.txt", "c.txt"});
     afterEach = [this](const QString& name) {

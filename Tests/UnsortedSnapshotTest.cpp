@@ -63,7 +63,7 @@ TEST_F(UnsortedSnapshotTest, FindsAFileAnywhereInTheRangeOfItsName)
     EXPECT_THAT(Check(), IsEmpty());
 }
 
-TEST_F(UnsortedSnapshotTest, TakesAFileInAgainThatTheLookupDoesNotFind)
+TEST_F(UnsortedSnapshotTest, AddsAFileAgainThatTheLookupDoesNotFind)
 {
     WriteWithTime(folder, "c");
     ASSERT_TRUE(checker.StartWatching(QString(), {}, {}, 0));
@@ -75,7 +75,7 @@ TEST_F(UnsortedSnapshotTest, TakesAFileInAgainThatTheLookupDoesNotFind)
     EXPECT_THAT(Names(checker), ElementsAre("a", "m", "z", "a", "b", "c", "y"));
 }
 
-TEST_F(UnsortedSnapshotTest, HoldsAFileToTheEntryThatTheLookupFinds)
+TEST_F(UnsortedSnapshotTest, ComparesAFileWithTheEntryThatTheLookupFinds)
 {
     StartTwice();
     elsewhere.Touch(Text("m"));
@@ -87,7 +87,7 @@ TEST_F(UnsortedSnapshotTest, HoldsAFileToTheEntryThatTheLookupFinds)
     EXPECT_THAT(Names(checker), ElementsAre("m", "z", "a", "b", "m"));
 }
 
-TEST_F(UnsortedSnapshotTest, DropsTheEntryThatTheLookupFinds)
+TEST_F(UnsortedSnapshotTest, RemovesNoEntryWhenTheLookupFindsNone)
 {
     StartTwice();
     elsewhere.Remove(Text("z"));
@@ -99,7 +99,7 @@ TEST_F(UnsortedSnapshotTest, DropsTheEntryThatTheLookupFinds)
     EXPECT_THAT(Names(checker), ElementsAre("m", "z", "a", "b", "y"));
 }
 
-TEST_F(UnsortedSnapshotTest, IsSortedAgainWhenItStartsAfresh)
+TEST_F(UnsortedSnapshotTest, IsSortedAgainAfterARestart)
 {
     StartTwice();
     checker.StopWatching();
@@ -111,12 +111,12 @@ TEST_F(UnsortedSnapshotTest, IsSortedAgainWhenItStartsAfresh)
 }
 
 /// Also where the same file stands in the list twice, by one path or by two.
-class UnsortedByTest : public CheckerFixture, public testing::WithParamInterface<std::vector<std::string>>
+class UnsortedByStartsTest : public CheckerFixture, public testing::WithParamInterface<std::vector<std::string>>
 {
 };
 
 /// The library's checker and one that follows the rules literally, in one folder.
-TEST_P(UnsortedByTest, AgreesWithABinarySearchInEveryPass)
+TEST_P(UnsortedByStartsTest, AgreesWithABinarySearchInEveryPass)
 {
     // Each has a time of its own, so that comparing the wrong two is seen.
     int seconds = 1500000000;
@@ -171,14 +171,14 @@ TEST_P(UnsortedByTest, AgreesWithABinarySearchInEveryPass)
     checkBoth("nothing changed again");
 }
 
-INSTANTIATE_TEST_SUITE_P(Starts, UnsortedByTest,
+INSTANTIATE_TEST_SUITE_P(Starts, UnsortedByStartsTest,
                          testing::Values(std::vector<std::string>{"", "sub"},
                                          std::vector<std::string>{"", ""}, std::vector<std::string>{"", "/"},
                                          std::vector<std::string>{"", "", "sub/../sub"},
                                          std::vector<std::string>{"", "", "", "."}));
 
 /// A file notice of a file that is not in the snapshot puts it into the place of another one.
-TEST_F(UnsortedSnapshotTest, FollowsTheLookupAfterAFileHasTakenThePlaceOfAnother)
+TEST_F(UnsortedSnapshotTest, AddsAReplacedFileAgain)
 {
     Start();
     folder.Write(Text("sub/x"));
@@ -190,7 +190,7 @@ TEST_F(UnsortedSnapshotTest, FollowsTheLookupAfterAFileHasTakenThePlaceOfAnother
     EXPECT_THAT(Check(), ElementsAre("FileAdded y"));
 }
 
-TEST_F(UnsortedSnapshotTest, FollowsTheLookupAfterSuchAFileHasMadeItUnsorted)
+TEST_F(UnsortedSnapshotTest, FollowsTheLookupWhenReplacementsHaveUnsortedIt)
 {
     Start();
     elsewhere.Write(Text("aa"));

@@ -15,10 +15,10 @@
 namespace Tests {
 
 /// A folder with random entries of every kind, the same for the same seed.
-class WildFolder
+class RandomFolder
 {
 public:
-    WildFolder(unsigned int seed, bool withCycles) : random(seed), cycles(withCycles)
+    RandomFolder(unsigned int seed, bool withCycles) : random(seed), cycles(withCycles)
     {
         Fill(folder.Path(), 0);
     }
