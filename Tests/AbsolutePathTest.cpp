@@ -61,7 +61,7 @@ TEST(RelativeAbsolutePathTest, DoesNotChangeWithTheCurrentFolder)
     const TempFolder folder;
     const TempFolder other;
     const QFileInfo info(QStringLiteral("a.txt"));
-    const QString path = folder.Path(QStringLiteral("a.txt"));
+    const QString path = folder.Path("a.txt");
     const CurrentFolder here(folder.Path());
     ASSERT_EQ(AbsolutePathOf(info), path);
 

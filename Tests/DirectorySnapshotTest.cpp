@@ -33,8 +33,8 @@ using Difference = DirectorySnapshot::Difference;
 class DirectorySnapshotTest : public testing::Test
 {
 protected:
-    QFileInfo File(const char* path) const { return QFileInfo(folder.Path(QString::fromUtf8(path))); }
-    QFileInfo NewFile(const char* path) const { return QFileInfo(folder.Write(QString::fromUtf8(path))); }
+    QFileInfo File(const char* path) const { return QFileInfo(Path(path)); }
+    QFileInfo NewFile(const char* path) const { return QFileInfo(folder.Write(path)); }
 
     void Have(std::initializer_list<const char*> paths)
     {
@@ -141,9 +141,9 @@ TEST_F(DirectorySnapshotTest, DistinguishesNamesByCase)
 TEST_F(DirectorySnapshotTest, TreatsALinkOfTheSameNameAsTheFileItself)
 {
     Have({"a.txt", "z.txt"});
-    folder.MakeFolder(QStringLiteral("sub"));
-    folder.Link(QStringLiteral("../a.txt"), QStringLiteral("sub/a.txt"));
-    folder.Link(QStringLiteral("a.txt"), QStringLiteral("b.txt"));
+    folder.MakeFolder("sub");
+    folder.Link("../a.txt", "sub/a.txt");
+    folder.Link("a.txt", "b.txt");
     snapshot.Insert(1, File("sub/a.txt"));
 
     EXPECT_EQ(snapshot.GetInfoIndex(File("sub/a.txt")), 0);
@@ -154,7 +154,7 @@ TEST_F(DirectorySnapshotTest, FindsAMissingFileAmongOthersOfItsName)
 {
     Have({"1/a.txt", "2/a.txt", "3/a.txt"});
     ASSERT_EQ(snapshot.GetInfoIndex(NewFile("4/a.txt")), 0);
-    folder.Remove(QStringLiteral("2/a.txt"));
+    Remove("2/a.txt");
 
     EXPECT_EQ(snapshot.GetInfoIndex(File("2/a.txt")), 1);
 }
@@ -162,8 +162,7 @@ TEST_F(DirectorySnapshotTest, FindsAMissingFileAmongOthersOfItsName)
 TEST_F(DirectorySnapshotTest, FindsEachOfSeveralMissingFilesOfOneName)
 {
     Have({"1/a.txt", "2/a.txt", "3/a.txt"});
-    for (const char* path : {"1/a.txt", "2/a.txt", "3/a.txt"})
-        folder.Remove(QString::fromLatin1(path));
+    Remove({"1/a.txt", "2/a.txt", "3/a.txt"});
 
     EXPECT_EQ(snapshot.GetInfoIndex(File("1/a.txt")), 0);
     EXPECT_EQ(snapshot.GetInfoIndex(File("2/a.txt")), 1);
@@ -175,7 +174,7 @@ TEST_F(DirectorySnapshotTest, FindsEachOfSeveralMissingFilesOfOneName)
 TEST_F(DirectorySnapshotTest, FindsAMissingFileByAnotherSpellingOfItsPath)
 {
     Have({"1/a.txt", "2/a.txt"});
-    folder.Remove(QStringLiteral("2/a.txt"));
+    Remove("2/a.txt");
     const CurrentFolder here(folder.Path());
 
     EXPECT_EQ(snapshot.GetInfoIndex(QFileInfo(QStringLiteral("2/a.txt"))), 1);
@@ -185,7 +184,7 @@ TEST_F(DirectorySnapshotTest, FindsAMissingFileByAnotherSpellingOfItsPath)
 TEST_F(DirectorySnapshotTest, ComparesOnlyPathsIfAsked)
 {
     Have({"1/a.txt", "2/a.txt"});
-    folder.Link(QStringLiteral("1"), QStringLiteral("link"));
+    folder.Link("1", "link");
     const QFileInfo linked = File("link/a.txt");
 
     EXPECT_TRUE(snapshot.IsFileAt(0, linked));
@@ -197,9 +196,9 @@ TEST_F(DirectorySnapshotTest, ComparesOnlyPathsIfAsked)
 TEST_F(DirectorySnapshotTest, UpdatesOnlyTheEntryOfThePathIfAsked)
 {
     Have({"1/a.txt"});
-    folder.Link(QStringLiteral("1"), QStringLiteral("2"));
+    folder.Link("1", "2");
     snapshot.Append({File("2/a.txt")});
-    folder.SetModificationTime(QStringLiteral("1/a.txt"), later);
+    SetTime("1/a.txt", later);
 
     EXPECT_EQ(snapshot.Update(File("2/a.txt"), DirectorySnapshot::Identity::Path), Difference::Changed);
     EXPECT_THAT(Paths(), ElementsAre("1/a.txt", "2/a.txt"));
@@ -275,9 +274,9 @@ TEST_F(DirectorySnapshotTest, ReturnsTheNewEntry)
 {
     Have({"b.txt"});
     const QFileInfo info = NewFile("a.txt");
-    folder.SetModificationTime(QStringLiteral("a.txt"), earlier);
+    SetTime("a.txt", earlier);
     ASSERT_EQ(info.lastModified(), earlier);
-    folder.SetModificationTime(QStringLiteral("a.txt"), later);
+    SetTime("a.txt", later);
 
     const QFileInfo entry = snapshot.Insert(0, info);
 
@@ -295,8 +294,8 @@ protected:
 TEST_F(UpdateTest, FindsNoDifferenceInAnUnchangedFile)
 {
     const unsigned int revision = snapshot.GetRevision();
-    folder.Write(QStringLiteral("b.txt"), "other content");
-    folder.SetModificationTime(QStringLiteral("b.txt"), snapshot.GetFileInfos().at(1).lastModified());
+    folder.Write("b.txt", "other content");
+    SetTime("b.txt", snapshot.GetFileInfos().at(1).lastModified());
 
     EXPECT_EQ(snapshot.Update(File("b.txt")), Difference::None);
     EXPECT_EQ(snapshot.GetRevision(), revision);
@@ -306,7 +305,7 @@ TEST_F(UpdateTest, FindsNoDifferenceInAnUnchangedFile)
 TEST_F(UpdateTest, ReplacesAFileWhoseTimeDiffers)
 {
     for (const QDateTime& time : {earlier, later}) {
-        folder.SetModificationTime(QStringLiteral("b.txt"), time);
+        SetTime("b.txt", time);
 
         EXPECT_EQ(snapshot.Update(File("b.txt")), Difference::Changed);
         EXPECT_EQ(snapshot.GetFileInfos().at(1).lastModified(), time);
@@ -317,7 +316,7 @@ TEST_F(UpdateTest, ReplacesAFileWhoseTimeDiffers)
 
 TEST_F(UpdateTest, RemovesAMissingFile)
 {
-    folder.Remove(QStringLiteral("b.txt"));
+    Remove("b.txt");
 
     EXPECT_EQ(snapshot.Update(File("b.txt")), Difference::Removed);
     EXPECT_THAT(Paths(), ElementsAre("a.txt", "c.txt"));
@@ -331,7 +330,7 @@ TEST_F(UpdateTest, TreatsAnUnknownFileAsTheOneAtItsIndex)
     EXPECT_THAT(Paths(), ElementsAre("a.txt", "c.txt"));
 
     const QFileInfo unknown = NewFile("sub/bb.txt");
-    folder.SetModificationTime(QStringLiteral("sub/bb.txt"), later);
+    SetTime("sub/bb.txt", later);
     EXPECT_EQ(snapshot.Update(unknown), Difference::Changed);
     EXPECT_THAT(Paths(), ElementsAre("a.txt", "sub/bb.txt"));
 }
@@ -365,10 +364,10 @@ TEST_F(DirectorySnapshotTest, HasAnotherRevisionAfterEveryChange)
     revisions.insert(snapshot.GetRevision());
     snapshot.Insert(0, NewFile("0.txt"));
     revisions.insert(snapshot.GetRevision());
-    folder.SetModificationTime(QStringLiteral("a.txt"), later);
+    SetTime("a.txt", later);
     snapshot.Update(File("a.txt"));
     revisions.insert(snapshot.GetRevision());
-    folder.Remove(QStringLiteral("a.txt"));
+    Remove("a.txt");
     snapshot.Update(File("a.txt"));
     revisions.insert(snapshot.GetRevision());
     snapshot.Clear();
@@ -386,7 +385,7 @@ TEST_F(KnownPathsTest, AreThoseOfTheList)
 {
     Have({"a.txt", "c.txt"});
     snapshot.Insert(1, NewFile("b.txt"));
-    folder.Remove(QStringLiteral("a.txt"));
+    Remove("a.txt");
     snapshot.Update(File("a.txt"));
 
     EXPECT_THAT(KnownPaths(), UnorderedElementsAre("b.txt", "c.txt"));
@@ -396,7 +395,7 @@ TEST_F(KnownPathsTest, FollowAReplacedEntry)
 {
     Have({"b.txt"});
     const QFileInfo other = NewFile("a.txt");
-    folder.SetModificationTime(QStringLiteral("a.txt"), later);
+    SetTime("a.txt", later);
 
     ASSERT_EQ(snapshot.Update(other), Difference::Changed);
 
@@ -426,7 +425,7 @@ TEST_F(KnownPathsTest, AreNoneWhileTwoEntriesHaveOnePath)
     snapshot.Append({File("a.txt")});
     EXPECT_EQ(snapshot.GetKnownPaths(), nullptr);
 
-    folder.Remove(QStringLiteral("a.txt"));
+    Remove("a.txt");
     snapshot.Update(File("a.txt"));
 
     EXPECT_EQ(snapshot.GetKnownPaths(), nullptr);
@@ -447,7 +446,7 @@ protected:
     QFileInfo FileOfTime(const char* path, const QDateTime& time) const
     {
         const QFileInfo info = NewFile(path);
-        folder.SetModificationTime(QString::fromLatin1(path), time);
+        SetTime(path, time);
         return info;
     }
 
@@ -460,7 +459,7 @@ TEST_F(KnownTimesTest, AreReadWhenFilesAreAdded)
     snapshot.Append({FileOfTime("b.txt", earlier)});
     snapshot.Insert(0, FileOfTime("a.txt", later));
     snapshot.Insert(-1, FileOfTime("c.txt", later));
-    folder.SetModificationTime(QStringLiteral("b.txt"), later);
+    SetTime("b.txt", later);
 
     EXPECT_THAT(Times(), ElementsAre(laterTime, earlierTime, laterTime));
 }
@@ -477,7 +476,7 @@ TEST_F(KnownTimesTest, AreNotReadForNotices)
     snapshot = DirectorySnapshot(DirectorySnapshot::Use::Notices);
     snapshot.Append({FileOfTime("b.txt", earlier)});
     snapshot.Insert(0, FileOfTime("a.txt", earlier));
-    folder.SetModificationTime(QStringLiteral("b.txt"), later);
+    SetTime("b.txt", later);
     ASSERT_EQ(snapshot.Update(File("b.txt")), Difference::Changed);
 
     EXPECT_THAT(Times(), ElementsAre(unreadableTime, unreadableTime));
@@ -488,9 +487,9 @@ TEST_F(KnownTimesTest, FollowTheEntries)
 {
     for (const char* path : {"a.txt", "b.txt", "c.txt"})
         snapshot.Append({FileOfTime(path, earlier)});
-    folder.SetModificationTime(QStringLiteral("b.txt"), later);
+    SetTime("b.txt", later);
     snapshot.Update(File("b.txt"));
-    folder.Remove(QStringLiteral("a.txt"));
+    Remove("a.txt");
     snapshot.Update(File("a.txt"));
 
     EXPECT_THAT(Times(), ElementsAre(laterTime, earlierTime));
@@ -508,7 +507,7 @@ TEST_F(KnownTimesTest, AreUnreadableForAPathThatIsRelativeOrUnclean)
 {
     const CurrentFolder here(folder.Path());
     NewFile("a.txt");
-    folder.Write(QStringLiteral("sub/b.txt"));
+    Write("sub/b.txt");
     snapshot.Append({QFileInfo(QStringLiteral("a.txt"))});
     snapshot.Append({File("sub/../sub/b.txt")});
 
@@ -529,14 +528,14 @@ class SnapshotMetadataTest : public DirectorySnapshotTest
 protected:
     void Change(const char* path) const
     {
-        folder.Write(QString::fromLatin1(path), "much longer than before");
-        folder.SetModificationTime(QString::fromLatin1(path), later);
+        folder.Write(path, "much longer than before");
+        SetTime(path, later);
     }
 
     QFileInfo ListedOfEarlier() const
     {
-        folder.Write(QStringLiteral("a.txt"), "short");
-        folder.SetModificationTime(QStringLiteral("a.txt"), earlier);
+        folder.Write("a.txt", "short");
+        SetTime("a.txt", earlier);
         return GetSortedFilesInDirRecursively(folder.Path(), 0, {}).at(0).info;
     }
 
@@ -597,7 +596,7 @@ TEST_F(SnapshotMetadataTest, IsReadWhenAFileIsAddedNotWhenItIsListed)
 TEST_F(SnapshotMetadataTest, StaysWhenTheFileIsDeleted)
 {
     snapshot.Append({ListedOfEarlier()});
-    folder.Remove(QStringLiteral("a.txt"));
+    Remove("a.txt");
 
     ExpectTheEarlier(snapshot.GetFileInfos().at(0));
 }
@@ -605,7 +604,7 @@ TEST_F(SnapshotMetadataTest, StaysWhenTheFileIsDeleted)
 TEST_F(SnapshotMetadataTest, IsEmptyForAFileDeletedAfterItsListing)
 {
     const QFileInfo listed = ListedOfEarlier();
-    folder.Remove(QStringLiteral("a.txt"));
+    Remove("a.txt");
     snapshot.Append({listed});
 
     EXPECT_FALSE(snapshot.GetFileInfos().at(0).lastModified().isValid());

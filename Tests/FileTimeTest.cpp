@@ -36,7 +36,7 @@ TEST_P(FileTimeZoneTest, EqualsThatOfQFileInfoToTheMillisecond)
 {
     const TimeZone zone(GetParam().rule);
     const TempFolder folder;
-    const QString path = folder.Write(QStringLiteral("a"));
+    const QString path = folder.Write("a");
     const timespec times[] = {{0, 0},           {0, 1000000},      {1500000000, 123000000},
                               {-1, 999000000},  {-86401, 1000000}, {4102444800, 999999999},
                               {1500000000, 999}};
@@ -64,9 +64,9 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(FileTimeTest, IsThatOfALinksTarget)
 {
     const TempFolder folder;
-    folder.Write(QStringLiteral("a"));
-    folder.SetModificationTime(QStringLiteral("a"), QDateTime::fromMSecsSinceEpoch(1500000000123));
-    const QString link = folder.Link(QStringLiteral("a"), QStringLiteral("link"));
+    folder.Write("a");
+    folder.SetModificationTime("a", QDateTime::fromMSecsSinceEpoch(1500000000123));
+    const QString link = folder.Link("a", "link");
 
     EXPECT_EQ(ReadModificationTime(link), 1500000000123);
 }
@@ -75,8 +75,8 @@ TEST(FileTimeTest, IsUnreadableWithoutAFile)
 {
     const TempFolder folder;
 
-    EXPECT_EQ(ReadModificationTime(folder.Path(QStringLiteral("missing"))), unreadableTime);
-    EXPECT_EQ(ReadModificationTime(folder.Link(QStringLiteral("missing"), QStringLiteral("link"))),
+    EXPECT_EQ(ReadModificationTime(folder.Path("missing")), unreadableTime);
+    EXPECT_EQ(ReadModificationTime(folder.Link("missing", "link")),
               unreadableTime);
     EXPECT_EQ(ReadModificationTime(QString()), unreadableTime);
 }
@@ -84,9 +84,9 @@ TEST(FileTimeTest, IsUnreadableWithoutAFile)
 TEST(FileTimeTest, CanBeReadThroughAnOpenFolder)
 {
     const TempFolder folder;
-    folder.Write(QStringLiteral("a"));
-    folder.SetModificationTime(QStringLiteral("a"), QDateTime::fromMSecsSinceEpoch(1500000000123));
-    folder.Link(QStringLiteral("a"), QStringLiteral("link"));
+    folder.Write("a");
+    folder.SetModificationTime("a", QDateTime::fromMSecsSinceEpoch(1500000000123));
+    folder.Link("a", "link");
     const int descriptor = ::open(QFile::encodeName(folder.Path()).constData(), O_RDONLY);
 
     const qint64 times[] = {ReadModificationTime(descriptor, "a"), ReadModificationTime(descriptor, "link"),

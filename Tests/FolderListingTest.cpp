@@ -175,8 +175,7 @@ TEST_P(RandomListingTest, EqualsThatOfQt)
 TEST_P(RandomListingTest, WithNonUtf8NamesEqualsThatOfQt)
 {
     const ByteFolder folder;
-    for (const char* name : {"a", "\xc3\xa4", "\xff\xfe.txt", "\xc3", "\xed\xa0\x80", "sub\xff/b", "sub/c"})
-        folder.Write(name);
+    Write({"a", "\xc3\xa4", "\xff\xfe.txt", "\xc3", "\xed\xa0\x80", "sub\xff/b", "sub/c"});
     folder.Link("a", "link\xff");
 
     ExpectTheListingOfQt(QFile::decodeName(folder.Path().c_str()));
@@ -189,9 +188,9 @@ INSTANTIATE_TEST_SUITE_P(Seeds, RandomListingTest,
 TEST_F(FolderListingTest, OfAMissingFolderIsEmpty)
 {
     const TempFolder folder;
-    folder.Write(QStringLiteral("file"));
+    Write("file");
 
-    for (const QString& path : {folder.Path(QStringLiteral("missing")), folder.Path(QStringLiteral("file"))})
+    for (const QString& path : {Path("missing"), Path("file")})
         EXPECT_THAT(ListFolder(path, {}, ListedFolders::All).files, IsEmpty());
 }
 
@@ -199,8 +198,7 @@ TEST_F(FolderListingTest, OfAMissingFolderIsEmpty)
 TEST_F(FolderListingTest, OfAPathWithAZeroCharacterEqualsThatOfQt)
 {
     const TempFolder folder;
-    folder.Write(QStringLiteral("a"));
-    folder.Write(QStringLiteral("sub/b"));
+    Write({"a", "sub/b"});
     const QString path = folder.Path() + QLatin1Char('/') + QChar(QChar::Null);
 
     ExpectTheListingOfQt(path);
@@ -210,8 +208,8 @@ TEST_F(FolderListingTest, OfAPathWithAZeroCharacterEqualsThatOfQt)
 TEST_F(FolderListingTest, HasFoldersOnlyIfAsked)
 {
     const TempFolder folder;
-    folder.Write(QStringLiteral("sub/a"));
-    folder.Link(QStringLiteral("sub"), QStringLiteral("link"));
+    Write("sub/a");
+    folder.Link("sub", "link");
 
     const FolderListing without = ListFolder(folder.Path(), {}, ListedFolders::None);
     const FolderListing with = ListFolder(folder.Path(), {}, ListedFolders::All);
@@ -223,20 +221,18 @@ TEST_F(FolderListingTest, HasFoldersOnlyIfAsked)
 TEST_F(FolderListingTest, AppliesTheNameFiltersToTheFilesOnly)
 {
     const TempFolder folder;
-    folder.Write(QStringLiteral("a.txt"));
-    folder.Write(QStringLiteral("b.mp4"));
-    folder.Write(QStringLiteral("sub/c"));
+    Write({"a.txt", "b.mp4", "sub/c"});
 
     const FolderListing listing = ListFolder(folder.Path(), {QStringLiteral("*.txt")}, ListedFolders::All);
 
-    EXPECT_THAT(FilesOf(listing), ElementsAre(folder.Path(QStringLiteral("a.txt")).toStdString()));
-    EXPECT_THAT(Texts(listing.subfolders), ElementsAre(folder.Path(QStringLiteral("sub")).toStdString()));
+    EXPECT_THAT(FilesOf(listing), ElementsAre(Path("a.txt").toStdString()));
+    EXPECT_THAT(Texts(listing.subfolders), ElementsAre(Path("sub").toStdString()));
 }
 
 TEST_F(FolderListingTest, TreatsAnEmptyPathAsTheCurrentFolder)
 {
     const TempFolder folder;
-    folder.Write(QStringLiteral("a"));
+    Write("a");
     const CurrentFolder here(folder.Path());
 
     EXPECT_THAT(FilesOf(ListFolder(QString(), {}, ListedFolders::None)), ElementsAre("./a"));
@@ -245,12 +241,11 @@ TEST_F(FolderListingTest, TreatsAnEmptyPathAsTheCurrentFolder)
 TEST_F(FolderListingTest, AppendsToTheGivenList)
 {
     const TempFolder folder;
-    folder.Write(QStringLiteral("1/a"));
-    folder.Write(QStringLiteral("2/b"));
+    Write({"1/a", "2/b"});
     ListedFiles listed;
 
-    Zendra::LW::ListFolder(folder.Path(QStringLiteral("1")), {}, listed);
-    Zendra::LW::ListFolder(folder.Path(QStringLiteral("2")), {}, listed);
+    Zendra::LW::ListFolder(Path("1"), {}, listed);
+    Zendra::LW::ListFolder(Path("2"), {}, listed);
 
     EXPECT_THAT(listed.files, SizeIs(2));
 }
@@ -278,12 +273,11 @@ INSTANTIATE_TEST_SUITE_P(Ways, ListingMethodTest,
 
 TEST_P(ListingMethodTest, LeavesOutKnownFilesAndLinks)
 {
-    for (const char* name : {"a", "b", "c"})
-        folder.Write(QString::fromLatin1(name));
-    folder.Link(QStringLiteral("a"), QStringLiteral("link"));
-    folder.Link(QStringLiteral("a"), QStringLiteral("link2"));
-    const QSet<QString> known{folder.Path(QStringLiteral("a")), folder.Path(QStringLiteral("c")),
-                              folder.Path(QStringLiteral("link"))};
+    Write({"a", "b", "c"});
+    folder.Link("a", "link");
+    folder.Link("a", "link2");
+    const QSet<QString> known{Path("a"), Path("c"),
+                              Path("link")};
     ListingOptions options;
     options.known = &known;
 
@@ -292,14 +286,14 @@ TEST_P(ListingMethodTest, LeavesOutKnownFilesAndLinks)
         paths.append(file.info.filePath());
 
     EXPECT_THAT(Texts(paths),
-                testing::UnorderedElementsAre(folder.Path(QStringLiteral("b")).toStdString(),
-                                              folder.Path(QStringLiteral("link2")).toStdString()));
+                testing::UnorderedElementsAre(Path("b").toStdString(),
+                                              Path("link2").toStdString()));
 }
 
 TEST_P(ListingMethodTest, ListsAFolderInThePlaceOfAKnownFile)
 {
-    folder.Write(QStringLiteral("a/b"));
-    const QSet<QString> known{folder.Path(QStringLiteral("a"))};
+    Write("a/b");
+    const QSet<QString> known{Path("a")};
     ListingOptions options;
     options.nameFilters = GetParam();
     options.subfolders = true;
@@ -312,14 +306,14 @@ TEST_P(ListingMethodTest, ListsAFolderInThePlaceOfAKnownFile)
 
 TEST_P(ListingMethodTest, ReadsTimesOnlyIfAsked)
 {
-    folder.Write(QStringLiteral("a"));
-    folder.SetModificationTime(QStringLiteral("a"), earlier);
+    Write("a");
+    SetTime("a", earlier);
     ListingOptions whileListing;
     whileListing.times = Times::ReadWhileListing;
 
     const ListedFile read = List(whileListing).files.constFirst();
     const ListedFile unread = List({}).files.constFirst();
-    folder.SetModificationTime(QStringLiteral("a"), later);
+    SetTime("a", later);
 
     EXPECT_EQ(read.modificationTime, earlier.toMSecsSinceEpoch());
     EXPECT_EQ(read.info.lastModified(), earlier);
@@ -329,9 +323,9 @@ TEST_P(ListingMethodTest, ReadsTimesOnlyIfAsked)
 
 TEST_P(ListingMethodTest, ReadsTheTimeOfALinksTarget)
 {
-    folder.Write(QStringLiteral("sub/a"));
-    folder.SetModificationTime(QStringLiteral("sub/a"), earlier);
-    folder.Link(QStringLiteral("sub/a"), QStringLiteral("link"));
+    Write("sub/a");
+    SetTime("sub/a", earlier);
+    folder.Link("sub/a", "link");
     ListingOptions options;
     options.times = Times::ReadWhileListing;
 
@@ -341,12 +335,12 @@ TEST_P(ListingMethodTest, ReadsTheTimeOfALinksTarget)
 // What such a path leads to need not be what QFileInfo::absoluteFilePath() says.
 TEST_P(ListingMethodTest, ReadsNoTimesForARelativeOrUncleanPath)
 {
-    folder.Write(QStringLiteral("sub/a"));
+    Write("sub/a");
     const CurrentFolder here(folder.Path());
     ListingOptions options;
     options.nameFilters = GetParam();
     options.times = Times::ReadWhileListing;
-    for (const QString& path : {folder.Path(QStringLiteral("sub/../sub")), QStringLiteral("sub")}) {
+    for (const QString& path : {Path("sub/../sub"), QStringLiteral("sub")}) {
         ListedFiles listed;
         Zendra::LW::ListFolder(path, options, listed);
 
@@ -357,15 +351,15 @@ TEST_P(ListingMethodTest, ReadsNoTimesForARelativeOrUncleanPath)
 
 TEST_P(ListingMethodTest, TellsWhetherThereAreLinks)
 {
-    folder.Write(QStringLiteral("a"));
-    folder.MakeFolder(QStringLiteral("sub"));
+    Write("a");
+    folder.MakeFolder("sub");
     EXPECT_FALSE(List({}).hasLinks);
 
-    folder.Link(QStringLiteral("a"), QStringLiteral("link"));
+    folder.Link("a", "link");
     EXPECT_TRUE(List({}).hasLinks);
-    folder.Remove(QStringLiteral("link"));
+    Remove("link");
 
-    folder.Link(QStringLiteral("sub"), QStringLiteral("link"));
+    folder.Link("sub", "link");
     EXPECT_TRUE(List({}).hasLinks);
 }
 

@@ -103,19 +103,14 @@ protected:
 
 TEST_F(DirectoryScanTest, FindsOnlyTheFoldersOwnFilesAtDepthZero)
 {
-    folder.Write(QStringLiteral("b.txt"));
-    folder.Write(QStringLiteral("A.txt"));
-    folder.Write(QStringLiteral("sub/a.txt"));
+    Write({"b.txt", "A.txt", "sub/a.txt"});
 
     EXPECT_THAT(Scan(0), UnorderedElementsAre("b.txt", "A.txt"));
 }
 
 TEST_F(DirectoryScanTest, DescendsToTheGivenDepth)
 {
-    folder.Write(QStringLiteral("0.txt"));
-    folder.Write(QStringLiteral("1/1.txt"));
-    folder.Write(QStringLiteral("1/2/2.txt"));
-    folder.Write(QStringLiteral("1/2/3/3.txt"));
+    Write({"0.txt", "1/1.txt", "1/2/2.txt", "1/2/3/3.txt"});
 
     EXPECT_THAT(Scan(1), ElementsAre("0.txt", "1/1.txt"));
     EXPECT_THAT(Scan(2), ElementsAre("0.txt", "1/1.txt", "1/2/2.txt"));
@@ -136,10 +131,7 @@ TEST_F(DirectoryScanTest, FindsFilesAtEveryLevelWithTheLargestDepth)
 
 TEST_F(DirectoryScanTest, ListsTheFilesOfAFolderBeforeThoseOfItsSubfolders)
 {
-    folder.Write(QStringLiteral("a/b/1.txt"));
-    folder.Write(QStringLiteral("a/z.txt"));
-    folder.Write(QStringLiteral("a/y.txt"));
-    folder.Write(QStringLiteral("z.txt"));
+    Write({"a/b/1.txt", "a/z.txt", "a/y.txt", "z.txt"});
 
     const Texts found = Scan(2);
 
@@ -151,8 +143,8 @@ TEST_F(DirectoryScanTest, ListsTheFilesOfAFolderBeforeThoseOfItsSubfolders)
 
 TEST_F(DirectoryScanTest, NeverListsAFolder)
 {
-    folder.MakeFolder(QStringLiteral("a.txt"));
-    folder.MakeFolder(QStringLiteral("sub/b.txt"));
+    folder.MakeFolder("a.txt");
+    folder.MakeFolder("sub/b.txt");
 
     EXPECT_THAT(Scan(0), IsEmpty());
     EXPECT_THAT(Scan(5), IsEmpty());
@@ -161,11 +153,7 @@ TEST_F(DirectoryScanTest, NeverListsAFolder)
 
 TEST_F(DirectoryScanTest, SkipsHiddenFilesAndHiddenFolders)
 {
-    folder.Write(QStringLiteral(".hidden.txt"));
-    folder.Write(QStringLiteral(".hidden/a.txt"));
-    folder.Write(QStringLiteral("sub/.hidden.txt"));
-    folder.Write(QStringLiteral("sub/.hidden/b.txt"));
-    folder.Write(QStringLiteral("sub/c.txt"));
+    Write({".hidden.txt", ".hidden/a.txt", "sub/.hidden.txt", "sub/.hidden/b.txt", "sub/c.txt"});
 
     EXPECT_THAT(Scan(everyLevel), ElementsAre("sub/c.txt"));
     EXPECT_THAT(Scan(everyLevel, {QStringLiteral(".*")}), IsEmpty());
@@ -173,8 +161,8 @@ TEST_F(DirectoryScanTest, SkipsHiddenFilesAndHiddenFolders)
 
 TEST_F(DirectoryScanTest, ListsALinkToAFileUnderItsOwnName)
 {
-    folder.Write(QStringLiteral("out/of/reach.txt"));
-    folder.Link(QStringLiteral("out/of/reach.txt"), QStringLiteral("link.txt"));
+    Write("out/of/reach.txt");
+    folder.Link("out/of/reach.txt", "link.txt");
 
     EXPECT_THAT(Scan(0), ElementsAre("link.txt"));
 }
@@ -182,8 +170,8 @@ TEST_F(DirectoryScanTest, ListsALinkToAFileUnderItsOwnName)
 TEST_F(DirectoryScanTest, EntersALinkToAFolder)
 {
     const TempFolder elsewhere;
-    elsewhere.Write(QStringLiteral("a.txt"));
-    folder.Link(elsewhere.Path(), QStringLiteral("link"));
+    elsewhere.Write("a.txt");
+    folder.Link(elsewhere.Path(), "link");
 
     EXPECT_THAT(Scan(0), IsEmpty());
     EXPECT_THAT(Scan(1), ElementsAre("link/a.txt"));
@@ -191,16 +179,16 @@ TEST_F(DirectoryScanTest, EntersALinkToAFolder)
 
 TEST_F(DirectoryScanTest, EndsACycleOfLinksAtTheDepth)
 {
-    folder.Write(QStringLiteral("a.txt"));
-    folder.Link(folder.Path(), QStringLiteral("loop"));
+    Write("a.txt");
+    folder.Link(folder.Path(), "loop");
 
     EXPECT_THAT(Scan(3), ElementsAre("a.txt", "loop/a.txt", "loop/loop/a.txt", "loop/loop/loop/a.txt"));
 }
 
 TEST_F(DirectoryScanTest, EndsACycleOfLinksAtTheLargestDepth)
 {
-    folder.Write(QStringLiteral("a.txt"));
-    folder.Link(folder.Path(), QStringLiteral("loop"));
+    Write("a.txt");
+    folder.Link(folder.Path(), "loop");
 
     // The system follows only so many links in one path.
     EXPECT_THAT(Scan(everyLevel),
@@ -209,25 +197,25 @@ TEST_F(DirectoryScanTest, EndsACycleOfLinksAtTheLargestDepth)
 
 TEST_F(DirectoryScanTest, SkipsDanglingAndLoopingLinks)
 {
-    folder.Link(QStringLiteral("missing.txt"), QStringLiteral("dangling.txt"));
-    folder.Link(QStringLiteral("self.txt"), QStringLiteral("self.txt"));
-    folder.Link(QStringLiteral("there.txt"), QStringLiteral("back.txt"));
-    folder.Link(QStringLiteral("back.txt"), QStringLiteral("there.txt"));
+    folder.Link("missing.txt", "dangling.txt");
+    folder.Link("self.txt", "self.txt");
+    folder.Link("there.txt", "back.txt");
+    folder.Link("back.txt", "there.txt");
 
     EXPECT_THAT(Scan(2), IsEmpty());
 }
 
 TEST_F(DirectoryScanTest, SkipsWhatIsNeitherFileNorFolder)
 {
-    ASSERT_EQ(::mkfifo(Native(folder.Path(QStringLiteral("fifo"))).c_str(), 0600), 0);
-    ASSERT_EQ(::mknod(Native(folder.Path(QStringLiteral("socket"))).c_str(), S_IFSOCK | 0600, 0), 0);
+    ASSERT_EQ(::mkfifo(Native(Path("fifo")).c_str(), 0600), 0);
+    ASSERT_EQ(::mknod(Native(Path("socket")).c_str(), S_IFSOCK | 0600, 0), 0);
 
     EXPECT_THAT(Scan(2), IsEmpty());
 }
 
 TEST_F(DirectoryScanTest, ListsALinkToWhatIsNeitherFileNorFolder)
 {
-    folder.Link(QStringLiteral("/dev/null"), QStringLiteral("null.txt"));
+    folder.Link("/dev/null", "null.txt");
 
     EXPECT_THAT(Scan(0), ElementsAre("null.txt"));
 }
@@ -240,7 +228,7 @@ TEST_F(DirectoryScanTest, FindsNothingInAnEmptyFolder)
 
 TEST_F(DirectoryScanTest, FindsNothingInAMissingFolder)
 {
-    const QString missing = folder.Path(QStringLiteral("missing"));
+    const QString missing = Path("missing");
 
     EXPECT_THAT(ScanFiles(missing, {}, 3), IsEmpty());
     EXPECT_THAT(ScanSortedFiles(missing, {}, 3), IsEmpty());
@@ -248,15 +236,15 @@ TEST_F(DirectoryScanTest, FindsNothingInAMissingFolder)
 
 TEST_F(DirectoryScanTest, FindsNothingBelowAFile)
 {
-    const QString file = folder.Write(QStringLiteral("a.txt"));
+    const QString file = folder.Write("a.txt");
 
     EXPECT_THAT(ScanFiles(file, {}, 3), IsEmpty());
 }
 
 TEST_F(DirectoryScanTest, FindsNothingInAFolderThatItMayNotRead)
 {
-    folder.Write(QStringLiteral("a.txt"));
-    folder.SetPermissions(QStringLiteral("."), 0111);
+    Write("a.txt");
+    folder.SetPermissions(".", 0111);
 
     const Unprivileged nobody;
 
@@ -265,10 +253,9 @@ TEST_F(DirectoryScanTest, FindsNothingInAFolderThatItMayNotRead)
 
 TEST_F(DirectoryScanTest, SkipsASubfolderThatItMayNotRead)
 {
-    folder.Write(QStringLiteral("closed/a.txt"));
-    folder.Write(QStringLiteral("open/b.txt"));
-    folder.SetPermissions(QStringLiteral("closed"), 0);
-    folder.SetPermissions(QStringLiteral("."), 0755);
+    Write({"closed/a.txt", "open/b.txt"});
+    folder.SetPermissions("closed", 0);
+    folder.SetPermissions(".", 0755);
 
     const Unprivileged nobody;
 
@@ -277,9 +264,9 @@ TEST_F(DirectoryScanTest, SkipsASubfolderThatItMayNotRead)
 
 TEST_F(DirectoryScanTest, ListsAFileThatItMayNotOpen)
 {
-    folder.Write(QStringLiteral("a.txt"));
-    folder.SetPermissions(QStringLiteral("a.txt"), 0);
-    folder.SetPermissions(QStringLiteral("."), 0755);
+    Write("a.txt");
+    folder.SetPermissions("a.txt", 0);
+    folder.SetPermissions(".", 0755);
 
     const Unprivileged nobody;
 
@@ -288,8 +275,7 @@ TEST_F(DirectoryScanTest, ListsAFileThatItMayNotOpen)
 
 TEST_F(DirectoryScanTest, TreatsAnEmptyPathAsTheCurrentFolder)
 {
-    folder.Write(QStringLiteral("a.txt"));
-    folder.Write(QStringLiteral("sub/b.txt"));
+    Write({"a.txt", "sub/b.txt"});
     const CurrentFolder here(folder.Path());
 
     const Texts found = PathsOf(ScanFiles(QString(), {}, 1));
@@ -300,14 +286,13 @@ TEST_F(DirectoryScanTest, TreatsAnEmptyPathAsTheCurrentFolder)
 
 TEST_F(DirectoryScanTest, KeepsARelativeRootInThePathsOfItsOwnFilesOnly)
 {
-    folder.Write(QStringLiteral("root/a.txt"));
-    folder.Write(QStringLiteral("root/sub/b.txt"));
+    Write({"root/a.txt", "root/sub/b.txt"});
     const CurrentFolder here(folder.Path());
 
     const Texts found = PathsOf(ScanFiles(QStringLiteral("root"), {}, 1));
 
     EXPECT_THAT(found,
-                ElementsAre("root/a.txt", folder.Path(QStringLiteral("root/sub/b.txt")).toStdString()));
+                ElementsAre("root/a.txt", Path("root/sub/b.txt").toStdString()));
 }
 
 class RelativeRootTest : public DirectoryScanTest, public testing::WithParamInterface<const char*>
@@ -316,10 +301,9 @@ class RelativeRootTest : public DirectoryScanTest, public testing::WithParamInte
 
 TEST_P(RelativeRootTest, IsScannedInEverySpelling)
 {
-    folder.Write(QStringLiteral("root/a.txt"));
-    folder.Write(QStringLiteral("root/sub/b.txt"));
-    folder.Link(QStringLiteral("root"), QStringLiteral("link"));
-    const CurrentFolder here(folder.Path(QStringLiteral("root")));
+    Write({"root/a.txt", "root/sub/b.txt"});
+    folder.Link("root", "link");
+    const CurrentFolder here(Path("root"));
     const QString root = QString::fromUtf8(GetParam());
 
     const Texts found = PathsOf(ScanFiles(root, {}, 1));
@@ -338,9 +322,8 @@ class AbsoluteRootTest : public RelativeRootTest
 
 TEST_P(AbsoluteRootTest, IsScannedInEverySpelling)
 {
-    folder.Write(QStringLiteral("root/a.txt"));
-    folder.Write(QStringLiteral("root/sub/b.txt"));
-    folder.Link(QStringLiteral("root"), QStringLiteral("link"));
+    Write({"root/a.txt", "root/sub/b.txt"});
+    folder.Link("root", "link");
     const QString root = folder.Path() + QString::fromUtf8(GetParam());
 
     const Texts found = PathsOf(ScanFiles(root, {}, 1));
@@ -362,11 +345,10 @@ TEST_F(DirectoryScanTest, ScansTheRootOfTheFileSystem)
 
 TEST_F(DirectoryScanTest, ListsAFolderThatItMayNotEnterAsQtDoes)
 {
-    folder.Write(QStringLiteral("listed/a.txt"));
-    folder.Write(QStringLiteral("listed/sub/b.txt"));
-    folder.Link(QStringLiteral("a.txt"), QStringLiteral("listed/link.txt"));
-    folder.SetPermissions(QStringLiteral("listed"), 0444);
-    folder.SetPermissions(QStringLiteral("."), 0755);
+    Write({"listed/a.txt", "listed/sub/b.txt"});
+    folder.Link("a.txt", "listed/link.txt");
+    folder.SetPermissions("listed", 0444);
+    folder.SetPermissions(".", 0755);
 
     const Unprivileged nobody;
 
@@ -393,7 +375,7 @@ TEST_P(NameFilterTest, KeepsTheFilesThatMatch)
 {
     for (const char* name :
          {"a.mp4", "B.MP4", "c.mov", "mp4", "a[1].txt", "clips.old/d.mp4", "clips.old/e.mov"})
-        folder.Write(QString::fromLatin1(name));
+        folder.Write(name);
 
     EXPECT_THAT(Scan(1, GetParam().nameFilters), UnorderedElementsAreArray(GetParam().expected));
 }
@@ -452,15 +434,14 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(NonUtf8NameTest, IsListedAsQtListsIt)
 {
     const ByteFolder folder;
-    folder.Write("a.txt");
-    for (const char* name : {"\xff\xfe.txt", "\xc3", "\xed\xa0\x80", "sub\xff/b.txt", "\xff/\xfe/c.txt"})
-        folder.Write(name);
+    Write("a.txt");
+    Write({"\xff\xfe.txt", "\xc3", "\xed\xa0\x80", "sub\xff/b.txt", "\xff/\xfe/c.txt"});
     const QString root = QFile::decodeName(folder.Path().c_str());
 
     const Texts found = PathsOf(ScanFiles(root, {}, 3));
 
     EXPECT_THAT(found, ElementsAreArray(PathsOf(PlainScan(root, {}, 3))));
-    EXPECT_THAT(found, testing::Contains(folder.Path("a.txt")));
+    EXPECT_THAT(found, testing::Contains(Path("a.txt")));
 }
 
 TEST(DeepFolderTest, IsScannedUpToTheLongestPath)
@@ -557,11 +538,7 @@ TEST_F(SortedScanTest, ComparesNamesByTheirCodeUnits)
 
 TEST_F(SortedScanTest, ComparesOnlyNames)
 {
-    folder.Write(QStringLiteral("a/c.txt"));
-    folder.Write(QStringLiteral("b/b.txt"));
-    folder.Write(QStringLiteral("c/a.txt"));
-    folder.Write(QStringLiteral("A.txt"));
-    folder.Write(QStringLiteral("d.txt"));
+    Write({"a/c.txt", "b/b.txt", "c/a.txt", "A.txt", "d.txt"});
 
     EXPECT_THAT(SortedScan(0), ElementsAre("A.txt", "d.txt"));
     EXPECT_THAT(SortedScan(1), ElementsAre("A.txt", "c/a.txt", "b/b.txt", "a/c.txt", "d.txt"));
@@ -624,8 +601,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(SortedScanTest, KeepsFilesOfOneNameTogether)
 {
-    for (const char* path : {"1/b.txt", "2/b.txt", "3/b.txt", "1/a.txt", "2/c.txt", "b.txt"})
-        folder.Write(QString::fromLatin1(path));
+    Write({"1/b.txt", "2/b.txt", "3/b.txt", "1/a.txt", "2/c.txt", "b.txt"});
 
     const QList<QFileInfo> sorted = ScanSortedFiles(folder.Path(), {}, 1);
 
@@ -636,9 +612,7 @@ TEST_F(SortedScanTest, KeepsFilesOfOneNameTogether)
 
 TEST_F(SortedScanTest, AppliesTheNameFilters)
 {
-    folder.Write(QStringLiteral("b.mp4"));
-    folder.Write(QStringLiteral("a.mov"));
-    folder.Write(QStringLiteral("sub/a.mp4"));
+    Write({"b.mp4", "a.mov", "sub/a.mp4"});
 
     const QList<QFileInfo> sorted = ScanSortedFiles(folder.Path(), {QStringLiteral("*.mp4")}, 1);
 
@@ -647,25 +621,24 @@ TEST_F(SortedScanTest, AppliesTheNameFilters)
 
 TEST_F(DirectoryScanTest, LeavesOutKnownFilesInEveryFolder)
 {
-    for (const char* path : {"a.txt", "b.txt", "sub/a.txt", "sub/b.txt"})
-        folder.Write(QString::fromLatin1(path));
-    const QSet<QString> known{folder.Path(QStringLiteral("b.txt")), folder.Path(QStringLiteral("sub/a.txt"))};
+    Write({"a.txt", "b.txt", "sub/a.txt", "sub/b.txt"});
+    const QSet<QString> known{Path("b.txt"), Path("sub/a.txt")};
     ListingOptions options;
     options.known = &known;
 
     const SortedFiles files = GetSortedFilesInDirRecursively(folder.Path(), 1, options);
 
     ASSERT_EQ(files.size(), 2);
-    EXPECT_EQ(files.at(0).info.filePath(), folder.Path(QStringLiteral("a.txt")));
-    EXPECT_EQ(files.at(1).info.filePath(), folder.Path(QStringLiteral("sub/b.txt")));
+    EXPECT_EQ(files.at(0).info.filePath(), Path("a.txt"));
+    EXPECT_EQ(files.at(1).info.filePath(), Path("sub/b.txt"));
 }
 
 TEST_F(DirectoryScanTest, TellsWhetherThereIsALinkAtAnyLevel)
 {
-    folder.Write(QStringLiteral("1/2/a.txt"));
+    Write("1/2/a.txt");
     EXPECT_FALSE(GetFilesInDirRecursively(folder.Path(), 3, {}).hasLinks);
 
-    folder.Link(QStringLiteral("a.txt"), QStringLiteral("1/2/b.txt"));
+    folder.Link("a.txt", "1/2/b.txt");
 
     EXPECT_FALSE(GetFilesInDirRecursively(folder.Path(), 1, {}).hasLinks);
     EXPECT_TRUE(GetFilesInDirRecursively(folder.Path(), 3, {}).hasLinks);
