@@ -2,7 +2,8 @@
 
 #include "Tests/Support/ByteFolder.h"
 #include "Tests/Support/CurrentFolder.h"
-#include "Tests/Support/TempFolder.h"
+#include "Tests/Support/FileTexts.h"
+#include "Tests/Support/FolderFixture.h"
 #include "Tests/Support/RandomFolder.h"
 
 #include <QDateTime>
@@ -14,9 +15,7 @@
 
 #include <cerrno>
 #include <ostream>
-#include <string>
 #include <tuple>
-#include <vector>
 
 #ifdef __linux__
 #    include <dirent.h>
@@ -25,36 +24,36 @@
 
 namespace {
 
-/// What a test does to the folders that the library reads itself.
-struct ReadFolders
+/// What the replacement of readdir() does.
+struct ReaddirBehaviour
 {
-    /// As some file systems do.
+    /// Reports every type as unknown, as some file systems do.
     bool hidesTypes = false;
     /// Fails with EIO after so many entries; -1 for never.
     int failsAfter = -1;
 };
 
-ReadFolders& Folders()
+ReaddirBehaviour& Readdir()
 {
-    static ReadFolders folders;
-    return folders;
+    static ReaddirBehaviour behaviour;
+    return behaviour;
 }
 
 } // namespace
 
 #ifdef __linux__
-// In the place of the system's. Qt's own listings go by another name and are not touched.
+// Replaces the system's function for the library. Qt's listings call readdir64() and are not affected.
 extern "C" dirent* readdir(DIR* folder)
 {
-    static const auto systems = reinterpret_cast<dirent* (*)(DIR*)>(::dlsym(RTLD_NEXT, "readdir"));
-    if (Folders().failsAfter == 0) {
+    static const auto original = reinterpret_cast<dirent* (*)(DIR*)>(::dlsym(RTLD_NEXT, "readdir"));
+    if (Readdir().failsAfter == 0) {
         errno = EIO;
         return nullptr;
     }
-    if (Folders().failsAfter > 0)
-        --Folders().failsAfter;
-    dirent* const entry = systems(folder);
-    if (entry && Folders().hidesTypes)
+    if (Readdir().failsAfter > 0)
+        --Readdir().failsAfter;
+    dirent* const entry = original(folder);
+    if (entry && Readdir().hidesTypes)
         entry->d_type = DT_UNKNOWN;
     return entry;
 }
@@ -67,8 +66,10 @@ using testing::IsEmpty;
 using testing::SizeIs;
 using Tests::ByteFolder;
 using Tests::CurrentFolder;
-using Tests::TempFolder;
+using Tests::NameFilters;
 using Tests::RandomFolder;
+using Tests::Texts;
+using Tests::ToTexts;
 using Zendra::LW::ListedFile;
 using Zendra::LW::ListedFiles;
 using Zendra::LW::ListingOptions;
@@ -86,7 +87,7 @@ struct FolderListing : ListedFiles
     QStringList subfolders;
 };
 
-ListingOptions OptionsFor(const QStringList& nameFilters, ListedFolders folders)
+ListingOptions OptionsFor(const NameFilters& nameFilters, ListedFolders folders)
 {
     ListingOptions options;
     options.nameFilters = nameFilters;
@@ -94,37 +95,29 @@ ListingOptions OptionsFor(const QStringList& nameFilters, ListedFolders folders)
     return options;
 }
 
-FolderListing ListFolder(const QString& path, const QStringList& nameFilters, ListedFolders folders)
+FolderListing ListFolder(const QString& path, const NameFilters& nameFilters, ListedFolders folders)
 {
     FolderListing listing;
     listing.subfolders = Zendra::LW::ListFolder(path, OptionsFor(nameFilters, folders), listing);
     return listing;
 }
 
-FolderListing ListFolderWithQt(const QString& path, const QStringList& nameFilters, ListedFolders folders)
+FolderListing ListFolderWithQt(const QString& path, const NameFilters& nameFilters, ListedFolders folders)
 {
     FolderListing listing;
     listing.subfolders = Zendra::LW::ListFolderWithQt(path, OptionsFor(nameFilters, folders), listing);
     return listing;
 }
 
-std::vector<std::string> Texts(const QStringList& paths)
+Texts FilesOf(const ListedFiles& listed)
 {
-    std::vector<std::string> texts;
-    for (const QString& path : paths)
-        texts.push_back(path.toStdString());
-    return texts;
+    Texts paths;
+    for (const ListedFile& file : listed.files)
+        paths.push_back(file.info.filePath().toStdString());
+    return paths;
 }
 
-std::vector<std::string> FilesOf(const FolderListing& listing)
-{
-    QStringList paths;
-    for (const ListedFile& file : listing.files)
-        paths.append(file.info.filePath());
-    return Texts(paths);
-}
-
-/// A listing by Qt is the one to be held to.
+/// Compares the listing with one by Qt.
 void ExpectTheListingOfQt(const QString& path)
 {
     for (const ListedFolders folders : {ListedFolders::None, ListedFolders::All}) {
@@ -133,71 +126,70 @@ void ExpectTheListingOfQt(const QString& path)
         const FolderListing listing = ListFolder(path, {}, folders);
 
         EXPECT_EQ(FilesOf(listing), FilesOf(expected));
-        EXPECT_EQ(Texts(listing.subfolders), Texts(expected.subfolders));
+        EXPECT_EQ(ToTexts(listing.subfolders), ToTexts(expected.subfolders));
         EXPECT_EQ(listing.hasLinks, expected.hasLinks);
     }
 }
 
-class FolderListingTest : public testing::Test
+class FolderListingTest : public Tests::FolderFixture
 {
 protected:
-    ~FolderListingTest() override { Folders() = {}; }
+    ~FolderListingTest() override { Readdir() = {}; }
 };
 
-/// Whether the file system tells the type of an entry with its name.
+/// Whether the file system reports the type of an entry with its name.
 enum class Types
 {
-    Told,
-    NotTold
+    Reported,
+    Unknown
 };
 
 std::ostream& operator<<(std::ostream& stream, Types types)
 {
-    return stream << (types == Types::Told ? "TypesTold" : "TypesNotTold");
+    return stream << (types == Types::Reported ? "TypesReported" : "TypesUnknown");
 }
 
 class RandomListingTest : public FolderListingTest,
-                        public testing::WithParamInterface<std::tuple<unsigned int, Types>>
+                          public testing::WithParamInterface<std::tuple<unsigned int, Types>>
 {
 protected:
-    RandomListingTest() { Folders().hidesTypes = std::get<Types>(GetParam()) == Types::NotTold; }
+    RandomListingTest() { Readdir().hidesTypes = std::get<Types>(GetParam()) == Types::Unknown; }
 };
 
 TEST_P(RandomListingTest, EqualsThatOfQt)
 {
-    const RandomFolder folder(std::get<unsigned int>(GetParam()), true);
+    const RandomFolder randomFolder(std::get<unsigned int>(GetParam()), true);
 
-    ExpectTheListingOfQt(folder.Path());
-    for (const QString& subfolder : ListFolderWithQt(folder.Path(), {}, ListedFolders::All).subfolders)
+    ExpectTheListingOfQt(randomFolder.Path());
+    for (const QString& subfolder : ListFolderWithQt(randomFolder.Path(), {}, ListedFolders::All).subfolders)
         ExpectTheListingOfQt(subfolder);
 }
 
 TEST_P(RandomListingTest, WithNonUtf8NamesEqualsThatOfQt)
 {
-    const ByteFolder folder;
-    Write({"a", "\xc3\xa4", "\xff\xfe.txt", "\xc3", "\xed\xa0\x80", "sub\xff/b", "sub/c"});
-    folder.Link("a", "link\xff");
+    const ByteFolder byteFolder;
+    for (const char* name : {"a", "\xc3\xa4", "\xff\xfe.txt", "\xc3", "\xed\xa0\x80", "sub\xff/b", "sub/c"})
+        byteFolder.Write(name);
+    byteFolder.Link("a", "link\xff");
 
-    ExpectTheListingOfQt(QFile::decodeName(folder.Path().c_str()));
+    ExpectTheListingOfQt(QFile::decodeName(byteFolder.Path().c_str()));
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, RandomListingTest,
                          testing::Combine(testing::Range(1U, 9U),
-                                          testing::Values(Types::Told, Types::NotTold)));
+                                          testing::Values(Types::Reported, Types::Unknown)));
 
 TEST_F(FolderListingTest, OfAMissingFolderIsEmpty)
 {
-    const TempFolder folder;
     Write("file");
 
     for (const QString& path : {Path("missing"), Path("file")})
         EXPECT_THAT(ListFolder(path, {}, ListedFolders::All).files, IsEmpty());
 }
 
-// The system takes such a path for the folder that the text before the zero names.
+// The system would open the folder that the text before the zero names.
 TEST_F(FolderListingTest, OfAPathWithAZeroCharacterEqualsThatOfQt)
 {
-    const TempFolder folder;
     Write({"a", "sub/b"});
     const QString path = folder.Path() + QLatin1Char('/') + QChar(QChar::Null);
 
@@ -207,7 +199,6 @@ TEST_F(FolderListingTest, OfAPathWithAZeroCharacterEqualsThatOfQt)
 
 TEST_F(FolderListingTest, HasFoldersOnlyIfAsked)
 {
-    const TempFolder folder;
     Write("sub/a");
     folder.Link("sub", "link");
 
@@ -220,18 +211,16 @@ TEST_F(FolderListingTest, HasFoldersOnlyIfAsked)
 
 TEST_F(FolderListingTest, AppliesTheNameFiltersToTheFilesOnly)
 {
-    const TempFolder folder;
     Write({"a.txt", "b.mp4", "sub/c"});
 
-    const FolderListing listing = ListFolder(folder.Path(), {QStringLiteral("*.txt")}, ListedFolders::All);
+    const FolderListing listing = ListFolder(folder.Path(), {"*.txt"}, ListedFolders::All);
 
     EXPECT_THAT(FilesOf(listing), ElementsAre(Path("a.txt").toStdString()));
-    EXPECT_THAT(Texts(listing.subfolders), ElementsAre(Path("sub").toStdString()));
+    EXPECT_THAT(ToTexts(listing.subfolders), ElementsAre(Path("sub").toStdString()));
 }
 
 TEST_F(FolderListingTest, TreatsAnEmptyPathAsTheCurrentFolder)
 {
-    const TempFolder folder;
     Write("a");
     const CurrentFolder here(folder.Path());
 
@@ -240,7 +229,6 @@ TEST_F(FolderListingTest, TreatsAnEmptyPathAsTheCurrentFolder)
 
 TEST_F(FolderListingTest, AppendsToTheGivenList)
 {
-    const TempFolder folder;
     Write({"1/a", "2/b"});
     ListedFiles listed;
 
@@ -250,8 +238,8 @@ TEST_F(FolderListingTest, AppendsToTheGivenList)
     EXPECT_THAT(listed.files, SizeIs(2));
 }
 
-/// The two ways to list a folder, by the name filters that lead to them.
-class ListingMethodTest : public FolderListingTest, public testing::WithParamInterface<QStringList>
+/// Both ways of listing a folder, chosen by the name filters.
+class ListingMethodTest : public FolderListingTest, public testing::WithParamInterface<NameFilters>
 {
 protected:
     ListedFiles List(ListingOptions options) const
@@ -265,29 +253,21 @@ protected:
 
     const QDateTime earlier = QDateTime::fromMSecsSinceEpoch(1500000000123);
     const QDateTime later = QDateTime::fromMSecsSinceEpoch(1600000000456);
-    const TempFolder folder;
 };
 
-INSTANTIATE_TEST_SUITE_P(Ways, ListingMethodTest,
-                         testing::Values(QStringList(), QStringList{QStringLiteral("*")}));
+INSTANTIATE_TEST_SUITE_P(Methods, ListingMethodTest, testing::Values(NameFilters{}, NameFilters{"*"}));
 
 TEST_P(ListingMethodTest, LeavesOutKnownFilesAndLinks)
 {
     Write({"a", "b", "c"});
     folder.Link("a", "link");
     folder.Link("a", "link2");
-    const QSet<QString> known{Path("a"), Path("c"),
-                              Path("link")};
+    const QSet<QString> known{Path("a"), Path("c"), Path("link")};
     ListingOptions options;
     options.known = &known;
 
-    QStringList paths;
-    for (const ListedFile& file : List(options).files)
-        paths.append(file.info.filePath());
-
-    EXPECT_THAT(Texts(paths),
-                testing::UnorderedElementsAre(Path("b").toStdString(),
-                                              Path("link2").toStdString()));
+    EXPECT_THAT(FilesOf(List(options)),
+                testing::UnorderedElementsAre(Path("b").toStdString(), Path("link2").toStdString()));
 }
 
 TEST_P(ListingMethodTest, ListsAFolderInThePlaceOfAKnownFile)
@@ -332,7 +312,7 @@ TEST_P(ListingMethodTest, ReadsTheTimeOfALinksTarget)
     EXPECT_EQ(List(options).files.constFirst().modificationTime, earlier.toMSecsSinceEpoch());
 }
 
-// What such a path leads to need not be what QFileInfo::absoluteFilePath() says.
+// Such a path may lead to another file than QFileInfo::absoluteFilePath() says.
 TEST_P(ListingMethodTest, ReadsNoTimesForARelativeOrUncleanPath)
 {
     Write("sub/a");
@@ -367,7 +347,6 @@ TEST_P(ListingMethodTest, TellsWhetherThereAreLinks)
 
 TEST_F(FolderListingTest, LeavesNoFolderOpen)
 {
-    const TempFolder folder;
     const QDir descriptors(QStringLiteral("/proc/self/fd"));
     const uint before = descriptors.count();
 
@@ -378,10 +357,9 @@ TEST_F(FolderListingTest, LeavesNoFolderOpen)
 
 TEST_F(FolderListingTest, EndsAtAReadError)
 {
-    const TempFolder folder;
     for (int file = 0; file < 5; ++file)
         folder.Write(QString::number(file));
-    Folders().failsAfter = 4; // the folder itself and the one above are among them
+    Readdir().failsAfter = 4; // including "." and ".."
 
     EXPECT_THAT(ListFolder(folder.Path(), {}, ListedFolders::All).files, testing::Not(IsEmpty()));
     EXPECT_THAT(ListFolder(folder.Path(), {}, ListedFolders::All).files, IsEmpty());

@@ -4,9 +4,10 @@
 #include "Tests/Support/CurrentFolder.h"
 #include "Tests/Support/DeepFolder.h"
 #include "Tests/Support/FileTexts.h"
+#include "Tests/Support/FolderFixture.h"
+#include "Tests/Support/RandomFolder.h"
 #include "Tests/Support/TempFolder.h"
 #include "Tests/Support/Unprivileged.h"
-#include "Tests/Support/RandomFolder.h"
 
 #include <QDir>
 #include <QFile>
@@ -36,12 +37,15 @@ using testing::UnorderedElementsAreArray;
 using Tests::ByteFolder;
 using Tests::CurrentFolder;
 using Tests::DeepFolder;
+using Tests::NameFilters;
 using Tests::NamesOf;
 using Tests::PathsOf;
+using Tests::RandomFolder;
 using Tests::TempFolder;
 using Tests::Texts;
+using Tests::ToQStringList;
+using Tests::ToTexts;
 using Tests::Unprivileged;
-using Tests::RandomFolder;
 
 constexpr unsigned int everyLevel = std::numeric_limits<unsigned int>::max();
 
@@ -50,14 +54,14 @@ std::string Native(const QString& path)
     return QFile::encodeName(path).toStdString();
 }
 
-ListingOptions MatchingNames(const QStringList& nameFilters)
+ListingOptions MatchingNames(const NameFilters& nameFilters)
 {
     ListingOptions options;
     options.nameFilters = nameFilters;
     return options;
 }
 
-QList<QFileInfo> ScanFiles(const QString& dirPath, const QStringList& nameFilters, unsigned int depth)
+QList<QFileInfo> ScanFiles(const QString& dirPath, const NameFilters& nameFilters, unsigned int depth)
 {
     QList<QFileInfo> infos;
     for (const ListedFile& file : GetFilesInDirRecursively(dirPath, depth, MatchingNames(nameFilters)).files)
@@ -65,7 +69,7 @@ QList<QFileInfo> ScanFiles(const QString& dirPath, const QStringList& nameFilter
     return infos;
 }
 
-QList<QFileInfo> ScanSortedFiles(const QString& dirPath, const QStringList& nameFilters, unsigned int depth)
+QList<QFileInfo> ScanSortedFiles(const QString& dirPath, const NameFilters& nameFilters, unsigned int depth)
 {
     QList<QFileInfo> infos;
     const SortedFiles files = GetSortedFilesInDirRecursively(dirPath, depth, MatchingNames(nameFilters));
@@ -74,11 +78,11 @@ QList<QFileInfo> ScanSortedFiles(const QString& dirPath, const QStringList& name
     return infos;
 }
 
-/// The scan in its plainest words, one listing for the files and one for the folders: what the scan is
-/// compared with.
+/// The simplest scan, with one listing for the files and one for the folders. The library's scan is compared
+/// with it.
 ///
-/// Unsorted, and not NoSort, which QDir takes for its default: by name.
-QList<QFileInfo> PlainScan(const QString& dirPath, const QStringList& nameFilters, unsigned int depth)
+/// Unsorted and not NoSort: QDir replaces NoSort by its default, which sorts by name.
+QList<QFileInfo> PlainScan(const QString& dirPath, const NameFilters& nameFilters, unsigned int depth)
 {
     const QDir dir(dirPath);
     QList<QFileInfo> files = dir.entryInfoList(nameFilters, QDir::Files, QDir::Unsorted);
@@ -90,15 +94,13 @@ QList<QFileInfo> PlainScan(const QString& dirPath, const QStringList& nameFilter
     return files;
 }
 
-class DirectoryScanTest : public testing::Test
+class DirectoryScanTest : public Tests::FolderFixture
 {
 protected:
-    Texts Scan(unsigned int depth, const QStringList& nameFilters = {}) const
+    Texts Scan(unsigned int depth, const NameFilters& nameFilters = {}) const
     {
         return PathsOf(ScanFiles(folder.Path(), nameFilters, depth), folder.Path());
     }
-
-    TempFolder folder;
 };
 
 TEST_F(DirectoryScanTest, FindsOnlyTheFoldersOwnFilesAtDepthZero)
@@ -119,10 +121,10 @@ TEST_F(DirectoryScanTest, DescendsToTheGivenDepth)
 
 TEST_F(DirectoryScanTest, FindsFilesAtEveryLevelWithTheLargestDepth)
 {
-    QString path;
+    std::string path;
     for (int level = 0; level < 40; ++level)
-        path += QStringLiteral("d/");
-    folder.Write(path + QStringLiteral("a.txt"));
+        path += "d/";
+    Write(path + "a.txt");
 
     EXPECT_THAT(Scan(everyLevel), SizeIs(1));
     EXPECT_THAT(Scan(40), SizeIs(1));
@@ -148,7 +150,7 @@ TEST_F(DirectoryScanTest, NeverListsAFolder)
 
     EXPECT_THAT(Scan(0), IsEmpty());
     EXPECT_THAT(Scan(5), IsEmpty());
-    EXPECT_THAT(Scan(5, {QStringLiteral("*.txt")}), IsEmpty());
+    EXPECT_THAT(Scan(5, {"*.txt"}), IsEmpty());
 }
 
 TEST_F(DirectoryScanTest, SkipsHiddenFilesAndHiddenFolders)
@@ -156,7 +158,7 @@ TEST_F(DirectoryScanTest, SkipsHiddenFilesAndHiddenFolders)
     Write({".hidden.txt", ".hidden/a.txt", "sub/.hidden.txt", "sub/.hidden/b.txt", "sub/c.txt"});
 
     EXPECT_THAT(Scan(everyLevel), ElementsAre("sub/c.txt"));
-    EXPECT_THAT(Scan(everyLevel, {QStringLiteral(".*")}), IsEmpty());
+    EXPECT_THAT(Scan(everyLevel, {".*"}), IsEmpty());
 }
 
 TEST_F(DirectoryScanTest, ListsALinkToAFileUnderItsOwnName)
@@ -246,7 +248,7 @@ TEST_F(DirectoryScanTest, FindsNothingInAFolderThatItMayNotRead)
     Write("a.txt");
     folder.SetPermissions(".", 0111);
 
-    const Unprivileged nobody;
+    const Unprivileged otherUser;
 
     EXPECT_THAT(Scan(3), IsEmpty());
 }
@@ -257,7 +259,7 @@ TEST_F(DirectoryScanTest, SkipsASubfolderThatItMayNotRead)
     folder.SetPermissions("closed", 0);
     folder.SetPermissions(".", 0755);
 
-    const Unprivileged nobody;
+    const Unprivileged otherUser;
 
     EXPECT_THAT(Scan(3), ElementsAre("open/b.txt"));
 }
@@ -268,7 +270,7 @@ TEST_F(DirectoryScanTest, ListsAFileThatItMayNotOpen)
     folder.SetPermissions("a.txt", 0);
     folder.SetPermissions(".", 0755);
 
-    const Unprivileged nobody;
+    const Unprivileged otherUser;
 
     EXPECT_THAT(Scan(0), ElementsAre("a.txt"));
 }
@@ -291,20 +293,20 @@ TEST_F(DirectoryScanTest, KeepsARelativeRootInThePathsOfItsOwnFilesOnly)
 
     const Texts found = PathsOf(ScanFiles(QStringLiteral("root"), {}, 1));
 
-    EXPECT_THAT(found,
-                ElementsAre("root/a.txt", Path("root/sub/b.txt").toStdString()));
+    EXPECT_THAT(found, ElementsAre("root/a.txt", Path("root/sub/b.txt").toStdString()));
 }
 
-class RelativeRootTest : public DirectoryScanTest, public testing::WithParamInterface<const char*>
+class RootSpellingTest : public DirectoryScanTest, public testing::WithParamInterface<const char*>
 {
 };
 
-TEST_P(RelativeRootTest, IsScannedInEverySpelling)
+TEST_P(RootSpellingTest, GivesTheFilesOfAPlainScan)
 {
     Write({"root/a.txt", "root/sub/b.txt"});
     folder.Link("root", "link");
     const CurrentFolder here(Path("root"));
-    const QString root = QString::fromUtf8(GetParam());
+    const QString spelling = QString::fromUtf8(GetParam());
+    const QString root = spelling.startsWith(QLatin1Char('/')) ? folder.Path() + spelling : spelling;
 
     const Texts found = PathsOf(ScanFiles(root, {}, 1));
 
@@ -312,27 +314,10 @@ TEST_P(RelativeRootTest, IsScannedInEverySpelling)
     EXPECT_THAT(found, SizeIs(2));
 }
 
-INSTANTIATE_TEST_SUITE_P(Relative, RelativeRootTest,
+INSTANTIATE_TEST_SUITE_P(Relative, RootSpellingTest,
                          testing::Values("", ".", "./", "../root", "..//root/", "../link", "sub/..",
                                          "../link/../root/."));
-
-class AbsoluteRootTest : public RelativeRootTest
-{
-};
-
-TEST_P(AbsoluteRootTest, IsScannedInEverySpelling)
-{
-    Write({"root/a.txt", "root/sub/b.txt"});
-    folder.Link("root", "link");
-    const QString root = folder.Path() + QString::fromUtf8(GetParam());
-
-    const Texts found = PathsOf(ScanFiles(root, {}, 1));
-
-    EXPECT_THAT(found, ElementsAreArray(PathsOf(PlainScan(root, {}, 1))));
-    EXPECT_THAT(found, SizeIs(2));
-}
-
-INSTANTIATE_TEST_SUITE_P(Absolute, AbsoluteRootTest,
+INSTANTIATE_TEST_SUITE_P(Absolute, RootSpellingTest,
                          testing::Values("/root", "/root/", "//root///", "/./root/.", "/root/../root",
                                          "/link", "/link/"));
 
@@ -350,7 +335,7 @@ TEST_F(DirectoryScanTest, ListsAFolderThatItMayNotEnterAsQtDoes)
     folder.SetPermissions("listed", 0444);
     folder.SetPermissions(".", 0755);
 
-    const Unprivileged nobody;
+    const Unprivileged otherUser;
 
     EXPECT_THAT(Scan(3), ElementsAreArray(PathsOf(PlainScan(folder.Path(), {}, 3), folder.Path())));
 }
@@ -358,13 +343,13 @@ TEST_F(DirectoryScanTest, ListsAFolderThatItMayNotEnterAsQtDoes)
 struct FilterRow
 {
     const char* name;
-    QStringList nameFilters;
+    NameFilters nameFilters;
     Texts expected;
 };
 
 std::ostream& operator<<(std::ostream& stream, const FilterRow& row)
 {
-    return stream << row.nameFilters.join(QLatin1Char(' ')).toStdString();
+    return stream << row.name;
 }
 
 class NameFilterTest : public DirectoryScanTest, public testing::WithParamInterface<FilterRow>
@@ -386,62 +371,58 @@ INSTANTIATE_TEST_SUITE_P(
         FilterRow{
             "None", {}, {"a.mp4", "B.MP4", "c.mov", "mp4", "a[1].txt", "clips.old/d.mp4", "clips.old/e.mov"}},
         FilterRow{"Star",
-                  {QStringLiteral("*")},
+                  {"*"},
                   {"a.mp4", "B.MP4", "c.mov", "mp4", "a[1].txt", "clips.old/d.mp4", "clips.old/e.mov"}},
-        FilterRow{"CaseDoesNotMatter", {QStringLiteral("*.mp4")}, {"a.mp4", "B.MP4", "clips.old/d.mp4"}},
-        FilterRow{"UpperCaseFilter", {QStringLiteral("*.MP4")}, {"a.mp4", "B.MP4", "clips.old/d.mp4"}},
-        FilterRow{"Several",
-                  {QStringLiteral("c*"), QStringLiteral("?.mp4")},
-                  {"a.mp4", "B.MP4", "c.mov", "clips.old/d.mp4"}},
-        FilterRow{"WholeName", {QStringLiteral("mp4")}, {"mp4"}},
-        FilterRow{"Set", {QStringLiteral("[ad].mp4")}, {"a.mp4", "clips.old/d.mp4"}},
-        FilterRow{"AFoldersName", {QStringLiteral("clips*")}, {}},
-        FilterRow{"APath", {QStringLiteral("clips.old/*.mp4")}, {}},
-        FilterRow{"NoneMatches", {QStringLiteral("*.avi")}, {}}),
+        FilterRow{"CaseDoesNotMatter", {"*.mp4"}, {"a.mp4", "B.MP4", "clips.old/d.mp4"}},
+        FilterRow{"UpperCaseFilter", {"*.MP4"}, {"a.mp4", "B.MP4", "clips.old/d.mp4"}},
+        FilterRow{"Several", {"c*", "?.mp4"}, {"a.mp4", "B.MP4", "c.mov", "clips.old/d.mp4"}},
+        FilterRow{"WholeName", {"mp4"}, {"mp4"}},
+        FilterRow{"Set", {"[ad].mp4"}, {"a.mp4", "clips.old/d.mp4"}},
+        FilterRow{"AFoldersName", {"clips*"}, {}}, FilterRow{"APath", {"clips.old/*.mp4"}, {}},
+        FilterRow{"NoneMatches", {"*.avi"}, {}}),
     [](const auto& testInfo) { return testInfo.param.name; });
 
-class OddNameTest : public DirectoryScanTest,
-                    public testing::WithParamInterface<std::pair<const char*, QString>>
+using OddName = std::pair<const char*, std::string>;
+
+class OddNameTest : public DirectoryScanTest, public testing::WithParamInterface<OddName>
 {
 };
 
 TEST_P(OddNameTest, IsFoundAsAFileAndAsAFolder)
 {
-    const QString name = GetParam().second;
-    folder.Write(name);
-    folder.Write(QStringLiteral("sub/") + name + QLatin1Char('/') + name);
+    const std::string name = GetParam().second;
+    const std::string below = "sub/" + name + '/' + name;
+    Write(name);
+    Write(below);
 
-    EXPECT_THAT(Scan(2),
-                ElementsAre(name.toStdString(),
-                            (QStringLiteral("sub/") + name + QLatin1Char('/') + name).toStdString()));
+    EXPECT_THAT(Scan(2), ElementsAre(name, below));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Names, OddNameTest,
-    testing::Values(
-        std::pair("Spaces", QStringLiteral(" two  words ")),
-        std::pair("LineBreak", QStringLiteral("one\ntwo")), std::pair("Tab", QStringLiteral("\t")),
-        std::pair("Wildcards", QStringLiteral("*?[a]")), std::pair("Backslash", QStringLiteral("a\\b")),
-        std::pair("Quotes", QStringLiteral("'\"`")), std::pair("Markup", QStringLiteral("<b>&amp;")),
-        std::pair("Umlaut", QStringLiteral("\u00c4.txt")),
-        std::pair("DecomposedUmlaut", QStringLiteral("A\u0308.txt")),
-        std::pair("Donkey", QStringLiteral("\U0001FACF")), std::pair("Percent", QStringLiteral("%1%n")),
-        std::pair("Colon", QStringLiteral("a:b")), std::pair("Tilde", QStringLiteral("~")),
-        std::pair("TwoHundredFiftyFiveBytes", QString(255, QLatin1Char('x'))),
-        std::pair("TwoHundredFiftyFiveBytesOfUmlauts", QString(127, QChar(0xfc)) + QLatin1Char('x'))),
-    [](const auto& testInfo) { return testInfo.param.first; });
+INSTANTIATE_TEST_SUITE_P(Names, OddNameTest,
+                         testing::Values(OddName("Spaces", " two  words "), OddName("LineBreak", "one\ntwo"),
+                                         OddName("Tab", "\t"), OddName("Wildcards", "*?[a]"),
+                                         OddName("Backslash", "a\\b"), OddName("Quotes", "'\"`"),
+                                         OddName("Markup", "<b>&amp;"), OddName("Umlaut", "\u00c4.txt"),
+                                         OddName("DecomposedUmlaut", "A\u0308.txt"),
+                                         OddName("Emoji", "\U0001FACF"), OddName("Percent", "%1%n"),
+                                         OddName("Colon", "a:b"), OddName("Tilde", "~"),
+                                         OddName("TwoHundredFiftyFiveBytes", std::string(255, 'x')),
+                                         OddName("TwoHundredFiftyFiveBytesOfUmlauts",
+                                                 QString(127, QChar(0xfc)).toStdString() + 'x')),
+                         [](const auto& testInfo) { return testInfo.param.first; });
 
 TEST(NonUtf8NameTest, IsListedAsQtListsIt)
 {
     const ByteFolder folder;
-    Write("a.txt");
-    Write({"\xff\xfe.txt", "\xc3", "\xed\xa0\x80", "sub\xff/b.txt", "\xff/\xfe/c.txt"});
+    for (const char* name :
+         {"a.txt", "\xff\xfe.txt", "\xc3", "\xed\xa0\x80", "sub\xff/b.txt", "\xff/\xfe/c.txt"})
+        folder.Write(name);
     const QString root = QFile::decodeName(folder.Path().c_str());
 
     const Texts found = PathsOf(ScanFiles(root, {}, 3));
 
     EXPECT_THAT(found, ElementsAreArray(PathsOf(PlainScan(root, {}, 3))));
-    EXPECT_THAT(found, testing::Contains(Path("a.txt")));
+    EXPECT_THAT(found, testing::Contains(folder.Path("a.txt")));
 }
 
 TEST(DeepFolderTest, IsScannedUpToTheLongestPath)
@@ -458,16 +439,11 @@ TEST(DeepFolderTest, IsScannedUpToTheLongestPath)
 class RandomFolderTest : public testing::TestWithParam<unsigned int>
 {
 protected:
-    static const QList<QStringList>& NameFilters()
+    static const std::vector<NameFilters>& Filters()
     {
-        static const QList<QStringList> nameFilters{{},
-                                                    {QStringLiteral("*.mp4")},
-                                                    {QStringLiteral("A*"), QStringLiteral("?.txt")},
-                                                    {QStringLiteral("[0-9]*")},
-                                                    {QStringLiteral(".*")},
-                                                    {QString()},
-                                                    {QStringLiteral("*\u00c4*")}};
-        return nameFilters;
+        static const std::vector<NameFilters> filters{
+            {}, {"*.mp4"}, {"A*", "?.txt"}, {"[0-9]*"}, {".*"}, {QStringList{QString()}}, {"*\u00c4*"}};
+        return filters;
     }
 
     static void ExpectThePlainScan(const QString& path, const QStringList& nameFilters, unsigned int depth)
@@ -491,7 +467,7 @@ TEST_P(RandomFolderTest, HasTheSameFilesAsInAPlainScan)
 {
     const RandomFolder folder(GetParam(), true);
 
-    for (const QStringList& nameFilters : NameFilters()) {
+    for (const NameFilters& nameFilters : Filters()) {
         for (const unsigned int depth : {0U, 1U, 3U})
             ExpectThePlainScan(folder.Path(), nameFilters, depth);
     }
@@ -501,7 +477,7 @@ TEST_P(RandomFolderTest, HasTheSameFilesAsInAPlainScanOfEveryLevel)
 {
     const RandomFolder folder(GetParam(), false);
 
-    for (const QStringList& nameFilters : NameFilters())
+    for (const NameFilters& nameFilters : Filters())
         ExpectThePlainScan(folder.Path(), nameFilters, everyLevel);
 }
 
@@ -519,21 +495,13 @@ protected:
 TEST_F(SortedScanTest, ComparesNamesByTheirCodeUnits)
 {
     // In this order: digits, upper case, lower case, umlauts; and an emoji, whose code units are surrogates,
-    // before a character that has a smaller number than it.
-    const QStringList inOrder{
-        QStringLiteral(" a"),         QStringLiteral("10"),     QStringLiteral("9"),
-        QStringLiteral("A"),          QStringLiteral("A1"),     QStringLiteral("A\u0308"),
-        QStringLiteral("B.mov"),      QStringLiteral("Z"),      QStringLiteral("a"),
-        QStringLiteral("a.mov"),      QStringLiteral("aB"),     QStringLiteral("ab"),
-        QStringLiteral("z"),          QStringLiteral("\u00c4"), QStringLiteral("\u00e4"),
-        QStringLiteral("\U0001F600"), QStringLiteral("\uff5e")};
-    Texts expected;
-    for (const QString& name : inOrder) {
-        folder.Write(name);
-        expected.push_back(name.toStdString());
-    }
+    // before a character with a smaller code point.
+    const Texts inOrder{" a",    "10", "9",  "A", "A1",     "A\u0308", "B.mov",      "Z",     "a",
+                        "a.mov", "aB", "ab", "z", "\u00c4", "\u00e4",  "\U0001F600", "\uff5e"};
+    for (const std::string& name : inOrder)
+        Write(name);
 
-    EXPECT_THAT(SortedScan(0), ElementsAreArray(expected));
+    EXPECT_THAT(SortedScan(0), ElementsAreArray(inOrder));
 }
 
 TEST_F(SortedScanTest, ComparesOnlyNames)
@@ -544,59 +512,50 @@ TEST_F(SortedScanTest, ComparesOnlyNames)
     EXPECT_THAT(SortedScan(1), ElementsAre("A.txt", "c/a.txt", "b/b.txt", "a/c.txt", "d.txt"));
 }
 
-class SortOrderTest : public SortedScanTest,
-                      public testing::WithParamInterface<std::pair<const char*, QStringList>>
+using NameList = std::pair<const char*, Texts>;
+
+class SortOrderTest : public SortedScanTest, public testing::WithParamInterface<NameList>
 {
 };
 
 TEST_P(SortOrderTest, EqualsThatOfQStrings)
 {
-    QStringList names = GetParam().second;
-    for (const QString& name : qAsConst(names))
-        folder.Write(name);
+    for (const std::string& name : GetParam().second)
+        Write(name);
+    QStringList names = ToQStringList(GetParam().second);
     std::sort(names.begin(), names.end());
 
-    Texts expected;
-    for (const QString& name : qAsConst(names))
-        expected.push_back(name.toStdString());
-    EXPECT_THAT(SortedScan(0), ElementsAreArray(expected));
+    EXPECT_THAT(SortedScan(0), ElementsAreArray(ToTexts(names)));
 }
 
-QStringList Numbered(const QString& pattern, int count)
+Texts Numbered(const std::string& before, const std::string& after)
 {
-    QStringList names;
-    for (int number = 0; number < count; ++number)
-        names.append(pattern.arg(number * 7919 % 100003));
+    Texts names;
+    for (int number = 0; number < 300; ++number)
+        names.push_back(before + std::to_string(number * 7919 % 100003) + after);
     return names;
 }
 
-QStringList Prefixes(const QString& text)
+Texts Prefixes(const std::string& text)
 {
-    QStringList names;
-    for (int length = 1; length <= text.size(); ++length)
-        names.append(text.left(length));
+    Texts names;
+    for (std::size_t length = 1; length <= text.size(); ++length)
+        names.push_back(text.substr(0, length));
     return names;
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Names, SortOrderTest,
     testing::Values(
-        std::pair("ThatBeginAlike", Numbered(QStringLiteral("Recording %1.mp4"), 300)),
-        std::pair("ThatEndAlike", Numbered(QStringLiteral("%1 - a recording.mp4"), 300)),
-        std::pair("ThatAreTheBeginningOfOneAnother", Prefixes(QStringLiteral("abcdefghijklmnop"))),
-        std::pair("ThatDifferLate", QStringList{QStringLiteral("abcdefgh"), QStringLiteral("abcdefgH"),
-                                                QStringLiteral("abcdefg"), QStringLiteral("b")}),
-        std::pair("ThatDifferInTheLastOfFourCharacters",
-                  QStringList{QStringLiteral("x123"), QStringLiteral("y124"), QStringLiteral("x124"),
-                              QStringLiteral("x12"), QStringLiteral("x1230")}),
-        std::pair("BeyondTheFirstByte",
-                  QStringList{QStringLiteral("\u0100a"), QStringLiteral("\u00ffb"), QStringLiteral("a\uff5e"),
-                              QStringLiteral("a\U0001F600"), QStringLiteral("ab")}),
-        std::pair("WithAllBitsOfACharacter",
-                  QStringList{QStringLiteral("\u4e00"), QStringLiteral("\u3042"), QStringLiteral("\uac00"),
-                              QStringLiteral("b\uff5e"), QStringLiteral("ca"), QStringLiteral("bb\uff5e"),
-                              QStringLiteral("bca"), QStringLiteral("bbb\uff5e"), QStringLiteral("bbca")}),
-        std::pair("OfWhichThereIsOne", QStringList{QStringLiteral("a")})),
+        NameList("WithACommonPrefix", Numbered("Recording ", ".mp4")),
+        NameList("WithACommonSuffix", Numbered("", " - a recording.mp4")),
+        NameList("ThatArePrefixesOfEachOther", Prefixes("abcdefghijklmnop")),
+        NameList("ThatDifferLate", Texts{"abcdefgh", "abcdefgH", "abcdefg", "b"}),
+        NameList("ThatDifferInTheLastOfFourCharacters", Texts{"x123", "y124", "x124", "x12", "x1230"}),
+        NameList("BeyondTheFirstByte", Texts{"\u0100a", "\u00ffb", "a\uff5e", "a\U0001F600", "ab"}),
+        NameList("WithAllBitsOfACharacter", Texts{"\u4e00", "\u3042", "\uac00", "b\uff5e", "ca", "bb\uff5e",
+                                                  "bca", "bbb\uff5e", "bbca"}),
+        NameList("OnlyOne", Texts{"a"})),
     [](const auto& testInfo) { return testInfo.param.first; });
 
 TEST_F(SortedScanTest, KeepsFilesOfOneNameTogether)
@@ -614,7 +573,7 @@ TEST_F(SortedScanTest, AppliesTheNameFilters)
 {
     Write({"b.mp4", "a.mov", "sub/a.mp4"});
 
-    const QList<QFileInfo> sorted = ScanSortedFiles(folder.Path(), {QStringLiteral("*.mp4")}, 1);
+    const QList<QFileInfo> sorted = ScanSortedFiles(folder.Path(), {"*.mp4"}, 1);
 
     EXPECT_THAT(NamesOf(sorted), ElementsAre("a.mp4", "b.mp4"));
 }
