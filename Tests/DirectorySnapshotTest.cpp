@@ -3,7 +3,7 @@
 #include "Lib/Util/FS/FolderScan.h"
 #include "Tests/Support/CurrentFolder.h"
 #include "Tests/Support/FileTexts.h"
-#include "Tests/Support/TempFolder.h"
+#include "Tests/Support/FolderFixture.h"
 
 #include <QDateTime>
 
@@ -25,12 +25,12 @@ using testing::SizeIs;
 using testing::UnorderedElementsAre;
 using Tests::CurrentFolder;
 using Tests::PathsOf;
-using Tests::TempFolder;
+using Tests::RelativePath;
 using Tests::Texts;
 using Difference = DirectorySnapshot::Difference;
 
-/// A snapshot of real files, which are equal to one another only if they are the same file.
-class DirectorySnapshotTest : public testing::Test
+/// A snapshot of real files, since entries are equal only if they are the same file.
+class DirectorySnapshotTest : public Tests::FolderFixture
 {
 protected:
     QFileInfo File(const char* path) const { return QFileInfo(Path(path)); }
@@ -48,14 +48,12 @@ protected:
     {
         Texts paths;
         for (const QString& path : *snapshot.GetKnownPaths())
-            paths.push_back(path.mid(folder.Path().size() + 1).toStdString());
+            paths.push_back(RelativePath(path, folder.Path()));
         return paths;
     }
 
     const QDateTime earlier = QDateTime::fromMSecsSinceEpoch(1500000000123);
     const QDateTime later = QDateTime::fromMSecsSinceEpoch(1600000000456);
-
-    TempFolder folder;
     DirectorySnapshot snapshot;
 };
 
@@ -219,9 +217,8 @@ TEST_F(DirectorySnapshotTest, FindsTheSameAsALinearSearch)
 {
     std::mt19937 random(7);
     QStringList paths;
-    for (int file = 0; file < 300; ++file) {
+    for (int file = 0; file < 300; ++file)
         paths.append(folder.Write(QStringLiteral("%1/%2").arg(random() % 5).arg(random() % 90)));
-    }
     const SortedFiles files = GetSortedFilesInDirRecursively(folder.Path(), 1, {});
     for (int i = 0; i < files.size(); ++i) {
         if (random() % 3 != 0)
@@ -284,7 +281,7 @@ TEST_F(DirectorySnapshotTest, ReturnsTheNewEntry)
     EXPECT_EQ(snapshot.GetFileInfos().first().lastModified(), later);
 }
 
-/// A look at one file again.
+/// A check of one file.
 class UpdateTest : public DirectorySnapshotTest
 {
 protected:
@@ -323,7 +320,7 @@ TEST_F(UpdateTest, RemovesAMissingFile)
     EXPECT_EQ(snapshot.GetInfoIndex(File("c.txt")), 1);
 }
 
-// Intended: a file that is not in the list stands for the entry at its index.
+// Intended: a file that is not in the list is treated as the entry at its index.
 TEST_F(UpdateTest, TreatsAnUnknownFileAsTheOneAtItsIndex)
 {
     EXPECT_EQ(snapshot.Update(File("aa.txt")), Difference::Removed);
@@ -432,7 +429,7 @@ TEST_F(KnownPathsTest, AreNoneWhileTwoEntriesHaveOnePath)
     EXPECT_THAT(Paths(), ElementsAre("a.txt"));
 }
 
-/// The times by which a pass tells that files are unchanged.
+/// The times by which a pass recognizes unchanged files.
 class KnownTimesTest : public DirectorySnapshotTest
 {
 protected:
@@ -502,7 +499,7 @@ TEST_F(KnownTimesTest, AreUnreadableForAMissingFile)
     EXPECT_THAT(Times(), ElementsAre(unreadableTime));
 }
 
-// What the path means depends on the current folder, or is not what the absolute path means.
+// Such a path may lead to another file than the absolute path.
 TEST_F(KnownTimesTest, AreUnreadableForAPathThatIsRelativeOrUnclean)
 {
     const CurrentFolder here(folder.Path());
@@ -522,7 +519,7 @@ TEST_F(KnownTimesTest, AreUnreadableInAnUnsortedList)
     EXPECT_THAT(Times(), ElementsAre(unreadableTime, unreadableTime));
 }
 
-/// The size and the time that a file had when it entered: those of later do not show.
+/// The size and the time of an entry, which are those at the time when it was added.
 class SnapshotMetadataTest : public DirectorySnapshotTest
 {
 protected:
@@ -532,14 +529,14 @@ protected:
         SetTime(path, later);
     }
 
-    QFileInfo ListedOfEarlier() const
+    QFileInfo ListedEarlier() const
     {
         folder.Write("a.txt", "short");
         SetTime("a.txt", earlier);
         return GetSortedFilesInDirRecursively(folder.Path(), 0, {}).at(0).info;
     }
 
-    void ExpectTheEarlier(const QFileInfo& entry) const
+    void ExpectEarlierMetadata(const QFileInfo& entry) const
     {
         EXPECT_EQ(entry.lastModified(), earlier);
         EXPECT_EQ(entry.size(), 5);
@@ -548,35 +545,35 @@ protected:
 
 TEST_F(SnapshotMetadataTest, IsReadWhenAFileIsAppended)
 {
-    snapshot.Append({ListedOfEarlier()});
+    snapshot.Append({ListedEarlier()});
     Change("a.txt");
 
-    ExpectTheEarlier(snapshot.GetFileInfos().at(0));
+    ExpectEarlierMetadata(snapshot.GetFileInfos().at(0));
 }
 
 TEST_F(SnapshotMetadataTest, IsReadWhenAFileIsInserted)
 {
     Have({"b.txt"});
-    snapshot.Insert(0, ListedOfEarlier());
+    snapshot.Insert(0, ListedEarlier());
     Change("a.txt");
 
-    ExpectTheEarlier(snapshot.GetFileInfos().at(0));
+    ExpectEarlierMetadata(snapshot.GetFileInfos().at(0));
 }
 
 TEST_F(SnapshotMetadataTest, IsReadWhenAFileIsReplaced)
 {
     Have({"a.txt"});
-    const QFileInfo listed = ListedOfEarlier();
+    const QFileInfo listed = ListedEarlier();
     ASSERT_EQ(snapshot.Update(listed), Difference::Changed);
     Change("a.txt");
 
-    ExpectTheEarlier(snapshot.GetFileInfos().at(0));
+    ExpectEarlierMetadata(snapshot.GetFileInfos().at(0));
 }
 
 TEST_F(SnapshotMetadataTest, IsReadWhenAFileIsAddedNotWhenAPredicateReadsIt)
 {
-    const QFileInfo listed = ListedOfEarlier();
-    ExpectTheEarlier(listed);
+    const QFileInfo listed = ListedEarlier();
+    ExpectEarlierMetadata(listed);
     Change("a.txt");
     snapshot.Append({listed});
 
@@ -586,7 +583,7 @@ TEST_F(SnapshotMetadataTest, IsReadWhenAFileIsAddedNotWhenAPredicateReadsIt)
 
 TEST_F(SnapshotMetadataTest, IsReadWhenAFileIsAddedNotWhenItIsListed)
 {
-    const QFileInfo listed = ListedOfEarlier();
+    const QFileInfo listed = ListedEarlier();
     Change("a.txt");
     snapshot.Append({listed});
 
@@ -595,15 +592,15 @@ TEST_F(SnapshotMetadataTest, IsReadWhenAFileIsAddedNotWhenItIsListed)
 
 TEST_F(SnapshotMetadataTest, StaysWhenTheFileIsDeleted)
 {
-    snapshot.Append({ListedOfEarlier()});
+    snapshot.Append({ListedEarlier()});
     Remove("a.txt");
 
-    ExpectTheEarlier(snapshot.GetFileInfos().at(0));
+    ExpectEarlierMetadata(snapshot.GetFileInfos().at(0));
 }
 
 TEST_F(SnapshotMetadataTest, IsEmptyForAFileDeletedAfterItsListing)
 {
-    const QFileInfo listed = ListedOfEarlier();
+    const QFileInfo listed = ListedEarlier();
     Remove("a.txt");
     snapshot.Append({listed});
 

@@ -1,7 +1,7 @@
 #include "Lib/Util/FS/FileTimeReader.h"
 
 #include "Lib/Util/FS/FileTime.h"
-#include "Tests/Support/TempFolder.h"
+#include "Tests/Support/FolderFixture.h"
 #include "Tests/Support/Unprivileged.h"
 
 #include <QDateTime>
@@ -18,29 +18,26 @@
 namespace Zendra::LW {
 namespace {
 
-class FileTimeReaderTest : public testing::Test
+class FileTimeReaderTest : public Tests::FolderFixture
 {
 protected:
-    QString FileOfTime(const QString& path, qint64 time) const
+    QString FileOfTime(const Tests::PathText& path, qint64 time) const
     {
-        folder.Write(path);
+        Write(path);
         SetTime(path, QDateTime::fromMSecsSinceEpoch(time));
         return Path(path);
     }
 
-    Tests::TempFolder folder;
     FileTimeReader reader;
 };
 
 TEST_F(FileTimeReaderTest, ReadsTheTimesOfFilesInAnyOrderOfFolders)
 {
-    const std::vector<QString> paths{FileOfTime("a", 1500000000001),
-                                     FileOfTime("b", 1500000000002),
-                                     FileOfTime("\u00e4", 1500000000003),
-                                     FileOfTime("sub/a", 1500000000004),
-                                     FileOfTime("sub/b", 1500000000005),
-                                     FileOfTime("sub/2/a", 1500000000006),
-                                     FileOfTime("sub2/a", 1500000000007)};
+    const std::vector<QString> paths{
+        FileOfTime("a", 1500000000001),      FileOfTime("b", 1500000000002),
+        FileOfTime("\u00e4", 1500000000003), FileOfTime("sub/a", 1500000000004),
+        FileOfTime("sub/b", 1500000000005),  FileOfTime("sub/2/a", 1500000000006),
+        FileOfTime("sub2/a", 1500000000007)};
     for (const int file : {0, 1, 2, 3, 4, 3, 5, 5, 0, 6, 3, 4, 1, 1, 1})
         EXPECT_EQ(reader.Read(paths[static_cast<std::size_t>(file)]), 1500000000001 + file);
 }
@@ -79,7 +76,7 @@ TEST_F(FileTimeReaderTest, OpensTheFolderByNameAgainAfterClosingIt)
     EXPECT_EQ(reader.Read(path), 1500000000002);
 }
 
-// It must not stay in use under another name: descriptors are numbered anew.
+// A closed descriptor must not be used again: its number may belong to another folder.
 TEST_F(FileTimeReaderTest, MayCloseTheFolderAtAnyTime)
 {
     const QString path = FileOfTime("a", 1500000000001);
@@ -115,7 +112,7 @@ TEST_F(FileTimeReaderTest, ReadsInAFolderWithoutReadPermission)
     folder.SetPermissions("closed", 0111);
     folder.SetPermissions(".", 0755);
 
-    const Tests::Unprivileged nobody;
+    const Tests::Unprivileged otherUser;
 
     for (int time = 0; time < 3; ++time)
         EXPECT_EQ(reader.Read(path), 1500000000001);

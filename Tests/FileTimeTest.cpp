@@ -76,8 +76,7 @@ TEST(FileTimeTest, IsUnreadableWithoutAFile)
     const TempFolder folder;
 
     EXPECT_EQ(ReadModificationTime(folder.Path("missing")), unreadableTime);
-    EXPECT_EQ(ReadModificationTime(folder.Link("missing", "link")),
-              unreadableTime);
+    EXPECT_EQ(ReadModificationTime(folder.Link("missing", "link")), unreadableTime);
     EXPECT_EQ(ReadModificationTime(QString()), unreadableTime);
 }
 

@@ -37,14 +37,6 @@ QString PathIn(const std::string& logEntry)
     return QString::fromStdString(logEntry.substr(first, logEntry.find(", ", first) - first));
 }
 
-std::vector<std::string> Described(const QList<QFileInfo>& files)
-{
-    std::vector<std::string> texts;
-    for (const QFileInfo& info : files)
-        texts.push_back(DescribedEntry(info));
-    return texts;
-}
-
 } // namespace
 
 DifferentialRun::DifferentialRun(WatcherKind watcherKind, Choices& choices)
@@ -223,7 +215,7 @@ void DifferentialRun::Compare()
 {
     entriesSeen += static_cast<int>(libraryLog.size());
     Compare("signals and questions", libraryLog, referenceLog);
-    Compare("list", Described(library->Files()), Described(reference->Files()));
+    Compare("list", DescribedEntries(library->Files()), DescribedEntries(reference->Files()));
     Compare("folder", {library->DirPath().toStdString()}, {reference->DirPath().toStdString()});
     Compare("registered files", ToTexts(library->RegisteredFiles()), ToTexts(reference->RegisteredFiles()));
 }

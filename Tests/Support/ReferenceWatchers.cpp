@@ -316,4 +316,12 @@ std::string DescribedEntry(const QFileInfo& info)
            + (time.isValid() ? std::to_string(time.toMSecsSinceEpoch()) : "no time");
 }
 
+std::vector<std::string> DescribedEntries(const QList<QFileInfo>& infos)
+{
+    std::vector<std::string> texts;
+    for (const QFileInfo& info : infos)
+        texts.push_back(DescribedEntry(info));
+    return texts;
+}
+
 } // namespace Tests

@@ -8,6 +8,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace Tests {
 
@@ -59,5 +60,6 @@ bool AreSameFile(const QFileInfo& a, const QFileInfo& b);
 
 /// The text of an entry in the log: path, size and time.
 std::string DescribedEntry(const QFileInfo& info);
+std::vector<std::string> DescribedEntries(const QList<QFileInfo>& infos);
 
 } // namespace Tests
