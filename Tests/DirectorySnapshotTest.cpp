@@ -3,14 +3,13 @@
 #include "Lib/Util/FS/FolderScan.h"
 #include "Tests/Support/CurrentFolder.h"
 #include "Tests/Support/FileTexts.h"
-#include "Tests/Support/FolderFixture.h"
+#include "Tests/Support/SnapshotFixture.h"
 
 #include <QDateTime>
 
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <initializer_list>
 #include <random>
 #include <set>
 #include <string>
@@ -24,26 +23,13 @@ using testing::IsEmpty;
 using testing::SizeIs;
 using testing::UnorderedElementsAre;
 using Tests::CurrentFolder;
-using Tests::PathsOf;
 using Tests::RelativePath;
 using Tests::Texts;
 using Difference = DirectorySnapshot::Difference;
 
-/// A snapshot of real files, since entries are equal only if they are the same file.
-class DirectorySnapshotTest : public Tests::FolderFixture
+class DirectorySnapshotTest : public Tests::SnapshotFixture
 {
 protected:
-    QFileInfo File(const char* path) const { return QFileInfo(Path(path)); }
-    QFileInfo NewFile(const char* path) const { return QFileInfo(folder.Write(path)); }
-
-    void Have(std::initializer_list<const char*> paths)
-    {
-        for (const char* path : paths)
-            snapshot.Append({NewFile(path)});
-    }
-
-    Texts Paths() const { return PathsOf(snapshot.GetFileInfos(), folder.Path()); }
-
     Texts KnownPaths() const
     {
         Texts paths;
@@ -54,7 +40,6 @@ protected:
 
     const QDateTime earlier = QDateTime::fromMSecsSinceEpoch(1500000000123);
     const QDateTime later = QDateTime::fromMSecsSinceEpoch(1600000000456);
-    DirectorySnapshot snapshot;
 };
 
 TEST_F(DirectorySnapshotTest, IsEmptyAtFirst)
@@ -260,8 +245,7 @@ TEST_F(DirectorySnapshotTest, ReservesMemory)
 
     snapshot.Reserve(5);
     const QFileInfo* const before = &snapshot.GetFileInfos().first();
-    for (const char* path : {"b.txt", "c.txt", "d.txt", "e.txt", "f.txt"})
-        snapshot.Append({NewFile(path)});
+    Have({"b.txt", "c.txt", "d.txt", "e.txt", "f.txt"});
 
     EXPECT_EQ(&snapshot.GetFileInfos().first(), before);
     EXPECT_THAT(Paths(), SizeIs(6));

@@ -2,14 +2,13 @@
 
 #include "Lib/Util/FS/NewFiles.h"
 #include "Tests/Support/FileTexts.h"
-#include "Tests/Support/FolderFixture.h"
+#include "Tests/Support/SnapshotFixture.h"
 
 #include <QDateTime>
 
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <initializer_list>
 #include <ostream>
 #include <string>
 #include <utility>
@@ -34,24 +33,14 @@ inline std::ostream& operator<<(std::ostream& stream, const AddedFile& file)
     return stream << file.path << (file.fillsEmptySnapshot ? ", fills an empty snapshot" : "");
 }
 
-/// A snapshot, and passes that add the new files of a folder to it.
-class NewFilesFixture : public FolderFixture
+/// Passes that add the new files of the folder to the snapshot.
+class NewFilesFixture : public SnapshotFixture
 {
 protected:
     NewFilesFixture()
     {
         settings.dirPath = folder.Path();
         settings.depth = 2;
-    }
-
-    QFileInfo File(const char* path) const { return QFileInfo(Path(path)); }
-    QFileInfo NewFile(const char* path) const { return QFileInfo(folder.Write(path)); }
-
-    /// Writes files and appends them to the snapshot.
-    void Have(std::initializer_list<const char*> paths)
-    {
-        for (const char* path : paths)
-            snapshot.Append({NewFile(path)});
     }
 
     /// Deletes a file and removes it from the snapshot.
@@ -76,8 +65,6 @@ protected:
         ASSERT_EQ(snapshot.Update(info), Zendra::LW::DirectorySnapshot::Difference::Changed);
     }
 
-    Texts Paths() const { return PathsOf(snapshot.GetFileInfos(), folder.Path()); }
-
     void Pass() { Pass(folder.Path()); }
     void Pass(const QString& path)
     {
@@ -99,7 +86,6 @@ protected:
         };
     }
 
-    Zendra::LW::DirectorySnapshot snapshot;
     Zendra::LW::WatchSettings& settings = snapshot.settings;
     Zendra::LW::WatchTokenSource source;
     std::vector<AddedFile> added;

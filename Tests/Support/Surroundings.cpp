@@ -19,7 +19,7 @@ bool IsInMemory(const QString& path)
 
 } // namespace
 
-std::string WhyCaseIsLost()
+std::string WhyCaseIsIgnored()
 {
     const TempFolder folder;
     folder.Write(QStringLiteral("a"));
@@ -28,18 +28,7 @@ std::string WhyCaseIsLost()
     return {};
 }
 
-std::string WhySpellingIsLost()
-{
-    const TempFolder folder;
-    const QStringList names = {QStringLiteral("u\u0308 decomposed"), QStringLiteral("\u00fc composed")};
-    for (const QString& name : names)
-        folder.Write(name);
-    if (folder.Entries() != names)
-        return "this file system normalizes accents";
-    return {};
-}
-
-std::string WhyBytesAreRefused()
+std::string WhyOnlyUtf8IsAccepted()
 {
     const TempFolder folder;
     const QByteArray path = QFile::encodeName(folder.Path()) + "/\xFF";

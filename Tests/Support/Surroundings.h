@@ -8,11 +8,9 @@ namespace Tests {
 // system, as a text for GTEST_SKIP(), or an empty text.
 
 /// Tests with names that differ only in case.
-std::string WhyCaseIsLost();
-/// Tests with names that are composed or decomposed, which some systems convert.
-std::string WhySpellingIsLost();
+std::string WhyCaseIsIgnored();
 /// Tests with names that are not UTF-8.
-std::string WhyBytesAreRefused();
+std::string WhyOnlyUtf8IsAccepted();
 
 /// Tests of the time and order of notices. On Linux notices are queued when the call that causes them
 /// returns.
