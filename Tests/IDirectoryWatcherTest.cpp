@@ -91,7 +91,7 @@ class WatcherSignalTest : public testing::TestWithParam<SignalRow>
 {
 };
 
-TEST_P(WatcherSignalTest, IsInTheMetaObjectAtItsIndexWithNothingButItsType)
+TEST_P(WatcherSignalTest, HasItsIndexAndItsTypeInTheMetaObject)
 {
     const SignalRow& row = GetParam();
     const QMetaObject& metaObject = IDirectoryWatcher::staticMetaObject;
@@ -236,7 +236,7 @@ class WatcherTableTest : public testing::Test
 using AllClasses = testing::Types<IDirectoryWatcher, DirectoryWatcher, DirectoryChecker>;
 TYPED_TEST_SUITE(WatcherTableTest, AllClasses, );
 
-TYPED_TEST(WatcherTableTest, HasTheFourOperationsInOrderAfterThoseOfQObject)
+TYPED_TEST(WatcherTableTest, HasTheFourFunctionsInOrderAfterThoseOfQObject)
 {
     const std::intptr_t last = ObjectProbe::LastVirtual().Slot();
 
@@ -280,7 +280,7 @@ protected:
 using Implementations = testing::Types<DirectoryWatcher, DirectoryChecker>;
 TYPED_TEST_SUITE(EveryWatcherTest, Implementations, );
 
-TYPED_TEST(EveryWatcherTest, IsIdleWithoutAParentAtFirst)
+TYPED_TEST(EveryWatcherTest, IsIdleAndWithoutAParentAtFirst)
 {
     EXPECT_EQ(this->watcher->parent(), nullptr);
     EXPECT_THAT(this->watcher->children(), IsEmpty());
@@ -288,7 +288,7 @@ TYPED_TEST(EveryWatcherTest, IsIdleWithoutAParentAtFirst)
     EXPECT_THAT(this->watcher->GetFileInfoList(), IsEmpty());
 }
 
-TYPED_TEST(EveryWatcherTest, IsKnownByItsClassInThisLibraryToo)
+TYPED_TEST(EveryWatcherTest, CanBeCastToItsClass)
 {
     EXPECT_NE(dynamic_cast<TypeParam*>(this->watcher.get()), nullptr);
     EXPECT_NE(qobject_cast<TypeParam*>(this->watcher.get()), nullptr);
@@ -308,7 +308,7 @@ TYPED_TEST(EveryWatcherTest, HasTheFilesInTheOrderOfTheirNames)
     EXPECT_EQ(this->Names().join(QLatin1Char(' ')), QStringLiteral("A.txt C.txt a.txt b.txt"));
 }
 
-TYPED_TEST(EveryWatcherTest, HasItsSnapshotBeforeItSaysThatWatchingStarted)
+TYPED_TEST(EveryWatcherTest, HasItsSnapshotBeforeItEmitsWatchingStarted)
 {
     this->folder.Write(QStringLiteral("a.txt"));
     QList<QFileInfo>::size_type filesAtStart = -1;
@@ -356,14 +356,14 @@ TYPED_TEST(EveryWatcherTest, StartsInAFolderThatIsMissing)
     EXPECT_THAT(this->signalLog.EntriesOf("WatchingStarted"), SizeIs(1));
 }
 
-TYPED_TEST(EveryWatcherTest, SaysNothingWhenItIsStoppedBeforeItWasStarted)
+TYPED_TEST(EveryWatcherTest, EmitsNothingWhenItIsStoppedBeforeAnyStart)
 {
     this->watcher->StopWatching();
 
     EXPECT_THAT(this->signalLog.Entries(), IsEmpty());
 }
 
-TYPED_TEST(EveryWatcherTest, StopsOnceAndForgetsItsFilesFirst)
+TYPED_TEST(EveryWatcherTest, StopsOnceAndClearsItsSnapshotFirst)
 {
     this->folder.Write(QStringLiteral("a.txt"));
     this->Start();
@@ -380,7 +380,7 @@ TYPED_TEST(EveryWatcherTest, StopsOnceAndForgetsItsFilesFirst)
     EXPECT_THAT(this->signalLog.Entries(), ElementsAre("WatchingStopped"));
 }
 
-TYPED_TEST(EveryWatcherTest, LooksAfreshWhenItIsStartedAgain)
+TYPED_TEST(EveryWatcherTest, ScansTheFolderAgainWhenItIsRestarted)
 {
     this->folder.Write(QStringLiteral("a.txt"));
     this->Start();
@@ -393,7 +393,7 @@ TYPED_TEST(EveryWatcherTest, LooksAfreshWhenItIsStartedAgain)
     EXPECT_EQ(this->Names(), QStringList{QStringLiteral("b.txt")});
 }
 
-TYPED_TEST(EveryWatcherTest, GoesWithoutASignal)
+TYPED_TEST(EveryWatcherTest, EmitsNothingWhenItIsDestroyed)
 {
     this->folder.Write(QStringLiteral("a.txt"));
     this->Start();

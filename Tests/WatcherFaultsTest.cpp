@@ -143,7 +143,7 @@ using Tests::Texts;
 class WatcherFaultsTest : public BothWatchersFixture
 {
 protected:
-    WatcherFaultsTest() { folder.MakeFolder(QStringLiteral("root")); }
+    WatcherFaultsTest() { folder.MakeFolder("root"); }
     ~WatcherFaultsTest() override { EndFaults(); }
 
     static void EndFaults() { TheFaults() = {}; }
@@ -161,15 +161,14 @@ protected:
 
 // The limits of the system's notices
 
-TEST_F(WatcherFaultsTest, FilesBeyondTheLimitOfNoticesAreListedByBothAndFollowedByTheChecker)
+TEST_F(WatcherFaultsTest, FilesBeyondTheLimitOfNoticesAreListedByBothAndReportedByTheChecker)
 {
     Write({"root/a", "root/b", "root/c"});
     TheFaults().watchesLeft = 3; // the root, a and b
 
     StartBoth();
     EndFaults();
-    Touch("root/b");
-    Touch("root/c");
+    Touch({"root/b", "root/c"});
     Settle();
 
     EXPECT_THAT(Files(), ElementsAre("root/a", "root/b", "root/c"));
@@ -179,7 +178,7 @@ TEST_F(WatcherFaultsTest, FilesBeyondTheLimitOfNoticesAreListedByBothAndFollowed
     EXPECT_THAT(CheckerSaw(), ElementsAre("FileChanged root/b", "FileChanged root/c"));
 }
 
-TEST_F(WatcherFaultsTest, ARootBeyondTheLimitOfNoticesIsDeafForTheWatcherAndWholeAgainAfterAnotherStart)
+TEST_F(WatcherFaultsTest, ARootBeyondTheLimitOfNoticesIsSilentForTheWatcherUntilARestart)
 {
     Write({"root/a"});
     TheFaults().watchesLeft = 0;
@@ -224,7 +223,7 @@ void OverflowTheQueue(const QString& file, const QString& otherFile)
     }
 }
 
-TEST_F(WatcherFaultsTest, WhatHappensWhileTheQueueOfNoticesIsFullIsLostForTheWatcherUntilTheFileChangesAgain)
+TEST_F(WatcherFaultsTest, TheWatcherMissesChangesWhileTheQueueOfNoticesIsFullUntilTheFileChangesAgain)
 {
     Write({"root/a", "root/b", "root/changed", "root/removed"});
     StartBoth();
@@ -268,7 +267,7 @@ protected:
     }
 };
 
-TEST_P(ListingFaultsTest, AFolderThatIsRefusedKeepsItsFilesAndGivesItsNewOnesLater)
+TEST_P(ListingFaultsTest, AnUnreadableFolderKeepsItsFilesAndReportsItsNewOnesLater)
 {
     Write({"root/a", "root/b"});
     StartBoth();
@@ -293,7 +292,7 @@ TEST_P(ListingFaultsTest, AFolderThatIsRefusedKeepsItsFilesAndGivesItsNewOnesLat
     EXPECT_EQ(Files(), CheckerFiles());
 }
 
-TEST_P(ListingFaultsTest, ASubfolderThatIsRefusedLeavesTheRestAsItIs)
+TEST_P(ListingFaultsTest, AnUnreadableSubfolderDoesNotAffectTheOthers)
 {
     Write({"root/a", "root/sub/b", "root/tub/c"});
     StartBoth(1);
@@ -308,7 +307,7 @@ TEST_P(ListingFaultsTest, ASubfolderThatIsRefusedLeavesTheRestAsItIs)
     EXPECT_THAT(CheckerFiles(), Contains("root/sub/b"));
 }
 
-TEST_P(ListingFaultsTest, AFolderThatIsRefusedAtTheStartIsEmptyForBothAtFirst)
+TEST_P(ListingFaultsTest, AFolderThatIsUnreadableAtTheStartIsEmptyForBothAtFirst)
 {
     Write({"root/a"});
     Refuse("root", EACCES);
@@ -326,7 +325,7 @@ TEST_P(ListingFaultsTest, AFolderThatIsRefusedAtTheStartIsEmptyForBothAtFirst)
     EXPECT_EQ(WatcherSaw(), CheckerSaw());
 }
 
-TEST_P(ListingFaultsTest, AListingThatFailsHalfwayTakesNoKnownFileAway)
+TEST_P(ListingFaultsTest, AListingThatFailsHalfwayRemovesNoKnownFile)
 {
     Write({"root/a", "root/b", "root/c"});
     StartBoth();
@@ -350,7 +349,7 @@ TEST_P(ListingFaultsTest, AListingThatFailsHalfwayTakesNoKnownFileAway)
     EXPECT_EQ(Files(), CheckerFiles());
 }
 
-TEST_P(ListingFaultsTest, AListingThatFailsHalfwayAtTheStartIsMadeUpForLater)
+TEST_P(ListingFaultsTest, AListingThatFailsHalfwayAtTheStartIsCompletedLater)
 {
     Write({"root/a", "root/b", "root/c"});
 
@@ -377,14 +376,14 @@ TEST_P(ListingFaultsTest, AListingThatFailsHalfwayAtTheStartIsMadeUpForLater)
 
 // What is listed and then gone
 
-TEST_P(ListingFaultsTest, ARootThatGoesWhileTheCheckerReadsItIsEmptyInTheEnd)
+TEST_P(ListingFaultsTest, ARootThatIsDeletedWhileTheCheckerReadsItIsEmptyInTheEnd)
 {
     Write({"root/a", "root/b", "root/sub/c"});
     StartBoth(1);
 
     Write({"root/d"});
     BreakAfter(3, "root");
-    TheFaults().insteadOfFailing = [&] { folder.RemoveFolder(QStringLiteral("root")); };
+    TheFaults().insteadOfFailing = [&] { folder.RemoveFolder("root"); };
     checker.CheckFolder();
     checker.CheckFolder();
 
@@ -395,14 +394,14 @@ TEST_P(ListingFaultsTest, ARootThatGoesWhileTheCheckerReadsItIsEmptyInTheEnd)
     EXPECT_THAT(checkerLog.EntriesOf("FileChanged"), IsEmpty());
 }
 
-TEST_P(ListingFaultsTest, ARootThatGoesWhileTheWatcherReadsItLosesItsRegisteredFiles)
+TEST_P(ListingFaultsTest, ARootThatIsDeletedWhileTheWatcherReadsItLosesItsRegisteredFiles)
 {
     Write({"root/a", "root/b", "root/sub/c"});
     StartBoth(1);
 
     Write({"root/d"});
     BreakAfter(3, "root");
-    TheFaults().insteadOfFailing = [&] { folder.RemoveFolder(QStringLiteral("root")); };
+    TheFaults().insteadOfFailing = [&] { folder.RemoveFolder("root"); };
     Settle();
 
     for (const char* file : {"root/a", "root/b", "root/sub/c"})
@@ -411,13 +410,13 @@ TEST_P(ListingFaultsTest, ARootThatGoesWhileTheWatcherReadsItLosesItsRegisteredF
     EXPECT_FALSE(QFileInfo::exists(Path("root")));
 }
 
-TEST_P(ListingFaultsTest, ASubfolderThatGoesWhileItIsReadTakesItsFilesWithIt)
+TEST_P(ListingFaultsTest, ASubfolderThatIsDeletedWhileItIsReadLosesItsFiles)
 {
     Write({"root/a", "root/sub/b", "root/sub/c"});
     StartBoth(1);
 
     BreakAfter(0, "root/sub");
-    TheFaults().insteadOfFailing = [&] { folder.RemoveFolder(QStringLiteral("root/sub")); };
+    TheFaults().insteadOfFailing = [&] { folder.RemoveFolder("root/sub"); };
     checker.CheckFolder();
     Settle();
 
@@ -427,7 +426,7 @@ TEST_P(ListingFaultsTest, ASubfolderThatGoesWhileItIsReadTakesItsFilesWithIt)
     EXPECT_EQ(Files(), CheckerFiles());
 }
 
-TEST_P(ListingFaultsTest, AFileThatGoesBetweenTheListingAndTheLookAtItStaysListedForTheWatcherOnly)
+TEST_P(ListingFaultsTest, AFileThatIsDeletedBetweenListingAndReadingStaysListedForTheWatcherOnly)
 {
     Write({"root/a"});
     StartBoth(0, [this](const QFileInfo& info) {
@@ -453,7 +452,7 @@ TEST_P(ListingFaultsTest, AFileThatGoesBetweenTheListingAndTheLookAtItStaysListe
     EXPECT_THAT(Files(), ElementsAre("root/a", "root/b"));
 }
 
-TEST_P(ListingFaultsTest, AFileThatGoesOnceItIsRegisteredIsTakenOutByItsNotice)
+TEST_P(ListingFaultsTest, AFileThatIsDeletedAfterItsRegistrationIsRemovedByItsNotice)
 {
     Write({"root/a"});
     StartBoth();
@@ -470,7 +469,7 @@ TEST_P(ListingFaultsTest, AFileThatGoesOnceItIsRegisteredIsTakenOutByItsNotice)
     EXPECT_THAT(Files(), ElementsAre("root/a"));
 }
 
-TEST_P(ListingFaultsTest, AFileThatGoesDuringTheStartStaysListedForTheWatcherOnly)
+TEST_P(ListingFaultsTest, AFileThatIsDeletedDuringTheStartStaysListedForTheWatcherOnly)
 {
     Write({"root/a", "root/b"});
     const Predicate filter = [this](const QFileInfo& info) {
@@ -494,15 +493,15 @@ TEST_P(ListingFaultsTest, AFileThatGoesDuringTheStartStaysListedForTheWatcherOnl
 
 // Links and names
 
-TEST_P(ListingFaultsTest, LinksThatLeadToThemselvesAreNoFilesForEither)
+TEST_P(ListingFaultsTest, LinksToThemselvesAreNotFilesForEither)
 {
     Write({"root/a"});
-    folder.Link(QStringLiteral("self"), QStringLiteral("root/self"));
-    folder.Link(QStringLiteral("there"), QStringLiteral("root/back"));
-    folder.Link(QStringLiteral("back"), QStringLiteral("root/there"));
+    folder.Link("self", "root/self");
+    folder.Link("there", "root/back");
+    folder.Link("back", "root/there");
     StartBoth(3);
 
-    folder.Link(QStringLiteral("late"), QStringLiteral("root/late"));
+    folder.Link("late", "root/late");
     Write({"root/b"});
     Settle();
 
@@ -515,7 +514,7 @@ TEST_P(ListingFaultsTest, LinksThatLeadToThemselvesAreNoFilesForEither)
 TEST_P(ListingFaultsTest, ALinkToTheFolderAboveEndsAtTheDepthForBoth)
 {
     Write({"root/a"});
-    folder.Link(QStringLiteral("."), QStringLiteral("root/loop"));
+    folder.Link(".", "root/loop");
 
     StartBoth(2);
 
@@ -537,25 +536,25 @@ QString LongPath(const QString& root, int bytes)
     return path + QLatin1Char('/') + QString(bytes - path.size() - 1, QLatin1Char('f'));
 }
 
-TEST_P(ListingFaultsTest, APathAsLongAsTheSystemTakesIsLikeAnyOtherForBoth)
+TEST_P(ListingFaultsTest, APathOfTheMaximumLengthIsLikeAnyOtherForBoth)
 {
     const QString path = LongPath(Path("root"), PATH_MAX - 1);
     const QString relativePath = path.mid(folder.Path().size() + 1);
     const std::string text = relativePath.toStdString();
-    folder.Write(relativePath);
+    Write(relativePath);
     StartBoth(100);
     ASSERT_THAT(Files(), ElementsAre(text));
 
-    folder.Touch(relativePath);
+    Touch(relativePath);
     Settle();
-    folder.Remove(relativePath);
+    Remove(relativePath);
     Settle();
 
     EXPECT_THAT(signalLog.Entries(), ElementsAre("FileChanged " + text, "FileRemoved " + text));
     EXPECT_EQ(signalLog.Entries(), checkerLog.Entries());
 }
 
-TEST_P(ListingFaultsTest, AFileBehindTheLongestPathCanBeListedButNotLookedAt)
+TEST_P(ListingFaultsTest, AFileBeyondTheMaximumLengthCanBeListedButNotRead)
 {
     const QString subfolder = QFileInfo(LongPath(Path("root"), PATH_MAX - 100)).path();
     ASSERT_TRUE(QDir().mkpath(subfolder));
@@ -583,7 +582,7 @@ TEST_P(ListingFaultsTest, AFileBehindTheLongestPathCanBeListedButNotLookedAt)
     EXPECT_THAT(second, ElementsAre(StartsWith("FileAdded")));
 }
 
-TEST_P(ListingFaultsTest, NamesThatAreNotTextAreSeenByNeitherAndDisturbNeither)
+TEST_P(ListingFaultsTest, NamesThatAreNotTextAreIgnoredByBoth)
 {
     const Tests::ByteFolder bytes;
     bytes.Write("\xff.txt");

@@ -114,7 +114,7 @@ TEST_P(WatcherMemoryTest, StaysTheSameOverFolderNoticesInWhichNothingChanged)
     EXPECT_THAT(signalLog.Entries(), IsEmpty());
 }
 
-TEST_P(WatcherMemoryTest, StaysTheSameHoweverOftenFilesChangeAndComeAndGo)
+TEST_P(WatcherMemoryTest, StaysTheSameWhenFilesChangeAndAreAddedAndRemovedOften)
 {
     Fill(folder, folders, 20);
     DirectoryChecker checker;
@@ -137,7 +137,7 @@ TEST_P(WatcherMemoryTest, StaysTheSameHoweverOftenFilesChangeAndComeAndGo)
     EXPECT_EQ(HeapBytesInUse() - before, 0);
 }
 
-TEST_P(WatcherMemoryTest, IsGivenBackByAStop)
+TEST_P(WatcherMemoryTest, IsReleasedByAStop)
 {
     Fill(folder, folders, filesPerFolder);
     DirectoryChecker checker;
@@ -151,7 +151,7 @@ TEST_P(WatcherMemoryTest, IsGivenBackByAStop)
 }
 
 /// The counting itself: a test of nothing would always pass.
-TEST(HeapBytesTest, SeesWhatQtTakesAndGivesBack)
+TEST(HeapBytesTest, CountsWhatQtAllocatesAndFrees)
 {
     const std::ptrdiff_t before = HeapBytesInUse();
 
