@@ -2,11 +2,11 @@
 #include "Tests/Support/EventHandlerListFixture.h"
 #include "Tests/Support/Memory.h"
 #include "Tests/Support/MutexLog.h"
+#include "Tests/Support/VirtualSlot.h"
 
 #include <gmock/gmock.h>
 
 #include <array>
-#include <cstring>
 #include <functional>
 #include <future>
 #include <memory>
@@ -41,16 +41,6 @@ struct SharesTheInterface : virtual EventPublisher<Observer>, List
     void UnregisterEventHandler(Observer*) override {}
 };
 static_assert(std::is_convertible_v<SharesTheInterface*, EventPublisher<Observer>*>);
-
-/// The index of a virtual function in the virtual table: a pointer to such a function begins with its offset
-/// in bytes, plus one on some processors.
-template <class Function>
-std::size_t VirtualSlot(Function function)
-{
-    std::size_t offset = 0;
-    std::memcpy(&offset, &function, sizeof(offset));
-    return offset / sizeof(void*);
-}
 
 } // namespace
 
