@@ -63,7 +63,7 @@ TEST_F(ByteOrderMarkTest, IsFoundByNameFilters)
 {
     Write({"root/" MARK "a.txt", "root/" MARK "a.mp4"});
 
-    StartBoth(0, {QStringLiteral("*.txt")});
+    StartBoth(0, {"*.txt"});
 
     EXPECT_THAT(Files(), ElementsAre("root/" MARK "a.txt"));
     EXPECT_THAT(CheckerFiles(), ElementsAre("root/" MARK "a.txt"));
@@ -95,19 +95,19 @@ TEST_F(ByteOrderMarkTest, BringsAllSignalsOfSuchAFile)
     EXPECT_THAT(WatcherSaw(), ElementsAre("FileAdded root/" MARK "a.txt"));
     EXPECT_THAT(CheckerSaw(), ElementsAre("FileAdded root/" MARK "a.txt"));
 
-    Clear();
+    ClearLogs();
     Touch("root/" MARK "a.txt");
     Settle();
     EXPECT_THAT(WatcherSaw(), ElementsAre("FileChanged root/" MARK "a.txt"));
     EXPECT_THAT(CheckerSaw(), ElementsAre("FileChanged root/" MARK "a.txt"));
 
-    Clear();
+    ClearLogs();
     Remove("root/" MARK "a.txt");
     Settle();
     EXPECT_THAT(WatcherSaw(), ElementsAre("FileRemoved root/" MARK "a.txt"));
     EXPECT_THAT(CheckerSaw(), ElementsAre("FileRemoved root/" MARK "a.txt"));
 
-    Clear();
+    ClearLogs();
     Settle();
     EXPECT_THAT(CheckerSaw(), IsEmpty());
 }

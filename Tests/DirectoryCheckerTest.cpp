@@ -32,6 +32,8 @@ using Zendra::LW::IDirectoryWatcher;
 namespace Tests {
 namespace {
 
+using namespace std::chrono_literals;
+
 constexpr unsigned int unlimited = std::numeric_limits<unsigned int>::max();
 
 /// Sets a modification time to the nanosecond, of a folder too.
@@ -796,7 +798,7 @@ TEST_F(DirectoryCheckerTest, ReportsAFileReplacedByAFolderAsChanged)
     Start(1);
     folder.Remove(Text("a.txt"));
     folder.Write(Text("a.txt/b.txt"));
-    SetTime(folder.Path(Text("a.txt")), 1500000000, 0);
+    SetTime("a.txt", 1500000000s);
 
     EXPECT_THAT(Check(), ElementsAre("FileAdded a.txt/b.txt", "FileChanged a.txt"));
     EXPECT_TRUE(signalLog.LastInfo().isDir());
@@ -891,7 +893,7 @@ TEST_F(DirectoryCheckerTest, SeesNoChangeInAFileThatMayNoLongerBeRead)
     };
 
     EXPECT_THAT(checkAsUser(), IsEmpty());
-    SetTime(folder.Path(Text("a.txt")), 1500000000, 0);
+    SetTime("a.txt", 1500000000s);
     EXPECT_THAT(checkAsUser(), ElementsAre("FileChanged a.txt"));
 }
 
@@ -1208,7 +1210,7 @@ TEST_F(DirectoryCheckerTest, PutsAnUnknownFileThatChangedInThePlaceOfTheNextName
         folder.Write(Text(name));
     Start();
     folder.Write(Text("b.txt"));
-    SetTime(folder.Path(Text("b.txt")), 1500000000, 0);
+    SetTime("b.txt", 1500000000s);
 
     checker.OnFileChanged(folder.Path(Text("b.txt")));
 
@@ -1221,10 +1223,10 @@ TEST_F(DirectoryCheckerTest, ComparesAnUnknownFileWithTheOneOfTheNextName)
 {
     for (const char* name : {"a.txt", "c.txt"})
         folder.Write(Text(name));
-    SetTime(folder.Path(Text("c.txt")), 1500000000, 0);
+    SetTime("c.txt", 1500000000s);
     Start();
     folder.Write(Text("b.txt"));
-    SetTime(folder.Path(Text("b.txt")), 1500000000, 0);
+    SetTime("b.txt", 1500000000s);
 
     checker.OnFileChanged(folder.Path(Text("b.txt")));
 
@@ -1239,8 +1241,8 @@ TEST_F(DirectoryCheckerTest, PutsAnUnknownFileInThePlaceOfTheFirstOfItsName)
     Start(1);
     const std::vector<std::string> before = Snapshot();
     const TempFolder other;
-    const QString unknown = other.Write(Text("m.txt"));
-    SetTime(unknown, 1500000000, 0);
+    const QString unknown = other.Write("m.txt");
+    other.SetModificationTime("m.txt", 1500000000s);
 
     checker.OnFileChanged(unknown);
 

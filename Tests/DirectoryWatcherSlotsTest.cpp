@@ -26,6 +26,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 using Tests::LogCapture;
+using Tests::Predicate;
 using Tests::ProcessDeferredDeletes;
 using Tests::SignalLog;
 using Tests::WaitUntil;

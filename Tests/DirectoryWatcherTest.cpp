@@ -72,8 +72,11 @@ using testing::IsEmpty;
 using testing::SizeIs;
 using testing::UnorderedElementsAre;
 using Tests::CurrentFolder;
+using Tests::IsNamed;
 using Tests::LogCapture;
+using Tests::Predicate;
 using Tests::SignalLog;
+using Tests::Texts;
 using Tests::Unprivileged;
 using Tests::WatcherFixture;
 using Zendra::LW::DirectoryWatcher;
@@ -300,7 +303,7 @@ TEST_F(DirectoryWatcherRefusalTest, LeavesTheSettingsOfTheWatch)
     const Predicate notSecret = [](const QFileInfo& info) {
         return info.baseName() != QStringLiteral("secret");
     };
-    StartWith({"a.mp4"}, 1, notSecret, {QStringLiteral("*.mp4")});
+    StartWith({"a.mp4"}, 1, {"*.mp4"}, notSecret);
     bool wasAsked = false;
     const Predicate other = [&](const QFileInfo&) { return wasAsked = true; };
 
@@ -443,7 +446,7 @@ TEST_F(DirectoryWatcherStopTest, IsDoneBeforeItIsAnnounced)
 TEST_F(DirectoryWatcherStopTest, LetsGoOfThePredicate)
 {
     const auto held = std::make_shared<int>(0);
-    StartWith({"a.txt"}, 0, [held](const QFileInfo&) { return true; });
+    StartWith({"a.txt"}, 0, {}, [held](const QFileInfo&) { return true; });
     ASSERT_GT(held.use_count(), 1);
 
     watcher->StopWatching();
@@ -453,7 +456,7 @@ TEST_F(DirectoryWatcherStopTest, LetsGoOfThePredicate)
 
 TEST_F(DirectoryWatcherStopTest, LetsGoOfFiltersAndDepth)
 {
-    StartWith({"a.mp4"}, 0, Refuse, {QStringLiteral("*.mp4")});
+    StartWith({"a.mp4"}, 0, {"*.mp4"}, Refuse);
     watcher->StopWatching();
     signalLog.Clear();
     Write({"b.txt", "sub/c.mp4"});
@@ -569,7 +572,7 @@ TEST_F(DirectoryWatcherFolderNoticeTest, KeepsToTheFiltersAndThePredicate)
     const Predicate filter = [](const QFileInfo& info) {
         return !info.fileName().startsWith(QLatin1Char('x'));
     };
-    StartWith({"a.mp4"}, 0, filter, {QStringLiteral("*.mp4")});
+    StartWith({"a.mp4"}, 0, {"*.mp4"}, filter);
     Write({"b.mp4", "c.txt", "x.mp4"});
 
     watcher->OnDirectoryChanged(folder.Path());
@@ -582,7 +585,7 @@ TEST_F(DirectoryWatcherFolderNoticeTest, KeepsToTheFiltersAndThePredicate)
 TEST_F(DirectoryWatcherFolderNoticeTest, AsksThePredicateAboutUnknownFilesOnly)
 {
     Texts asked;
-    StartWith({"a.txt", "c.txt"}, 0, [&](const QFileInfo& info) {
+    StartWith({"a.txt", "c.txt"}, 0, {}, [&](const QFileInfo& info) {
         asked.push_back(info.fileName().toStdString());
         return true;
     });
@@ -597,7 +600,7 @@ TEST_F(DirectoryWatcherFolderNoticeTest, AsksThePredicateAboutUnknownFilesOnly)
 TEST_F(DirectoryWatcherFolderNoticeTest, ReportsAFileThatThePredicateTakesLater)
 {
     bool answer = false;
-    StartWith({"a.txt"}, 0, [&](const QFileInfo&) { return answer; });
+    StartWith({"a.txt"}, 0, {}, [&](const QFileInfo&) { return answer; });
     answer = true;
 
     watcher->OnDirectoryChanged(folder.Path());
@@ -608,7 +611,7 @@ TEST_F(DirectoryWatcherFolderNoticeTest, ReportsAFileThatThePredicateTakesLater)
 TEST_F(DirectoryWatcherFolderNoticeTest, LeavesAKnownFileThatThePredicateWouldNoLongerTake)
 {
     bool answer = true;
-    StartWith({"a.txt", "b.txt"}, 0, [&](const QFileInfo&) { return answer; });
+    StartWith({"a.txt", "b.txt"}, 0, {}, [&](const QFileInfo&) { return answer; });
     answer = false;
 
     watcher->OnDirectoryChanged(folder.Path());
@@ -657,7 +660,7 @@ TEST_F(DirectoryWatcherFolderNoticeTest, RegistersTheFilesThatComeAfterThose)
 
 TEST_F(DirectoryWatcherFolderNoticeTest, KeepsToThePredicateForAnEmptySnapshotToo)
 {
-    StartWith({}, 0, [](const QFileInfo& info) { return info.baseName() == QStringLiteral("b"); });
+    StartWith({}, 0, {}, [](const QFileInfo& info) { return info.baseName() == QStringLiteral("b"); });
     Write({"a.txt", "b.txt", "c.txt"});
 
     watcher->OnDirectoryChanged(folder.Path());
@@ -725,7 +728,7 @@ TEST_F(DirectoryWatcherFolderNoticeTest, KeepsBothFilesOfOneName)
 TEST_F(DirectoryWatcherFolderNoticeTest, PassesAnExceptionOfThePredicateOnAndGoesOnWatching)
 {
     bool throws = false;
-    StartWith({"a.txt"}, 0, [&](const QFileInfo& info) {
+    StartWith({"a.txt"}, 0, {}, [&](const QFileInfo& info) {
         if (throws && info.baseName() == QStringLiteral("c"))
             throw std::runtime_error("no");
         return true;
@@ -1213,9 +1216,8 @@ TEST_F(DirectoryWatcherNoticesTest, DoNotComeForFilesThatFilledAnEmptyFolder)
 
 TEST_F(DirectoryWatcherNoticesTest, DoNotComeForFilesThatWereTurnedAway)
 {
-    StartWith({"a.txt", "b.txt", "c.mp4"}, 0,
-              [](const QFileInfo& info) { return info.baseName() != QStringLiteral("a"); },
-              {QStringLiteral("*.txt")});
+    StartWith({"a.txt", "b.txt", "c.mp4"}, 0, {"*.txt"},
+              [](const QFileInfo& info) { return !IsNamed(info, "a.txt"); });
 
     Touch("a.txt");
     Touch("c.mp4");
@@ -1390,8 +1392,7 @@ TEST_F(DirectoryWatcherFieldsTest, AreEmptyAtFirst)
 
 TEST_F(DirectoryWatcherFieldsTest, HoldTheWatchInTheirOrder)
 {
-    StartWith({"a.txt", "b.txt"}, 7, [](const QFileInfo& info) { return info.size() == 7; },
-              {QStringLiteral("*.txt")});
+    StartWith({"a.txt", "b.txt"}, 7, {"*.txt"}, [](const QFileInfo& info) { return info.size() == 7; });
 
     const ImplFields& fields = FieldsOf(*watcher);
 
@@ -1406,7 +1407,7 @@ TEST_F(DirectoryWatcherFieldsTest, HoldTheWatchInTheirOrder)
 
 TEST_F(DirectoryWatcherFieldsTest, AreEmptyAgainAfterAStopButForThePath)
 {
-    StartWith({"a.txt"}, 7, [](const QFileInfo&) { return true; }, {QStringLiteral("*.txt")});
+    StartWith({"a.txt"}, 7, {"*.txt"}, [](const QFileInfo&) { return true; });
 
     watcher->StopWatching();
     const ImplFields& fields = FieldsOf(*watcher);

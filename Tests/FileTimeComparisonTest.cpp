@@ -5,17 +5,13 @@
 #include "Tests/Support/TimeZone.h"
 #include "Tests/Support/WatcherFixture.h"
 
-#include <QFile>
-
 #include <gmock/gmock.h>
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <string>
 #include <vector>
-
-#include <fcntl.h>
-#include <sys/stat.h>
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -42,13 +38,6 @@ constexpr std::array<long long, 15> times = {0,
                                              day,
                                              -day,
                                              1'500'000'000'000};
-
-void SetTime(const QString& path, long long milliseconds)
-{
-    const long long fraction = (milliseconds % 1000 + 1000) % 1000;
-    const timespec both[2] = {{0, UTIME_OMIT}, {(milliseconds - fraction) / 1000, fraction * 1'000'000}};
-    ASSERT_EQ(::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), both, 0), 0);
-}
 
 /// What QFileInfo says of a file, as it is now.
 QDateTime TimeOf(const QString& path)
@@ -93,12 +82,12 @@ protected:
     void GiveFirstTimes() const
     {
         for (const File& file : files)
-            SetTime(file.path, file.first);
+            SetTime(file.path, std::chrono::milliseconds(file.first));
     }
     void GiveSecondTimes() const
     {
         for (const File& file : files)
-            SetTime(file.path, file.second);
+            SetTime(file.path, std::chrono::milliseconds(file.second));
     }
 
     /// The entries of those whose time is another one than before.
@@ -218,7 +207,7 @@ TEST_P(FileOfTheEpochTest, IsSeenToGoThereAndToComeBack)
     checker.CheckFolder();
 
     for (const long long time : {1'500'000'000'000LL, 0LL, 1000LL, 0LL, day, 0LL, -day, 0LL}) {
-        SetTime(path, time);
+        SetTime(path, std::chrono::milliseconds(time));
         EXPECT_THAT(Check(), ElementsAre("FileChanged 0 to 0")) << time;
         EXPECT_THAT(Check(), IsEmpty()) << time;
     }

@@ -16,13 +16,6 @@ using testing::IsEmpty;
 namespace Tests {
 namespace {
 
-using Texts = std::vector<std::string>;
-
-bool IsNamed(const QFileInfo& info, const char* name)
-{
-    return info.fileName() == QString::fromUtf8(name);
-}
-
 // The checker
 
 class PredicateInCheckerStartTest : public CheckerFixture

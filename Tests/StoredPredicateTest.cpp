@@ -42,7 +42,7 @@ protected:
     /// Lets both look for new files.
     void LookForNewFiles()
     {
-        Clear();
+        ClearLogs();
         watcher->OnDirectoryChanged(Path("root"));
         checker.CheckFolder();
     }

@@ -137,6 +137,8 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::StartsWith;
 using Tests::BothWatchersFixture;
+using Tests::Predicate;
+using Tests::Texts;
 
 class WatcherFaultsTest : public BothWatchersFixture
 {
@@ -193,7 +195,7 @@ TEST_F(WatcherFaultsTest, ARootBeyondTheLimitOfNoticesIsDeafForTheWatcherAndWhol
 
     watcher->StopWatching();
     ASSERT_TRUE(watcher->StartWatching(Path("root"), {}, {}, 0));
-    Clear();
+    ClearLogs();
     Touch("root/a");
     Remove("root/b");
     Settle();
@@ -238,7 +240,7 @@ TEST_F(WatcherFaultsTest, WhatHappensWhileTheQueueOfNoticesIsFullIsLostForTheWat
     EXPECT_THAT(CheckerSaw(), ElementsAre("FileAdded root/new", "FileChanged root/a", "FileChanged root/b",
                                           "FileChanged root/changed", "FileRemoved root/removed"));
 
-    Clear();
+    ClearLogs();
     Touch("root/changed");
     Remove("root/new");
     Settle();
@@ -282,7 +284,7 @@ TEST_P(ListingFaultsTest, AFolderThatIsRefusedKeepsItsFilesAndGivesItsNewOnesLat
     EXPECT_THAT(Files(), ElementsAre("root/a"));
 
     EndFaults();
-    Clear();
+    ClearLogs();
     Write({"root/d"});
     Settle();
 
@@ -339,7 +341,7 @@ TEST_P(ListingFaultsTest, AListingThatFailsHalfwayTakesNoKnownFileAway)
     EXPECT_THAT(Files(), ElementsAre("root/a", "root/b", "root/c"));
 
     EndFaults();
-    Clear();
+    ClearLogs();
     Write({"root/e"});
     Settle();
 
@@ -360,7 +362,7 @@ TEST_P(ListingFaultsTest, AListingThatFailsHalfwayAtTheStartIsMadeUpForLater)
     ASSERT_TRUE(watcher->StartWatching(Path("root"), NameFilters(), {}, 0));
     const Texts files = Files();
     EndFaults();
-    Clear();
+    ClearLogs();
     Write({"root/d"});
     Settle();
 
@@ -442,7 +444,7 @@ TEST_P(ListingFaultsTest, AFileThatGoesBetweenTheListingAndTheLookAtItStaysListe
     EXPECT_THAT(CheckerSaw(), ElementsAre("FileAdded root/b"));
     EXPECT_THAT(WatcherSaw(), ElementsAre("FileAdded root/b"));
 
-    Clear();
+    ClearLogs();
     Settle();
 
     EXPECT_THAT(CheckerSaw(), ElementsAre("FileRemoved root/b"));
@@ -479,7 +481,7 @@ TEST_P(ListingFaultsTest, AFileThatGoesDuringTheStartStaysListedForTheWatcherOnl
     ASSERT_TRUE(checker.StartWatching(Path("root"), NameFilters(), filter, 0));
     Write({"root/b"});
     ASSERT_TRUE(watcher->StartWatching(Path("root"), NameFilters(), filter, 0));
-    Clear();
+    ClearLogs();
     EXPECT_THAT(CheckerFiles(), ElementsAre("root/a", "root/b"));
 
     Settle();
@@ -590,7 +592,7 @@ TEST_P(ListingFaultsTest, NamesThatAreNotTextAreSeenByNeitherAndDisturbNeither)
     const QString root = QFile::decodeName(bytes.Path().c_str());
     ASSERT_TRUE(watcher->StartWatching(root, NameFilters(), {}, 1));
     ASSERT_TRUE(checker.StartWatching(root, NameFilters(), {}, 1));
-    Clear();
+    ClearLogs();
 
     bytes.Write("\xc3.txt");
     bytes.Write("b.txt");

@@ -65,13 +65,13 @@ TEST_F(WatchersSideBySideTest, OnlyTheCheckerSeesWhatHappensToAFileAfterItWasRep
     StartBoth();
     folder.Rename(QStringLiteral("new"), QStringLiteral("root/a"));
     Settle();
-    Clear();
+    ClearLogs();
 
     SetTime("root/a", QDateTime::fromMSecsSinceEpoch(1000000000000));
     Settle();
     EXPECT_THAT(WatcherSaw(), IsEmpty());
     EXPECT_THAT(CheckerSaw(), ElementsAre("FileChanged root/a"));
-    Clear();
+    ClearLogs();
 
     Remove("root/a");
     Settle();
@@ -104,13 +104,13 @@ TEST_F(WatchersSideBySideTest, OnlyTheCheckerSeesWhatHappensToFilesThatFilledAnE
     Settle();
     EXPECT_THAT(WatcherSaw(), ElementsAre("FileAdded root/a"));
     EXPECT_EQ(WatcherSaw(), CheckerSaw());
-    Clear();
+    ClearLogs();
 
     Touch("root/a");
     Settle();
     EXPECT_THAT(WatcherSaw(), IsEmpty());
     EXPECT_THAT(CheckerSaw(), ElementsAre("FileChanged root/a"));
-    Clear();
+    ClearLogs();
 
     Remove("root/a");
     Settle();
@@ -130,7 +130,7 @@ TEST_F(WatchersSideBySideTest, BothSeeTheFilesGoWhenTheRootIsDeletedAndOnlyTheCh
     EXPECT_THAT(WatcherSaw(), ElementsAre("FileRemoved root/a", "FileRemoved root/b"));
     EXPECT_EQ(WatcherSaw(), CheckerSaw());
     EXPECT_THAT(RegisteredFolders(), IsEmpty());
-    Clear();
+    ClearLogs();
 
     Write({"root/a", "root/c"});
     Settle();
@@ -146,7 +146,7 @@ TEST_F(WatchersSideBySideTest, AWatcherSeesARootThatWasMadeAgainWhenItIsStartedA
     Write({"root/b"});
     Settle();
     watcher->StopWatching();
-    Clear();
+    ClearLogs();
 
     watcher->StartWatching(Path("root"), {}, {}, 0);
     Write({"root/c"});
@@ -167,7 +167,7 @@ TEST_F(WatchersSideBySideTest, ARenamedRootIsEmptyForTheCheckerAndLostForTheWatc
     EXPECT_THAT(CheckerSaw(), ElementsAre("FileRemoved root/a", "FileRemoved root/b"));
     EXPECT_THAT(Files(), ElementsAre("root/a", "root/b"));
     EXPECT_THAT(CheckerFiles(), IsEmpty());
-    Clear();
+    ClearLogs();
 
     Write({"root/a", "root/c"});
     Settle();
@@ -250,7 +250,7 @@ TEST_F(WatchersSideBySideTest, FilesOfOneNameInDifferentFoldersAreFilesOfTheirOw
     Settle();
     EXPECT_THAT(WatcherSaw(), ElementsAre("FileChanged root/1/a"));
     EXPECT_EQ(WatcherSaw(), CheckerSaw());
-    Clear();
+    ClearLogs();
 
     Remove("root/2/a");
     Settle();
@@ -258,7 +258,7 @@ TEST_F(WatchersSideBySideTest, FilesOfOneNameInDifferentFoldersAreFilesOfTheirOw
     EXPECT_EQ(WatcherSaw(), CheckerSaw());
     EXPECT_THAT(Files(), UnorderedElementsAre("root/a", "root/1/a"));
     EXPECT_THAT(CheckerFiles(), UnorderedElementsAre("root/a", "root/1/a"));
-    Clear();
+    ClearLogs();
 
     Write({"root/2/a", "root/b"});
     Settle();
@@ -321,7 +321,7 @@ TEST_F(WatchersSideBySideTest, ALinkToAFileChangesWithItForTheChecker)
     Settle();
     EXPECT_THAT(WatcherSaw(), ElementsAre("FileChanged root/link"));
     EXPECT_EQ(WatcherSaw(), CheckerSaw());
-    Clear();
+    ClearLogs();
 
     Remove("target");
     Settle();

@@ -3,7 +3,9 @@
 #include <QFileInfo>
 #include <QList>
 #include <QString>
+#include <QStringList>
 
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -11,15 +13,37 @@ namespace Tests {
 
 using Texts = std::vector<std::string>;
 
-/// The paths of files; of those below a folder only what follows it.
-inline Texts PathsOf(const QList<QFileInfo>& files, const QString& below = QString())
+/// Name filters from literals: NameFilters{"*.mp4", "*.mov"}.
+class NameFilters
+{
+public:
+    NameFilters() = default;
+    NameFilters(std::initializer_list<const char*> patterns)
+    {
+        for (const char* pattern : patterns)
+            list.append(QString::fromUtf8(pattern));
+    }
+    NameFilters(const QStringList& patterns) : list(patterns) {}
+
+    operator const QStringList&() const { return list; }
+
+private:
+    QStringList list;
+};
+
+/// A path relative to the root above it; unchanged when it is not below the root.
+inline std::string RelativePath(const QString& path, const QString& root)
+{
+    const bool isBelow = !root.isEmpty() && path.startsWith(root + QLatin1Char('/'));
+    return (isBelow ? path.mid(root.size() + 1) : path).toStdString();
+}
+
+/// The paths of files, relative to the root where they are below it.
+inline Texts PathsOf(const QList<QFileInfo>& files, const QString& root = QString())
 {
     Texts paths;
-    for (const QFileInfo& info : files) {
-        const QString path = info.filePath();
-        const bool isBelow = !below.isEmpty() && path.startsWith(below + QLatin1Char('/'));
-        paths.push_back((isBelow ? path.mid(below.size() + 1) : path).toStdString());
-    }
+    for (const QFileInfo& info : files)
+        paths.push_back(RelativePath(info.filePath(), root));
     return paths;
 }
 
