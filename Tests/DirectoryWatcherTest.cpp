@@ -522,7 +522,7 @@ TEST_F(DirectoryWatcherFolderNoticeTest, TakesANewFileInAtItsPlaceAndRegistersIt
 
 TEST_F(DirectoryWatcherFolderNoticeTest, ReportsNewFilesInTheOrderOfTheirNames)
 {
-    if (const std::string why = Tests::WhyCaseIsLost(); !why.empty())
+    if (const std::string why = Tests::WhyCaseIsIgnored(); !why.empty())
         GTEST_SKIP() << why;
     StartWith({"m.txt"});
     Write({"z.txt", "A.txt", "sub/b.txt", "n.txt", "a.txt"});

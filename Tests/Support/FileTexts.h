@@ -13,6 +13,22 @@ namespace Tests {
 
 using Texts = std::vector<std::string>;
 
+inline Texts ToTexts(const QStringList& strings)
+{
+    Texts texts;
+    for (const QString& string : strings)
+        texts.push_back(string.toStdString());
+    return texts;
+}
+
+inline QStringList ToQStringList(const Texts& texts)
+{
+    QStringList strings;
+    for (const std::string& text : texts)
+        strings.append(QString::fromStdString(text));
+    return strings;
+}
+
 /// Name filters from literals: NameFilters{"*.mp4", "*.mov"}.
 class NameFilters
 {

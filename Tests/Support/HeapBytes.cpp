@@ -8,8 +8,8 @@
 
 #ifdef __SANITIZE_ADDRESS__
 
-// The sanitizer has put functions of its own in the place of the C library's. Its header is not installed
-// with every compiler.
+// The sanitizer replaces the C library's functions. Declared here, since not every compiler installs its
+// header.
 extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 
 std::ptrdiff_t Tests::HeapBytesInUse()
@@ -46,7 +46,7 @@ std::ptrdiff_t Tests::HeapBytesInUse()
     return bytesInUse;
 }
 
-// In the place of the C library's, for the shared libraries, too.
+// These replace the C library's functions, in the shared libraries, too.
 extern "C" {
 
 void* __libc_malloc(std::size_t size);
@@ -70,7 +70,7 @@ void* realloc(void* block, std::size_t size)
     Discount(block);
     void* const moved = __libc_realloc(block, size);
     if (!moved && size > 0)
-        Counted(block); // it is where it was
+        Counted(block); // the block is unchanged
     return Counted(moved);
 }
 
