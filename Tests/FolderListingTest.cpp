@@ -4,6 +4,7 @@
 #include "Tests/Support/CurrentFolder.h"
 #include "Tests/Support/FileTexts.h"
 #include "Tests/Support/FolderFixture.h"
+#include "Tests/Support/NextFunction.h"
 #include "Tests/Support/RandomFolder.h"
 
 #include <QDateTime>
@@ -19,7 +20,6 @@
 
 #ifdef __linux__
 #    include <dirent.h>
-#    include <dlfcn.h>
 #endif
 
 namespace {
@@ -45,7 +45,7 @@ ReaddirBehaviour& Readdir()
 // Replaces the system's function for the library. Qt's listings call readdir64() and are not affected.
 extern "C" dirent* readdir(DIR* folder)
 {
-    static const auto original = reinterpret_cast<dirent* (*)(DIR*)>(::dlsym(RTLD_NEXT, "readdir"));
+    static const auto original = Tests::NextFunction<dirent*(DIR*)>("readdir");
     if (Readdir().failsAfter == 0) {
         errno = EIO;
         return nullptr;
