@@ -34,6 +34,7 @@ using testing::IsEmpty;
 using testing::SizeIs;
 using testing::UnorderedElementsAre;
 using testing::UnorderedElementsAreArray;
+using Tests::AreSortedByName;
 using Tests::ByteFolder;
 using Tests::CurrentFolder;
 using Tests::DeepFolder;
@@ -457,9 +458,7 @@ protected:
 
         EXPECT_THAT(PathsOf(scanned), ElementsAreArray(PathsOf(expected)));
         EXPECT_THAT(PathsOf(sorted), UnorderedElementsAreArray(PathsOf(expected)));
-        EXPECT_TRUE(std::is_sorted(sorted.begin(), sorted.end(), [](const QFileInfo& a, const QFileInfo& b) {
-            return a.fileName() < b.fileName();
-        }));
+        EXPECT_TRUE(AreSortedByName(sorted));
     }
 };
 

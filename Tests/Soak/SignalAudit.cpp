@@ -1,6 +1,7 @@
 #include "Tests/Soak/SignalAudit.h"
 
 #include "Lib/Util/FS/IDirectoryWatcher.h"
+#include "Tests/Support/FileTexts.h"
 
 #include <algorithm>
 #include <utility>
@@ -32,10 +33,7 @@ void SignalAudit::ReadList()
 std::set<std::string> SignalAudit::ListedPaths()
 {
     const QList<QFileInfo> infos = watcher.GetFileInfoList();
-    const auto hasLessName = [](const QFileInfo& a, const QFileInfo& b) {
-        return a.fileName() < b.fileName();
-    };
-    if (!std::is_sorted(infos.begin(), infos.end(), hasLessName))
+    if (!Tests::AreSortedByName(infos))
         SetError("is unsorted in", watcher.GetWatchedDirPath().toStdString());
     std::set<std::string> paths;
     for (const QFileInfo& info : infos) {

@@ -5,6 +5,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <algorithm>
 #include <initializer_list>
 #include <string>
 #include <vector>
@@ -61,6 +62,12 @@ inline Texts PathsOf(const QList<QFileInfo>& files, const QString& root = QStrin
     for (const QFileInfo& info : files)
         paths.push_back(RelativePath(info.filePath(), root));
     return paths;
+}
+
+inline bool AreSortedByName(const QList<QFileInfo>& files)
+{
+    return std::is_sorted(files.begin(), files.end(),
+                          [](const QFileInfo& a, const QFileInfo& b) { return a.fileName() < b.fileName(); });
 }
 
 inline Texts NamesOf(const QList<QFileInfo>& files)

@@ -146,10 +146,7 @@ void WatcherRun::CheckList()
         if (file != known.end() && file->second != info.lastModified().toMSecsSinceEpoch())
             Fail("is listed with another time: " + listed.back());
     }
-    const auto hasLessName = [](const QFileInfo& a, const QFileInfo& b) {
-        return a.fileName() < b.fileName();
-    };
-    if (!std::is_sorted(infos.begin(), infos.end(), hasLessName))
+    if (!AreSortedByName(infos))
         Fail("the list is not sorted");
 
     std::sort(listed.begin(), listed.end());
