@@ -2,8 +2,9 @@
 
 #include "Tests/Support/Require.h"
 
+#include <QFile>
+
 #include <cerrno>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
@@ -14,33 +15,10 @@
 namespace fs = std::filesystem;
 
 namespace Tests {
-namespace {
 
-/// Gives the owner access to every folder: only root can delete files in a folder without permissions.
-void AllowAccess(const fs::path& folder)
+ByteFolder::ByteFolder() : root(QFile::encodeName(folder.Path()).toStdString())
 {
-    std::error_code ignored;
-    fs::permissions(folder, fs::perms::owner_all, ignored);
-    for (fs::directory_iterator entry(folder, ignored), end; entry != end; entry.increment(ignored))
-        if (entry->symlink_status(ignored).type() == fs::file_type::directory)
-            AllowAccess(entry->path());
-}
-
-} // namespace
-
-ByteFolder::ByteFolder()
-{
-    std::string name = fs::canonical(fs::temp_directory_path()) / "ByteFolder-XXXXXX";
-    Require(::mkdtemp(name.data()) != nullptr, "make " + name);
-    root = name;
     SetMode(".", 0755);
-}
-
-ByteFolder::~ByteFolder()
-{
-    AllowAccess(root);
-    std::error_code ignored;
-    fs::remove_all(root, ignored);
 }
 
 bool ByteFolder::CanStore(const std::string& name) const

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Tests/Support/TempFolder.h"
+
 #include <string>
 #include <vector>
 
@@ -16,9 +18,6 @@ class ByteFolder
 {
 public:
     ByteFolder();
-    ~ByteFolder();
-    ByteFolder(const ByteFolder&) = delete;
-    ByteFolder& operator=(const ByteFolder&) = delete;
 
     /// The folder's absolute path with no links in it.
     std::string Path() const { return root; }
@@ -39,6 +38,7 @@ public:
     std::vector<std::string> Tree() const;
 
 private:
+    TempFolder folder;
     std::string root;
 };
 
