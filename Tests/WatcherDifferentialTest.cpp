@@ -28,7 +28,7 @@ protected:
         EXPECT_TRUE(difference.empty()) << Runs().ReplayHint(GetParam()) << '\n' << difference;
         RecordProperty("operations", run.OperationCount());
         RecordProperty("steps", run.StepCount());
-        RecordProperty("signalsAndQuestions", run.EntryCount());
+        RecordProperty("signalsAndPredicateCalls", run.EntryCount());
     }
 };
 

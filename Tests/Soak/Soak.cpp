@@ -227,7 +227,7 @@ private:
         }
         const std::set<std::string> present(scanned.begin(), scanned.end());
         for (const auto& [path, time] : times) {
-            // A known file stays known when a pipe takes its place between two passes.
+            // A known file stays listed when a pipe replaces it between two passes.
             if (present.count(path) == 0 && !std::filesystem::is_fifo(path))
                 return "the checker knows a file that is gone: " + path;
         }

@@ -16,7 +16,7 @@ namespace Tests {
 
 /// Calls a DirectoryChecker after each turn of file operations and compares what it does with the model.
 ///
-/// The process's current folder is the playground meanwhile.
+/// During the run the process's current folder is the playground.
 class CheckerRun final : public RandomRun
 {
 public:

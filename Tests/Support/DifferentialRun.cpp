@@ -157,7 +157,7 @@ void DifferentialRun::NotifyOfEveryFile()
     }
 }
 
-/// The predicate logs each question, and what the watcher shows meanwhile.
+/// The predicate logs each of its calls, with what the watcher shows during the call.
 ComparedWatcher::Predicate DifferentialRun::MakePredicate(unsigned int predicate,
                                                           const ComparedWatcher& watcher, Entries& log) const
 {
@@ -214,7 +214,7 @@ void DifferentialRun::DoBoth(const std::string& step, Act act)
 void DifferentialRun::Compare()
 {
     entriesSeen += static_cast<int>(libraryLog.size());
-    Compare("signals and questions", libraryLog, referenceLog);
+    Compare("signals and predicate calls", libraryLog, referenceLog);
     Compare("list", DescribedEntries(library->Files()), DescribedEntries(reference->Files()));
     Compare("folder", {library->DirPath().toStdString()}, {reference->DirPath().toStdString()});
     Compare("registered files", ToTexts(library->RegisteredFiles()), ToTexts(reference->RegisteredFiles()));

@@ -13,14 +13,14 @@
 namespace Tests {
 
 /// Calls two watchers after each turn of file operations, the library's and one that follows the rules
-/// literally, and compares their signals, questions and lists. It calls their handlers itself and waits for
-/// no notice.
+/// literally, and compares their signals, predicate calls and lists. It calls their handlers itself and does
+/// not wait for notices.
 ///
 /// The rules leave two things open. Files of one name come in the order in which the library lists them. When
-/// a path leads to another file than before, what a QFileInfo remembers of it may count or not: the run then
-/// creates both watchers anew.
+/// a path leads to another file than before, a QFileInfo may or may not use what it remembers of the earlier
+/// one: the run then creates new watchers.
 ///
-/// The process's current folder is the playground meanwhile, and its time zone is chosen.
+/// During the run the process's current folder is the playground, and its time zone is one of several.
 class DifferentialRun final : public RandomRun
 {
 public:

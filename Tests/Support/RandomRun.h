@@ -16,7 +16,7 @@ public:
     RandomRun(const RandomRun&) = delete;
     RandomRun& operator=(const RandomRun&) = delete;
 
-    /// Runs until so many file operations are done, the choices are used up, or something is wrong.
+    /// Runs until this many file operations are done, the choices are used up, or something is wrong.
     ///
     /// @return what is wrong and the steps that led to it; empty when nothing is
     std::string Play(Choices& choices, int operationCount);

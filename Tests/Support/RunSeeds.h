@@ -8,7 +8,7 @@
 namespace Tests {
 
 /// The seeds of a test's random runs and the length of each run. The environment may ask for others:
-/// <prefix>_SEED for this seed alone, <prefix>_SEEDS for so many seeds, <prefix>_OPERATIONS for so many
+/// <prefix>_SEED for this seed alone, <prefix>_SEEDS for this many seeds, <prefix>_OPERATIONS for this many
 /// operations in each run.
 class RunSeeds
 {
