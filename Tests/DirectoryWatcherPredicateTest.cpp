@@ -78,11 +78,11 @@ TEST_F(PredicateInWatcherStartTest, SeesTheNewPath)
     EXPECT_THAT(seen, ElementsAre(folder.Path(), folder.Path(), folder.Path(), folder.Path()));
 }
 
-/// Throws once it has been copied so many times.
-struct UncopyablePredicate
+/// A predicate whose copies can be copied only this often.
+struct RarelyCopyablePredicate
 {
-    UncopyablePredicate(const int& copiesThatWork) : left(copiesThatWork) {}
-    UncopyablePredicate(const UncopyablePredicate& other) : left(other.left - 1)
+    explicit RarelyCopyablePredicate(int copiesThatWork) : left(copiesThatWork) {}
+    RarelyCopyablePredicate(const RarelyCopyablePredicate& other) : left(other.left - 1)
     {
         if (left < 0)
             throw std::runtime_error("no");
@@ -94,7 +94,7 @@ struct UncopyablePredicate
 TEST_F(PredicateInWatcherStartTest, MayThrowWhenItIsCopiedInsideASlot)
 {
     ASSERT_TRUE(StartAsking({}));
-    const Predicate predicate = UncopyablePredicate(1);
+    const Predicate predicate = RarelyCopyablePredicate(1);
     Write({"e"});
     int refused = 0;
     QObject::connect(watcher.get(), &IDirectoryWatcher::FileAdded, [&] {
@@ -255,7 +255,7 @@ TEST_F(MisbehavingPredicateTest, MayThrowInAStartInsideASlot)
 TEST_F(MisbehavingPredicateTest, MayRemoveTheFileThatItAccepts)
 {
     EXPECT_TRUE(StartAsking([&](const QFileInfo& info) {
-        Remove(info.fileName().toUtf8().constData());
+        Remove(info.fileName());
         return true;
     }));
 

@@ -61,7 +61,7 @@ class FileTimeComparisonTest : public CheckerFixture, public testing::WithParamI
 protected:
     struct File
     {
-        QString path;
+        std::string path;
         long long first;
         long long second;
     };
@@ -71,9 +71,9 @@ protected:
     {
         for (const long long first : times) {
             for (const long long second : times) {
-                const QString name =
-                    QString::number(first) + QStringLiteral(" to ") + QString::number(second);
-                files.push_back({folder.Write(name), first, second});
+                const std::string name = std::to_string(first) + " to " + std::to_string(second);
+                Write(name);
+                files.push_back({name, first, second});
             }
         }
         GiveFirstTimes();
@@ -201,7 +201,7 @@ using FileOfTheEpochTest = FileTimeComparisonTest;
 
 TEST_P(FileOfTheEpochTest, IsReportedWhenItGetsThatTimeAndWhenItLosesIt)
 {
-    const QString path = Path("0 to 0");
+    const PathText path = "0 to 0";
     Start();
     checker.CheckFolder();
 

@@ -2,11 +2,11 @@
 
 #include "Lib/Util/FS/DirectoryChecker.h"
 #include "Lib/Util/FS/DirectoryWatcher.h"
+#include "Tests/Support/FolderFixture.h"
 #include "Tests/Support/LogCapture.h"
 #include "Tests/Support/QtVersion.h"
 #include "Tests/Support/SignalLog.h"
 #include "Tests/Support/Surroundings.h"
-#include "Tests/Support/TempFolder.h"
 
 #include <QMetaMethod>
 #include <QMetaObject>
@@ -16,27 +16,22 @@
 
 #include <cstdint>
 #include <cstring>
-#include <functional>
 #include <memory>
 #include <ostream>
 #include <string>
 #include <type_traits>
 
-namespace {
-
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
-using Tests::LogCapture;
-using Tests::SignalLog;
-using Tests::TempFolder;
 using Zendra::LW::DirectoryChecker;
 using Zendra::LW::DirectoryWatcher;
 using Zendra::LW::IDirectoryWatcher;
 
-using Predicate = std::function<bool(const QFileInfo&)>;
+namespace Tests {
+namespace {
 
-// The interface as callers compile against it.
+// The interface that other code compiles against.
 static_assert(std::is_convertible_v<IDirectoryWatcher*, QObject*>);
 static_assert(std::is_abstract_v<IDirectoryWatcher>);
 static_assert(std::has_virtual_destructor_v<IDirectoryWatcher>);
@@ -68,11 +63,18 @@ constexpr bool
 static_assert(!hasHandlers<IDirectoryWatcher>, "each implementation has handlers of its own");
 
 template <typename Watcher>
-constexpr bool
-    isImplementation = std::is_convertible_v<Watcher*, IDirectoryWatcher*>&&
-                           std::is_default_constructible_v<Watcher> && !std::is_constructible_v<Watcher, QObject*> && !std::is_copy_constructible_v<Watcher> && std::is_same_v<decltype(&Watcher::OnDirectoryChanged), void (Watcher::*)(const QString&)> && std::is_same_v<decltype(&Watcher::OnFileChanged), void (Watcher::*)(const QString&)>;
-static_assert(isImplementation<DirectoryWatcher>);
-static_assert(isImplementation<DirectoryChecker>);
+constexpr bool IsImplementation()
+{
+    static_assert(std::is_convertible_v<Watcher*, IDirectoryWatcher*>);
+    static_assert(std::is_default_constructible_v<Watcher>);
+    static_assert(!std::is_constructible_v<Watcher, QObject*>);
+    static_assert(!std::is_copy_constructible_v<Watcher>);
+    static_assert(std::is_same_v<decltype(&Watcher::OnDirectoryChanged), void (Watcher::*)(const QString&)>);
+    static_assert(std::is_same_v<decltype(&Watcher::OnFileChanged), void (Watcher::*)(const QString&)>);
+    return true;
+}
+static_assert(IsImplementation<DirectoryWatcher>());
+static_assert(IsImplementation<DirectoryChecker>());
 static_assert(std::is_same_v<decltype(&DirectoryChecker::CheckFolder), void (DirectoryChecker::*)()>);
 
 struct SignalRow
@@ -132,7 +134,7 @@ TEST(WatcherMetaObjectTest, HasTheBuiltInTypeForThePath)
     EXPECT_EQ(metaObject.method(metaObject.methodOffset() + 5).parameterType(0), QMetaType::QString);
 }
 
-/// What a class adds to the meta-object of the one that it derives from.
+/// What a class adds to the meta-object of its base class.
 struct OwnMembers
 {
     int methods;
@@ -178,6 +180,7 @@ TEST(WatcherMetaObjectTest, OfTheWatcherAddsNothingToTheInterface)
 
     EXPECT_STREQ(metaObject.className(), "Zendra::LW::DirectoryWatcher");
     EXPECT_EQ(metaObject.superClass(), &IDirectoryWatcher::staticMetaObject);
+    EXPECT_EQ(DirectoryWatcher().metaObject(), &metaObject);
     EXPECT_EQ(OwnMembersOf(metaObject), (OwnMembers{0, 0, 0, 0, 0}));
 }
 
@@ -187,11 +190,12 @@ TEST(WatcherMetaObjectTest, OfTheCheckerAddsNothingToTheInterface)
 
     EXPECT_STREQ(metaObject.className(), "Zendra::LW::DirectoryChecker");
     EXPECT_EQ(metaObject.superClass(), &IDirectoryWatcher::staticMetaObject);
+    EXPECT_EQ(DirectoryChecker().metaObject(), &metaObject);
     EXPECT_EQ(OwnMembersOf(metaObject), (OwnMembers{0, 0, 0, 0, 0}));
 }
 
-/// How a pointer to a member function is laid out by the C++ ABI of Linux and macOS: for a virtual function
-/// the offset of its slot in the table, with a mark that tells it from an address.
+/// The layout of a pointer to a member function in the C++ ABI of Linux and macOS. For a virtual function it
+/// has the offset of its slot in the table, and a mark that distinguishes the offset from an address.
 struct MemberPointer
 {
 #ifdef __aarch64__
@@ -257,22 +261,15 @@ TEST(WatcherHandlersTest, AreNotVirtual)
     EXPECT_FALSE(MemberPointer(&DirectoryChecker::CheckFolder).IsVirtual());
 }
 
-/// What every watcher promises, through the interface.
+/// What the interface promises, for both implementations.
 template <typename Watcher>
-class EveryWatcherTest : public testing::Test
+class EveryWatcherTest : public FolderFixture
 {
 protected:
     bool Start() { return watcher->StartWatching(folder.Path(), {}, {}, 0); }
 
-    QStringList Names() const
-    {
-        QStringList names;
-        for (const QFileInfo& info : watcher->GetFileInfoList())
-            names.append(info.fileName());
-        return names;
-    }
+    Texts FileNames() const { return NamesOf(watcher->GetFileInfoList()); }
 
-    TempFolder folder;
     std::unique_ptr<IDirectoryWatcher> watcher = std::make_unique<Watcher>();
     SignalLog signalLog{*watcher, folder.Path()};
 };
@@ -297,20 +294,19 @@ TYPED_TEST(EveryWatcherTest, CanBeCastToItsClass)
 
 TYPED_TEST(EveryWatcherTest, HasTheFilesInTheOrderOfTheirNames)
 {
-    if (const std::string why = Tests::WhyCaseIsIgnored(); !why.empty())
+    if (const std::string why = WhyCaseIsIgnored(); !why.empty())
         GTEST_SKIP() << why;
-    for (const char* name : {"b.txt", "A.txt", "a.txt", "C.txt"})
-        this->folder.Write(QString::fromLatin1(name));
+    this->Write({"b.txt", "A.txt", "a.txt", "C.txt"});
 
     EXPECT_TRUE(this->Start());
 
     EXPECT_EQ(this->watcher->GetWatchedDirPath(), this->folder.Path());
-    EXPECT_EQ(this->Names().join(QLatin1Char(' ')), QStringLiteral("A.txt C.txt a.txt b.txt"));
+    EXPECT_THAT(this->FileNames(), ElementsAre("A.txt", "C.txt", "a.txt", "b.txt"));
 }
 
 TYPED_TEST(EveryWatcherTest, HasItsSnapshotBeforeItEmitsWatchingStarted)
 {
-    this->folder.Write(QStringLiteral("a.txt"));
+    this->Write("a.txt");
     QList<QFileInfo>::size_type filesAtStart = -1;
     QObject::connect(this->watcher.get(), &IDirectoryWatcher::WatchingStarted,
                      [&] { filesAtStart = this->watcher->GetFileInfoList().size(); });
@@ -324,33 +320,36 @@ TYPED_TEST(EveryWatcherTest, HasItsSnapshotBeforeItEmitsWatchingStarted)
 
 TYPED_TEST(EveryWatcherTest, GivesACopyOfItsSnapshot)
 {
-    this->folder.Write(QStringLiteral("a.txt"));
+    this->Write("a.txt");
     this->Start();
 
     this->watcher->GetFileInfoList().clear();
-    QList<QFileInfo> copy = this->watcher->GetFileInfoList();
-    copy.clear();
+    QList<QFileInfo> cleared = this->watcher->GetFileInfoList();
+    cleared.clear();
+    const QList<QFileInfo> copy = this->watcher->GetFileInfoList();
+    this->Write("b.txt");
+    static_cast<TypeParam&>(*this->watcher).OnDirectoryChanged(this->folder.Path());
 
-    EXPECT_THAT(this->watcher->GetFileInfoList(), SizeIs(1));
+    EXPECT_THAT(copy, SizeIs(1));
+    EXPECT_THAT(this->FileNames(), ElementsAre("a.txt", "b.txt"));
 }
 
 TYPED_TEST(EveryWatcherTest, RefusesToStartTwiceAndChangesNothing)
 {
-    this->folder.Write(QStringLiteral("a.txt"));
-    this->folder.Write(QStringLiteral("other/b.txt"));
+    this->Write({"a.txt", "other/b.txt"});
     this->Start();
     this->signalLog.Clear();
 
-    EXPECT_FALSE(this->watcher->StartWatching(this->folder.Path(QStringLiteral("other")), {}, {}, 3));
+    EXPECT_FALSE(this->watcher->StartWatching(this->Path("other"), {}, {}, 3));
 
     EXPECT_EQ(this->watcher->GetWatchedDirPath(), this->folder.Path());
-    EXPECT_EQ(this->Names(), QStringList{QStringLiteral("a.txt")});
+    EXPECT_THAT(this->FileNames(), ElementsAre("a.txt"));
     EXPECT_THAT(this->signalLog.Entries(), IsEmpty());
 }
 
 TYPED_TEST(EveryWatcherTest, StartsInAFolderThatIsMissing)
 {
-    EXPECT_TRUE(this->watcher->StartWatching(this->folder.Path(QStringLiteral("missing")), {}, {}, 0));
+    EXPECT_TRUE(this->watcher->StartWatching(this->Path("missing"), {}, {}, 0));
 
     EXPECT_THAT(this->watcher->GetFileInfoList(), IsEmpty());
     EXPECT_THAT(this->signalLog.EntriesOf("WatchingStarted"), SizeIs(1));
@@ -365,7 +364,7 @@ TYPED_TEST(EveryWatcherTest, EmitsNothingWhenItIsStoppedBeforeAnyStart)
 
 TYPED_TEST(EveryWatcherTest, StopsOnceAndClearsItsSnapshotFirst)
 {
-    this->folder.Write(QStringLiteral("a.txt"));
+    this->Write("a.txt");
     this->Start();
     this->signalLog.Clear();
     QList<QFileInfo>::size_type filesAtStop = -1;
@@ -382,20 +381,20 @@ TYPED_TEST(EveryWatcherTest, StopsOnceAndClearsItsSnapshotFirst)
 
 TYPED_TEST(EveryWatcherTest, ScansTheFolderAgainWhenItIsRestarted)
 {
-    this->folder.Write(QStringLiteral("a.txt"));
+    this->Write("a.txt");
     this->Start();
     this->watcher->StopWatching();
-    this->folder.Remove(QStringLiteral("a.txt"));
-    this->folder.Write(QStringLiteral("b.txt"));
+    this->Remove("a.txt");
+    this->Write("b.txt");
 
     EXPECT_TRUE(this->Start());
 
-    EXPECT_EQ(this->Names(), QStringList{QStringLiteral("b.txt")});
+    EXPECT_THAT(this->FileNames(), ElementsAre("b.txt"));
 }
 
 TYPED_TEST(EveryWatcherTest, EmitsNothingWhenItIsDestroyed)
 {
-    this->folder.Write(QStringLiteral("a.txt"));
+    this->Write("a.txt");
     this->Start();
     this->signalLog.Clear();
 
@@ -420,19 +419,20 @@ TYPED_TEST(EveryWatcherTest, LogsNothingButRefusals)
 
 TYPED_TEST(EveryWatcherTest, RegistersNoMetaType)
 {
-    this->folder.Write(QStringLiteral("a.txt"));
+    this->Write("a.txt");
     this->Start();
     auto& implementation = static_cast<TypeParam&>(*this->watcher);
-    this->folder.Write(QStringLiteral("b.txt"));
+    this->Write("b.txt");
     implementation.OnDirectoryChanged(this->folder.Path());
-    this->folder.Touch(QStringLiteral("b.txt"));
-    implementation.OnFileChanged(this->folder.Path(QStringLiteral("b.txt")));
-    this->folder.Remove(QStringLiteral("b.txt"));
-    implementation.OnFileChanged(this->folder.Path(QStringLiteral("b.txt")));
+    this->Touch("b.txt");
+    implementation.OnFileChanged(this->Path("b.txt"));
+    this->Remove("b.txt");
+    implementation.OnFileChanged(this->Path("b.txt"));
 
     EXPECT_THAT(this->signalLog.Infos(), SizeIs(3));
     // Asking a signal for the meta-type of its argument would register it, so no test here may do that.
-    EXPECT_FALSE(Tests::IsMetaType("QFileInfo"));
+    EXPECT_FALSE(IsMetaType("QFileInfo"));
 }
 
 } // namespace
+} // namespace Tests
