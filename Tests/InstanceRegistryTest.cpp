@@ -1,6 +1,7 @@
 #include "Lib/Interfaces/InstanceRegistry.h"
 #include "Lib/Interfaces/AutoInstanceRegistrator.h"
 #include "Tests/Support/MutexLog.h"
+#include "Tests/Support/Threads.h"
 
 #include <gmock/gmock.h>
 
@@ -423,25 +424,17 @@ TEST_F(InstanceRegistryTest, EveryOperationLocksAndUnlocksOnce)
 TEST_F(InstanceRegistryTest, SeveralThreadsRegisterFindAndUnregister)
 {
     constexpr int rounds = 200;
-    std::promise<void> start;
-    const std::shared_future<void> started = start.get_future().share();
     std::vector<Service> services(4);
-    std::vector<std::thread> threads;
 
-    for (Service& service : services) {
-        threads.emplace_back([this, started, &service] {
-            started.wait();
-            for (int round = 0; round < rounds; ++round) {
-                registry.Register<IService>(&service);
-                // There is at least this thread's own service.
-                EXPECT_NE(registry.Find<IService>(), nullptr);
-                registry.Unregister<IService>(&service);
-            }
-        });
-    }
-    start.set_value();
-    for (std::thread& thread : threads)
-        thread.join();
+    Tests::RunOnThreads(4, [&](int thread) {
+        Service& service = services[static_cast<std::size_t>(thread)];
+        for (int round = 0; round < rounds; ++round) {
+            registry.Register<IService>(&service);
+            // There is at least this thread's own service.
+            EXPECT_NE(registry.Find<IService>(), nullptr);
+            registry.Unregister<IService>(&service);
+        }
+    });
 
     EXPECT_EQ(registry.Find<IService>(), nullptr);
 }

@@ -2,6 +2,7 @@
 
 #include "Tests/Support/ByteFolder.h"
 #include "Tests/Support/CurrentFolder.h"
+#include "Tests/Support/Threads.h"
 #include "Tests/Support/Unprivileged.h"
 
 #include <boost/exception/exception.hpp>
@@ -16,7 +17,6 @@
 #include <regex>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <type_traits>
 #include <vector>
 
@@ -377,14 +377,10 @@ TEST_F(NextIndexTest, MayRunOnSeveralThreadsAtOnce)
     const std::regex pattern(R"(a(\d+))");
     std::atomic<int> right = 0;
 
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < 4; ++thread)
-        threads.emplace_back([&] {
-            for (int round = 0; round < 50; ++round)
-                right += GetNextAvaliableIndex(folder.Path(), pattern) == "18446744073709551617";
-        });
-    for (std::thread& thread : threads)
-        thread.join();
+    Tests::RunOnThreads(4, [&](int /*thread*/) {
+        for (int round = 0; round < 50; ++round)
+            right += GetNextAvaliableIndex(folder.Path(), pattern) == "18446744073709551617";
+    });
 
     EXPECT_EQ(right, 200);
 }
