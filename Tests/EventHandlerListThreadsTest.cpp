@@ -2,17 +2,16 @@
 // that the thread sanitizer reports a missing lock.
 
 #include "Core/Interfaces/EventHandlerList.h"
+#include "Tests/Support/Threads.h"
 
 #include <gmock/gmock.h>
 
 #include <algorithm>
 #include <array>
-#include <condition_variable>
-#include <functional>
-#include <mutex>
 #include <thread>
 #include <vector>
 
+using Tests::RunOnThreads;
 using Zendra::Core::EventHandlerList;
 using Zendra::Core::SyncExecutePolicy;
 
@@ -25,43 +24,8 @@ struct Observer
 
 using List = EventHandlerList<Observer, SyncExecutePolicy>;
 
-/// Makes threads wait until all of them have arrived.
-class Barrier
-{
-public:
-    explicit Barrier(int threads) : missing(threads) {}
-
-    void Wait()
-    {
-        std::unique_lock<std::mutex> lock(mutex);
-        if (--missing == 0)
-            allArrived.notify_all();
-        allArrived.wait(lock, [this] { return missing == 0; });
-    }
-
-private:
-    std::mutex mutex;
-    std::condition_variable allArrived;
-    int missing;
-};
-
 constexpr int threadCount = 4;
 constexpr int rounds = 200;
-
-/// Runs `work(index)` on every thread, all of them at the same time.
-void RunOnThreads(const std::function<void(int index)>& work)
-{
-    Barrier start(threadCount);
-    std::vector<std::thread> threads;
-    for (int index = 0; index < threadCount; ++index) {
-        threads.emplace_back([&, index] {
-            start.Wait();
-            work(index);
-        });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
-}
 
 class EventHandlerListThreadsTest : public testing::Test
 {
@@ -76,7 +40,7 @@ TEST_F(EventHandlerListThreadsTest, NoRegistrationIsLost)
 {
     std::vector<Observer> many(threadCount * rounds);
 
-    RunOnThreads([&](int index) {
+    RunOnThreads(threadCount, [&](int index) {
         for (int round = 0; round < rounds; ++round)
             list.RegisterEventHandler(&many[static_cast<std::size_t>(index * rounds + round)]);
     });
@@ -87,7 +51,7 @@ TEST_F(EventHandlerListThreadsTest, NoRegistrationIsLost)
 
 TEST_F(EventHandlerListThreadsTest, AnObserverThatAllThreadsRegisterIsCalledOnce)
 {
-    RunOnThreads([&](int) { list.RegisterEventHandler(&observers[0]); });
+    RunOnThreads(threadCount, [&](int) { list.RegisterEventHandler(&observers[0]); });
 
     list.PerformForEachEventHandler([](Observer* observer) { ++observer->calls; });
 
@@ -101,7 +65,7 @@ TEST_F(EventHandlerListThreadsTest, PassesRunOneAfterTheOther)
     bool inside = false;
     bool overlapped = false;
 
-    RunOnThreads([&](int) {
+    RunOnThreads(threadCount, [&](int) {
         for (int round = 0; round < rounds; ++round) {
             list.PerformForEachEventHandler([&](Observer* observer) {
                 overlapped = overlapped || inside;
@@ -123,7 +87,7 @@ TEST_F(EventHandlerListThreadsTest, AWholePassIsNotInterruptedByAnother)
         list.RegisterEventHandler(&observer);
     std::vector<int> passes;
 
-    RunOnThreads([&](int index) {
+    RunOnThreads(threadCount, [&](int index) {
         for (int round = 0; round < rounds; ++round)
             list.PerformForEachEventHandler([&passes, index](Observer*) { passes.push_back(index); });
     });
@@ -135,7 +99,7 @@ TEST_F(EventHandlerListThreadsTest, AWholePassIsNotInterruptedByAnother)
 
 TEST_F(EventHandlerListThreadsTest, ThreadsRegisterUnregisterAndPassAtOnce)
 {
-    RunOnThreads([&](int index) {
+    RunOnThreads(threadCount, [&](int index) {
         Observer& own = observers[static_cast<std::size_t>(index)];
         for (int round = 0; round < rounds; ++round) {
             list.RegisterEventHandler(&own);
@@ -157,7 +121,7 @@ TEST_F(EventHandlerListThreadsTest, ObserversOnAllThreadsMayCallTheListFromInsid
     list.RegisterEventHandler(&observers[0]);
     int innerCalls = 0;
 
-    RunOnThreads([&](int index) {
+    RunOnThreads(threadCount, [&](int index) {
         Observer& own = observers[static_cast<std::size_t>(index)];
         for (int round = 0; round < rounds; ++round) {
             list.PerformForEachEventHandler([&](Observer* observer) {

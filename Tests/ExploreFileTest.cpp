@@ -1,5 +1,6 @@
 #include "Util/ExploreFile.h"
 
+#include "Tests/Support/CurrentFolder.h"
 #include "Tests/Support/Desktop.h"
 #include "Tests/Support/EventLoop.h"
 #include "Tests/Support/SessionBusFixture.h"
@@ -155,16 +156,14 @@ struct PathRow
 class ExploreFilePathTest : public ExploreFileInABrowserTest, public testing::WithParamInterface<PathRow>
 {
 protected:
-    ExploreFilePathTest() : before(QDir::currentPath())
+    ExploreFilePathTest()
     {
         folder.Write("a.mp4");
         folder.Write("sub/b.mp4");
         folder.Write("sub/deep/c.mp4");
         folder.Link("sub/deep", "link");
         folder.Link("/", "root");
-        QDir::setCurrent(folder.Path());
     }
-    ~ExploreFilePathTest() override { QDir::setCurrent(before); }
 
     QByteArray ShownUri() const
     {
@@ -173,7 +172,7 @@ protected:
     }
 
 private:
-    const QString before;
+    const Tests::CurrentFolder current{folder.Path()};
 };
 
 TEST_P(ExploreFilePathTest, IsMadeAbsoluteAndCleaned)
@@ -323,14 +322,11 @@ TEST_F(ExploreFileInABrowserTest, DoesNotCutAPathAtANullCharacter)
 
 TEST_F(ExploreFileInABrowserTest, RefusesARelativePathWhenTheCurrentFolderIsGone)
 {
-    const QString before = QDir::currentPath();
-    folder.MakeFolder("gone");
-    QDir::setCurrent(folder.Path("gone"));
+    const Tests::CurrentFolder current(folder.MakeFolder("gone"));
     folder.RemoveFolder("gone");
 
     const bool shown = ExploreFile(".");
 
-    QDir::setCurrent(before);
     EXPECT_FALSE(shown);
     EXPECT_EQ(Requests(), QByteArray());
     EXPECT_TRUE(desktop.opened.isEmpty());

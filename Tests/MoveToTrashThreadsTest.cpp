@@ -2,6 +2,7 @@
 
 #include "Tests/Support/ByteFolder.h"
 #include "Tests/Support/Surroundings.h"
+#include "Tests/Support/Threads.h"
 
 #include <QByteArray>
 
@@ -11,11 +12,9 @@
 #include <atomic>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <map>
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <glib.h>
@@ -25,6 +24,7 @@
 #endif
 
 using testing::Each;
+using Tests::RunOnThreads;
 using Zendra::Core::MoveToTrash;
 
 namespace fs = std::filesystem;
@@ -60,22 +60,6 @@ protected:
         ASSERT_EQ(g_get_user_data_dir(), folder->Path("data"));
         fs::remove_all(folder->Path("data"));
         fs::remove_all(folder->Path("work"));
-    }
-
-    /// Calls `run` on all threads at once, with the number of the thread.
-    static void RunInThreads(const std::function<void(int)>& run)
-    {
-        std::atomic<int> waiting = threadCount;
-        std::vector<std::thread> threads;
-        for (int thread = 0; thread < threadCount; ++thread) {
-            threads.emplace_back([&, thread] {
-                for (--waiting; waiting > 0;)
-                    std::this_thread::yield();
-                run(thread);
-            });
-        }
-        for (std::thread& thread : threads)
-            thread.join();
     }
 
     /// The contents of the files in the trash, by their original paths. Files without an info are listed by
@@ -121,7 +105,7 @@ TEST_F(MoveToTrashThreadsTest, KeepsAllFilesWithTheSameName)
     }
     std::atomic<int> moved = 0;
 
-    RunInThreads([&](int thread) {
+    RunOnThreads(threadCount, [&](int thread) {
         for (const std::string& file : files[static_cast<size_t>(thread)])
             moved += MoveToTrash(file);
     });
@@ -142,7 +126,7 @@ TEST_F(MoveToTrashThreadsTest, OneThreadMovesAFile)
     }
     std::array<std::atomic<int>, filesOfAThread> moved = {};
 
-    RunInThreads([&](int /*thread*/) {
+    RunOnThreads(threadCount, [&](int /*thread*/) {
 #ifdef __SANITIZE_ADDRESS__
         // GIO leaks a few strings when it refuses a file.
         const __lsan::ScopedDisabler ignoreLeaks;
@@ -169,7 +153,7 @@ TEST_F(MoveToTrashThreadsTest, KeepsAllHardLinksToOneFile)
     }
     std::atomic<int> moved = 0;
 
-    RunInThreads([&](int thread) { moved += MoveToTrash(links[static_cast<size_t>(thread)]); });
+    RunOnThreads(threadCount, [&](int thread) { moved += MoveToTrash(links[static_cast<size_t>(thread)]); });
 
     EXPECT_EQ(moved, threadCount);
     EXPECT_EQ(Trashed(), expected);

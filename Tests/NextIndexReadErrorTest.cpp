@@ -62,18 +62,18 @@ TEST_F(NextIndexReadErrorTest, ThrowsWhenReadingTheFolderFailsMidway)
 {
     ASSERT_EQ(Next(), "4");
 
-    // Three entries, the folder itself and its parent: the fourth is behind at least one file.
+    // Three files, the folder itself and its parent: at least one file comes before the failure.
     readableEntries = 4;
 
     try {
         Next();
-        FAIL() << "the failure was taken for the end of the folder";
+        FAIL() << "the failure was treated as the end of the folder";
     } catch (const boost::filesystem::filesystem_error& error) {
         EXPECT_EQ(error.code().value(), EIO);
     }
 }
 
-TEST_F(NextIndexReadErrorTest, GivesTheNumberAgainOnceTheFolderCanBeRead)
+TEST_F(NextIndexReadErrorTest, ReturnsTheNumberOnceTheFolderCanBeReadAgain)
 {
     readableEntries = 4;
     ASSERT_THROW(Next(), boost::filesystem::filesystem_error);

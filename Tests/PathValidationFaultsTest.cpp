@@ -448,7 +448,7 @@ TEST_P(PathValidationDescriptorTest, ClosesItsDescriptors)
     EXPECT_EQ(OpenDescriptors(), before);
 }
 
-INSTANTIATE_TEST_SUITE_P(WhateverFails, PathValidationDescriptorTest,
+INSTANTIATE_TEST_SUITE_P(EveryFailure, PathValidationDescriptorTest,
                          testing::Values(&SystemCalls::errorOfNothing, &SystemCalls::errorOfFdopendir,
                                          &SystemCalls::errorOfListing, &SystemCalls::errorOfCreating,
                                          &SystemCalls::errorOfWriting, &SystemCalls::errorOfRemoving));

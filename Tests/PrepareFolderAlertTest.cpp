@@ -2,6 +2,7 @@
 
 #include "Lib/Util/FS/DirectoryUtils.h"
 
+#include "Tests/Support/CurrentFolder.h"
 #include "Tests/Support/LogCapture.h"
 #include "Tests/Support/TempFolder.h"
 #include "Util/AlertBox.h"
@@ -423,13 +424,10 @@ TEST_F(CreateFolderTest, DoesNotCallMkdirWhenTheFolderExists)
 TEST_F(CreateFolderTest, MakesNothingForAnEmptyPath)
 {
     script.isValid = true;
-    const QString before = QDir::currentPath();
-    ASSERT_TRUE(QDir::setCurrent(folder.Path()));
+    const Tests::CurrentFolder current(folder.Path());
 
-    const bool usable = PrepareFolder(QString(), nullptr);
-    ASSERT_TRUE(QDir::setCurrent(before));
+    EXPECT_TRUE(PrepareFolder(QString(), nullptr));
 
-    EXPECT_TRUE(usable);
     EXPECT_EQ(folder.Entries(), QStringList());
     ASSERT_EQ(script.checks.size(), 1U);
     EXPECT_TRUE(script.checks[0].path.isNull());

@@ -1,5 +1,6 @@
 #include "Lib/Util/FS/DirectoryUtils.h"
 
+#include "Tests/Support/CurrentFolder.h"
 #include "Tests/Support/TempFolder.h"
 #include "Tests/Support/Unprivileged.h"
 #include "Util/PathValidation.h"
@@ -19,6 +20,7 @@
 
 namespace {
 
+using Tests::CurrentFolder;
 using Tests::TempFolder;
 using Tests::Unprivileged;
 using Zendra::LW::CheckPathAndAnnoyUserIfInvalid;
@@ -110,13 +112,10 @@ TEST_F(PrepareFolderTest, CreatesEveryMissingParent)
 
 TEST_F(PrepareFolderTest, CreatesAFolderRelativeToTheCurrentOne)
 {
-    const QString before = QDir::currentPath();
-    ASSERT_TRUE(QDir::setCurrent(folder.Path()));
+    const CurrentFolder current(folder.Path());
 
-    const bool usable = PrepareFolder(QStringLiteral("one/two/"), nullptr);
-    ASSERT_TRUE(QDir::setCurrent(before));
+    EXPECT_TRUE(PrepareFolder(QStringLiteral("one/two/"), nullptr));
 
-    EXPECT_TRUE(usable);
     EXPECT_TRUE(QFileInfo(folder.Path("one/two")).isDir());
 }
 
@@ -132,13 +131,10 @@ TEST_F(PrepareFolderTest, AcceptsALinkToAFolder)
 
 TEST_F(PrepareFolderTest, MakesNothingForAnEmptyPath)
 {
-    const QString before = QDir::currentPath();
-    ASSERT_TRUE(QDir::setCurrent(folder.Path()));
+    const CurrentFolder current(folder.Path());
 
-    const bool usable = PrepareFolder(QString(), nullptr);
-    ASSERT_TRUE(QDir::setCurrent(before));
+    EXPECT_FALSE(PrepareFolder(QString(), nullptr));
 
-    EXPECT_FALSE(usable);
     ASSERT_EQ(user.alerts.size(), 1U);
     EXPECT_EQ(user.alerts[0].text, AlertText(QString()));
     EXPECT_EQ(folder.Entries(), QStringList());

@@ -60,7 +60,8 @@ int main(int argc, char* argv[])
     }
     Expect(registry.published == nullptr, "the file manager is unregistered");
 
-    Expect(!Zendra::LW::CheckPathAndAnnoyUserIfInvalid("/", nullptr), "the stand-in validation accepts no folder");
+    Expect(!Zendra::LW::CheckPathAndAnnoyUserIfInvalid("/", nullptr),
+           "the stand-in validation accepts no folder");
     Expect(Zendra::Util::AlertBox::shown == "a stand-in reason: /", "the stand-in alert is shown");
 
     Zendra::LW::DirectoryChecker checker;

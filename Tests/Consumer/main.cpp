@@ -1,6 +1,6 @@
-// Uses something of each of the libraries. `foreach` and plain literals for QString are intended: the definitions that
-// forbid them in the libraries must not reach the programs that use the libraries. Qt Widgets, Boost and glog are
-// linked through the libraries alone.
+// Uses something of each of the libraries. `foreach` and plain literals for QString are intended: the
+// definitions that forbid them in the libraries must not reach the programs that use the libraries. Qt
+// Widgets, Boost and glog are linked through the libraries alone.
 
 #include "Core/FileOperations.h"
 #include "Lib/Interfaces/InstanceRegistry.h"
