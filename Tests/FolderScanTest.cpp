@@ -20,7 +20,6 @@
 #include <limits>
 #include <ostream>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include <sys/stat.h>
@@ -383,7 +382,16 @@ INSTANTIATE_TEST_SUITE_P(
         FilterRow{"NoneMatches", {"*.avi"}, {}}),
     [](const auto& testInfo) { return testInfo.param.name; });
 
-using OddName = std::pair<const char*, std::string>;
+struct OddName
+{
+    const char* description;
+    std::string name;
+};
+
+std::ostream& operator<<(std::ostream& stream, const OddName& row)
+{
+    return stream << row.description;
+}
 
 class OddNameTest : public DirectoryScanTest, public testing::WithParamInterface<OddName>
 {
@@ -391,7 +399,7 @@ class OddNameTest : public DirectoryScanTest, public testing::WithParamInterface
 
 TEST_P(OddNameTest, IsFoundAsAFileAndAsAFolder)
 {
-    const std::string name = GetParam().second;
+    const std::string& name = GetParam().name;
     const std::string below = "sub/" + name + '/' + name;
     Write(name);
     Write(below);
@@ -400,17 +408,17 @@ TEST_P(OddNameTest, IsFoundAsAFileAndAsAFolder)
 }
 
 INSTANTIATE_TEST_SUITE_P(Names, OddNameTest,
-                         testing::Values(OddName("Spaces", " two  words "), OddName("LineBreak", "one\ntwo"),
-                                         OddName("Tab", "\t"), OddName("Wildcards", "*?[a]"),
-                                         OddName("Backslash", "a\\b"), OddName("Quotes", "'\"`"),
-                                         OddName("Markup", "<b>&amp;"), OddName("Umlaut", "\u00c4.txt"),
-                                         OddName("DecomposedUmlaut", "A\u0308.txt"),
-                                         OddName("Emoji", "\U0001FACF"), OddName("Percent", "%1%n"),
-                                         OddName("Colon", "a:b"), OddName("Tilde", "~"),
-                                         OddName("TwoHundredFiftyFiveBytes", std::string(255, 'x')),
-                                         OddName("TwoHundredFiftyFiveBytesOfUmlauts",
-                                                 QString(127, QChar(0xfc)).toStdString() + 'x')),
-                         [](const auto& testInfo) { return testInfo.param.first; });
+                         testing::Values(OddName{"Spaces", " two  words "}, OddName{"LineBreak", "one\ntwo"},
+                                         OddName{"Tab", "\t"}, OddName{"Wildcards", "*?[a]"},
+                                         OddName{"Backslash", "a\\b"}, OddName{"Quotes", "'\"`"},
+                                         OddName{"Markup", "<b>&amp;"}, OddName{"Umlaut", "\u00c4.txt"},
+                                         OddName{"DecomposedUmlaut", "A\u0308.txt"},
+                                         OddName{"Emoji", "\U0001FACF"}, OddName{"Percent", "%1%n"},
+                                         OddName{"Colon", "a:b"}, OddName{"Tilde", "~"},
+                                         OddName{"TwoHundredFiftyFiveBytes", std::string(255, 'x')},
+                                         OddName{"TwoHundredFiftyFiveBytesOfUmlauts",
+                                                 QString(127, QChar(0xfc)).toStdString() + 'x'}),
+                         [](const auto& testInfo) { return testInfo.param.description; });
 
 TEST(NonUtf8NameTest, IsListedAsQtListsIt)
 {
@@ -511,7 +519,16 @@ TEST_F(SortedScanTest, ComparesOnlyNames)
     EXPECT_THAT(SortedScan(1), ElementsAre("A.txt", "c/a.txt", "b/b.txt", "a/c.txt", "d.txt"));
 }
 
-using NameList = std::pair<const char*, Texts>;
+struct NameList
+{
+    const char* description;
+    Texts names;
+};
+
+std::ostream& operator<<(std::ostream& stream, const NameList& row)
+{
+    return stream << row.description;
+}
 
 class SortOrderTest : public SortedScanTest, public testing::WithParamInterface<NameList>
 {
@@ -519,9 +536,9 @@ class SortOrderTest : public SortedScanTest, public testing::WithParamInterface<
 
 TEST_P(SortOrderTest, EqualsThatOfQStrings)
 {
-    for (const std::string& name : GetParam().second)
+    for (const std::string& name : GetParam().names)
         Write(name);
-    QStringList names = ToQStringList(GetParam().second);
+    QStringList names = ToQStringList(GetParam().names);
     std::sort(names.begin(), names.end());
 
     EXPECT_THAT(SortedScan(0), ElementsAreArray(ToTexts(names)));
@@ -546,16 +563,16 @@ Texts Prefixes(const std::string& text)
 INSTANTIATE_TEST_SUITE_P(
     Names, SortOrderTest,
     testing::Values(
-        NameList("WithACommonPrefix", Numbered("Recording ", ".mp4")),
-        NameList("WithACommonSuffix", Numbered("", " - a recording.mp4")),
-        NameList("ThatArePrefixesOfEachOther", Prefixes("abcdefghijklmnop")),
-        NameList("ThatDifferLate", Texts{"abcdefgh", "abcdefgH", "abcdefg", "b"}),
-        NameList("ThatDifferInTheLastOfFourCharacters", Texts{"x123", "y124", "x124", "x12", "x1230"}),
-        NameList("BeyondTheFirstByte", Texts{"\u0100a", "\u00ffb", "a\uff5e", "a\U0001F600", "ab"}),
-        NameList("WithAllBitsOfACharacter", Texts{"\u4e00", "\u3042", "\uac00", "b\uff5e", "ca", "bb\uff5e",
-                                                  "bca", "bbb\uff5e", "bbca"}),
-        NameList("OnlyOne", Texts{"a"})),
-    [](const auto& testInfo) { return testInfo.param.first; });
+        NameList{"WithACommonPrefix", Numbered("Recording ", ".mp4")},
+        NameList{"WithACommonSuffix", Numbered("", " - a recording.mp4")},
+        NameList{"ThatArePrefixesOfEachOther", Prefixes("abcdefghijklmnop")},
+        NameList{"ThatDifferLate", Texts{"abcdefgh", "abcdefgH", "abcdefg", "b"}},
+        NameList{"ThatDifferInTheLastOfFourCharacters", Texts{"x123", "y124", "x124", "x12", "x1230"}},
+        NameList{"BeyondTheFirstByte", Texts{"\u0100a", "\u00ffb", "a\uff5e", "a\U0001F600", "ab"}},
+        NameList{"WithAllBitsOfACharacter", Texts{"\u4e00", "\u3042", "\uac00", "b\uff5e", "ca", "bb\uff5e",
+                                                  "bca", "bbb\uff5e", "bbca"}},
+        NameList{"OnlyOne", Texts{"a"}}),
+    [](const auto& testInfo) { return testInfo.param.description; });
 
 TEST_F(SortedScanTest, KeepsFilesOfOneNameTogether)
 {
