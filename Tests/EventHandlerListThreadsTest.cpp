@@ -1,5 +1,5 @@
-// The observer list in the hands of several threads. What each test leaves to the list's locks is data
-// without a lock of its own: built with -fsanitize=thread, a lock that is missing is a failure here.
+// The observer list used by several threads. Each test shares data that only the list's locks protect, so
+// that the thread sanitizer reports a missing lock.
 
 #include "Core/Interfaces/EventHandlerList.h"
 
@@ -25,7 +25,7 @@ struct Observer
 
 using List = EventHandlerList<Observer, SyncExecutePolicy>;
 
-/// Lets all threads go at once, when the last has come.
+/// Makes threads wait until all of them have arrived.
 class Barrier
 {
 public:
@@ -35,13 +35,13 @@ public:
     {
         std::unique_lock<std::mutex> lock(mutex);
         if (--missing == 0)
-            allHere.notify_all();
-        allHere.wait(lock, [this] { return missing == 0; });
+            allArrived.notify_all();
+        allArrived.wait(lock, [this] { return missing == 0; });
     }
 
 private:
     std::mutex mutex;
-    std::condition_variable allHere;
+    std::condition_variable allArrived;
     int missing;
 };
 
@@ -85,7 +85,7 @@ TEST_F(EventHandlerListThreadsTest, NoRegistrationIsLost)
     EXPECT_TRUE(std::all_of(many.begin(), many.end(), [](const Observer& each) { return each.calls == 1; }));
 }
 
-TEST_F(EventHandlerListThreadsTest, AnObserverThatAllThreadsRegisterIsThereOnce)
+TEST_F(EventHandlerListThreadsTest, AnObserverThatAllThreadsRegisterIsCalledOnce)
 {
     RunOnThreads([&](int) { list.RegisterEventHandler(&observers[0]); });
 
@@ -144,7 +144,7 @@ TEST_F(EventHandlerListThreadsTest, ThreadsRegisterUnregisterAndPassAtOnce)
         }
     });
 
-    // Each was at least in the snapshots of its own thread's passes.
+    // Each was in the snapshots of its own thread's passes, if in no others.
     for (const Observer& observer : observers)
         EXPECT_GE(observer.calls, rounds);
     int calls = 0;
@@ -152,7 +152,7 @@ TEST_F(EventHandlerListThreadsTest, ThreadsRegisterUnregisterAndPassAtOnce)
     EXPECT_EQ(calls, 0);
 }
 
-TEST_F(EventHandlerListThreadsTest, ObserversOnAllThreadsComeBackFromInsideTheirCalls)
+TEST_F(EventHandlerListThreadsTest, ObserversOnAllThreadsMayCallTheListFromInsideTheirCalls)
 {
     list.RegisterEventHandler(&observers[0]);
     int innerCalls = 0;

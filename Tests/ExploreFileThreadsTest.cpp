@@ -46,7 +46,7 @@ protected:
     Desktop desktop;
 };
 
-TEST_F(ExploreFileThreadsTest, SeveralThreadsShowTheirFilesAtOnce)
+TEST_F(ExploreFileThreadsTest, SeveralThreadsShowFilesAtOnce)
 {
     StartBrowser("answers");
     WriteFiles();
@@ -72,7 +72,7 @@ TEST_F(ExploreFileThreadsTest, SeveralThreadsFindNoBusAtOnce)
     EXPECT_TRUE(desktop.opened.isEmpty());
 }
 
-TEST_F(ExploreFileThreadsTest, TheDesktopIsAskedOnTheGuiThreadAndOnNoOther)
+TEST_F(ExploreFileThreadsTest, TheDesktopIsOnlyUsedOnTheGuiThread)
 {
     WriteFiles();
     const std::string file = FileOf(0).toStdString();

@@ -1,10 +1,9 @@
 #include "Core/FileOperations.h"
 
 #include "Tests/Support/ByteFolder.h"
+#include "Tests/Support/Surroundings.h"
 
 #include <QByteArray>
-#include <QDir>
-#include <QStorageInfo>
 
 #include <gmock/gmock.h>
 
@@ -40,15 +39,13 @@ std::string ContentOf(const fs::path& file)
     return std::string(std::istreambuf_iterator<char>(std::ifstream(file).rdbuf()), {});
 }
 
-/// The trash is the same for all tests: GLib looks at the environment once in a process.
+/// All tests use the same trash, since GLib reads the environment only once in a process.
 class MoveToTrashThreadsTest : public testing::Test
 {
 protected:
     static void SetUpTestSuite()
     {
-        // Temporary folders often lie in memory, and nothing in memory is ever trashed.
-        if (QStorageInfo(QDir::tempPath()).fileSystemType() == "tmpfs")
-            qputenv("TMPDIR", "/var/tmp");
+        Tests::PreferATemporaryFolderWithATrash();
         folder = std::make_unique<Tests::ByteFolder>();
         qputenv("HOME", QByteArray::fromStdString(folder->Path()));
         qputenv("XDG_DATA_HOME", QByteArray::fromStdString(folder->Path("data")));
@@ -58,14 +55,14 @@ protected:
 
     void SetUp() override
     {
-        if (QStorageInfo(QString::fromStdString(folder->Path())).fileSystemType() == "tmpfs")
-            GTEST_SKIP() << "both the temporary folder and /var/tmp lie in memory";
+        if (const std::string why = Tests::WhyNothingIsTrashed(); !why.empty())
+            GTEST_SKIP() << why;
         ASSERT_EQ(g_get_user_data_dir(), folder->Path("data"));
         fs::remove_all(folder->Path("data"));
         fs::remove_all(folder->Path("work"));
     }
 
-    /// Runs it in all threads at once, with the number of the thread.
+    /// Calls `run` on all threads at once, with the number of the thread.
     static void RunInThreads(const std::function<void(int)>& run)
     {
         std::atomic<int> waiting = threadCount;
@@ -81,8 +78,8 @@ protected:
             thread.join();
     }
 
-    /// The contents of the files in the trash, by the paths that they are restored to. The files without a
-    /// note of that are listed under their names.
+    /// The contents of the files in the trash, by their original paths. Files without an info are listed by
+    /// their names.
     static std::map<std::string, std::string> Trashed()
     {
         std::map<std::string, std::string> trashed;
@@ -91,7 +88,7 @@ protected:
             const std::string name = file.path().filename();
             const std::string info = ContentOf(trash / "info" / (name + ".trashinfo"));
             const size_t start = info.find("\nPath=");
-            // Encoded as in a URI.
+            // Percent-encoded.
             const std::string rest = start == std::string::npos ? std::string() : info.substr(start + 6);
             const std::string path =
                 QByteArray::fromPercentEncoding(QByteArray::fromStdString(rest.substr(0, rest.find('\n'))))
@@ -112,7 +109,7 @@ protected:
 
 std::unique_ptr<Tests::ByteFolder> MoveToTrashThreadsTest::folder;
 
-TEST_F(MoveToTrashThreadsTest, FilesOfOneNameAreAllKept)
+TEST_F(MoveToTrashThreadsTest, KeepsAllFilesWithTheSameName)
 {
     std::array<std::vector<std::string>, threadCount> files;
     std::map<std::string, std::string> expected;
@@ -134,7 +131,7 @@ TEST_F(MoveToTrashThreadsTest, FilesOfOneNameAreAllKept)
     EXPECT_EQ(InfoCount(), expected.size());
 }
 
-TEST_F(MoveToTrashThreadsTest, AFileIsMovedByOneOfThem)
+TEST_F(MoveToTrashThreadsTest, OneThreadMovesAFile)
 {
     std::vector<std::string> files;
     std::map<std::string, std::string> expected;
@@ -147,8 +144,8 @@ TEST_F(MoveToTrashThreadsTest, AFileIsMovedByOneOfThem)
 
     RunInThreads([&](int /*thread*/) {
 #ifdef __SANITIZE_ADDRESS__
-        // GIO forgets a string or two when it refuses a file.
-        const __lsan::ScopedDisabler passOverItsLeaks;
+        // GIO leaks a few strings when it refuses a file.
+        const __lsan::ScopedDisabler ignoreLeaks;
 #endif
         for (size_t file = 0; file < files.size(); ++file)
             moved[file] += MoveToTrash(files[file]);
@@ -159,7 +156,7 @@ TEST_F(MoveToTrashThreadsTest, AFileIsMovedByOneOfThem)
     EXPECT_EQ(InfoCount(), expected.size());
 }
 
-TEST_F(MoveToTrashThreadsTest, HardLinksToOneFileAreAllKept)
+TEST_F(MoveToTrashThreadsTest, KeepsAllHardLinksToOneFile)
 {
     const std::string original = folder->Write("work/original", "one file");
     std::array<std::string, threadCount> links;

@@ -282,23 +282,17 @@ TEST(NextIndexTest, CountsEveryKindOfEntry)
 {
     const auto nextAfter = [](void (*add)(const TempFolder&)) {
         const TempFolder folder;
-        folder.Write(QStringLiteral("a1"));
+        folder.Write("a1");
         add(folder);
         return GetNextAvaliableIndex(Native(folder.Path()), std::regex(R"(a(\d+))"));
     };
 
-    EXPECT_EQ(nextAfter([](const TempFolder& folder) { folder.MakeFolder(QStringLiteral("a5")); }), "6");
-    EXPECT_EQ(nextAfter([](const TempFolder& folder) { folder.Link(folder.Path(), QStringLiteral("a6")); }),
-              "7");
+    EXPECT_EQ(nextAfter([](const TempFolder& folder) { folder.MakeFolder("a5"); }), "6");
+    EXPECT_EQ(nextAfter([](const TempFolder& folder) { folder.Link(folder.Path(), "a6"); }), "7");
+    EXPECT_EQ(nextAfter([](const TempFolder& folder) { folder.Link("none", "a7"); }), "8");
+    EXPECT_EQ(nextAfter([](const TempFolder& folder) { folder.Link("a8", "a8"); }), "9");
     EXPECT_EQ(nextAfter([](const TempFolder& folder) {
-                  folder.Link(QStringLiteral("none"), QStringLiteral("a7"));
-              }),
-              "8");
-    EXPECT_EQ(
-        nextAfter([](const TempFolder& folder) { folder.Link(QStringLiteral("a8"), QStringLiteral("a8")); }),
-        "9");
-    EXPECT_EQ(nextAfter([](const TempFolder& folder) {
-                  ASSERT_EQ(::mkfifo(Native(folder.Path(QStringLiteral("a9"))).c_str(), 0600), 0);
+                  ASSERT_EQ(::mkfifo(Native(folder.Path("a9")).c_str(), 0600), 0);
               }),
               "10");
 }
@@ -306,8 +300,8 @@ TEST(NextIndexTest, CountsEveryKindOfEntry)
 TEST(NextIndexTest, DoesNotEnterSubfolders)
 {
     const TempFolder folder;
-    folder.Write(QStringLiteral("sub/a5"));
-    folder.Write(QStringLiteral("a2/a7"));
+    folder.Write("sub/a5");
+    folder.Write("a2/a7");
 
     EXPECT_EQ(GetNextAvaliableIndex(Native(folder.Path()), std::regex(R"(a(\d+))")), "3");
 }
@@ -315,8 +309,8 @@ TEST(NextIndexTest, DoesNotEnterSubfolders)
 TEST(NextIndexTest, TakesNoNumberFromTheFolderItself)
 {
     const TempFolder folder;
-    const std::string path = Native(folder.MakeFolder(QStringLiteral("a99")));
-    folder.Write(QStringLiteral("a99/b"));
+    const std::string path = Native(folder.MakeFolder("a99"));
+    folder.Write("a99/b");
 
     EXPECT_EQ(GetNextAvaliableIndex(path, std::regex(R"(a(\d+)|.*a(\d+).*)")), "1");
 }
@@ -324,8 +318,8 @@ TEST(NextIndexTest, TakesNoNumberFromTheFolderItself)
 TEST(NextIndexTest, TakesTheFolderInEverySpelling)
 {
     const TempFolder folder;
-    folder.Write(QStringLiteral("sub/a4"));
-    folder.Link(QStringLiteral("sub"), QStringLiteral("link"));
+    folder.Write("sub/a4");
+    folder.Link("sub", "link");
     const std::regex pattern(R"(a(\d+))");
     const std::string path = Native(folder.Path());
 
@@ -339,7 +333,7 @@ TEST(NextIndexTest, TakesTheFolderInEverySpelling)
 TEST(NextIndexTest, TakesARelativeFolderFromTheCurrentOne)
 {
     const TempFolder folder;
-    folder.Write(QStringLiteral("sub/a4"));
+    folder.Write("sub/a4");
     const QString before = QDir::currentPath();
     ASSERT_TRUE(QDir::setCurrent(folder.Path()));
 
@@ -437,7 +431,7 @@ TEST(NextIndexTest, ThrowsForAFolderThatIsMissing)
 {
     const TempFolder folder;
 
-    EXPECT_THROW(GetNextAvaliableIndex(Native(folder.Path(QStringLiteral("none"))), std::regex("a")),
+    EXPECT_THROW(GetNextAvaliableIndex(Native(folder.Path("none")), std::regex("a")),
                  boost::filesystem::filesystem_error);
     EXPECT_THROW(GetNextAvaliableIndex("", std::regex("a")), boost::filesystem::filesystem_error);
 }
@@ -445,7 +439,7 @@ TEST(NextIndexTest, ThrowsForAFolderThatIsMissing)
 TEST(NextIndexTest, ThrowsForAFile)
 {
     const TempFolder folder;
-    const std::string file = Native(folder.Write(QStringLiteral("file")));
+    const std::string file = Native(folder.Write("file"));
 
     EXPECT_THROW(GetNextAvaliableIndex(file, std::regex("a")), boost::filesystem::filesystem_error);
 }
@@ -493,10 +487,10 @@ TEST_P(LongOctalTest, IsReadAsItStandsThere)
 TEST(NextIndexTest, ThrowsForAFolderThatMayNotBeRead)
 {
     const TempFolder folder;
-    folder.Write(QStringLiteral("closed/a1"));
+    folder.Write("closed/a1");
     folder.SetPermissions(QString(), 0755);
-    folder.SetPermissions(QStringLiteral("closed"), 0311);
-    const std::string path = Native(folder.Path(QStringLiteral("closed")));
+    folder.SetPermissions("closed", 0311);
+    const std::string path = Native(folder.Path("closed"));
 
     const Unprivileged user;
     EXPECT_THROW(GetNextAvaliableIndex(path, std::regex(R"(a(\d+))")), boost::filesystem::filesystem_error);

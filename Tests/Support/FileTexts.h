@@ -5,6 +5,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <algorithm>
 #include <initializer_list>
 #include <string>
 #include <vector>
@@ -12,6 +13,22 @@
 namespace Tests {
 
 using Texts = std::vector<std::string>;
+
+inline Texts ToTexts(const QStringList& strings)
+{
+    Texts texts;
+    for (const QString& string : strings)
+        texts.push_back(string.toStdString());
+    return texts;
+}
+
+inline QStringList ToQStringList(const Texts& texts)
+{
+    QStringList strings;
+    for (const std::string& text : texts)
+        strings.append(QString::fromStdString(text));
+    return strings;
+}
 
 /// Name filters from literals: NameFilters{"*.mp4", "*.mov"}.
 class NameFilters
@@ -45,6 +62,12 @@ inline Texts PathsOf(const QList<QFileInfo>& files, const QString& root = QStrin
     for (const QFileInfo& info : files)
         paths.push_back(RelativePath(info.filePath(), root));
     return paths;
+}
+
+inline bool AreSortedByName(const QList<QFileInfo>& files)
+{
+    return std::is_sorted(files.begin(), files.end(),
+                          [](const QFileInfo& a, const QFileInfo& b) { return a.fileName() < b.fileName(); });
 }
 
 inline Texts NamesOf(const QList<QFileInfo>& files)
