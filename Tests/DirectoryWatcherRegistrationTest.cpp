@@ -3,6 +3,7 @@
 #include "Lib/Util/FS/DirectoryWatcher.h"
 
 #include "Tests/Support/LogCapture.h"
+#include "Tests/Support/NextFunction.h"
 #include "Tests/Support/WatcherFixture.h"
 
 #include <gmock/gmock.h>
@@ -11,7 +12,6 @@
 #include <functional>
 #include <string>
 
-#include <dlfcn.h>
 #include <sys/inotify.h>
 
 using testing::ElementsAre;
@@ -47,8 +47,7 @@ protected:
 // Replaces the system's function, for Qt's calls too.
 extern "C" int inotify_add_watch(int descriptor, const char* path, uint32_t mask) noexcept
 {
-    static const auto original =
-        reinterpret_cast<decltype(&inotify_add_watch)>(::dlsym(RTLD_NEXT, "inotify_add_watch"));
+    static const auto original = Tests::NextFunction<decltype(inotify_add_watch)>("inotify_add_watch");
     if (Tests::TheSystem().areExhausted) {
         errno = ENOSPC;
         return -1;

@@ -7,6 +7,7 @@
 #include "Tests/Support/QtVersion.h"
 #include "Tests/Support/SignalLog.h"
 #include "Tests/Support/Surroundings.h"
+#include "Tests/Support/VirtualSlot.h"
 
 #include <QMetaMethod>
 #include <QMetaObject>
@@ -14,7 +15,8 @@
 
 #include <gmock/gmock.h>
 
-#include <cstdint>
+#include <array>
+#include <cstddef>
 #include <cstring>
 #include <memory>
 #include <ostream>
@@ -194,42 +196,26 @@ TEST(WatcherMetaObjectTest, OfTheCheckerAddsNothingToTheInterface)
     EXPECT_EQ(OwnMembersOf(metaObject), (OwnMembers{0, 0, 0, 0, 0}));
 }
 
-/// The layout of a pointer to a member function in the C++ ABI of Linux and macOS. For a virtual function it
-/// has the offset of its slot in the table, and a mark that distinguishes the offset from an address.
-struct MemberPointer
+/// Whether a pointer to a member function is one to a virtual function: in the C++ ABI of Linux and macOS a
+/// bit says so, whose place depends on the processor.
+template <typename Function>
+bool IsVirtual(Function function)
 {
 #ifdef __aarch64__
-    static constexpr bool markIsInAdjustment = true;
+    constexpr std::size_t place = 1;
 #else
-    static constexpr bool markIsInAdjustment = false;
+    constexpr std::size_t place = 0;
 #endif
-    std::intptr_t value = 0;
-    std::intptr_t adjustment = 0;
-
-    template <typename Function>
-    explicit MemberPointer(Function function)
-    {
-        static_assert(std::is_member_function_pointer_v<Function>);
-        static_assert(sizeof(function) == 2 * sizeof(std::intptr_t));
-        std::memcpy(&value, &function, sizeof(value));
-        std::memcpy(&adjustment, reinterpret_cast<const char*>(&function) + sizeof(value),
-                    sizeof(adjustment));
-    }
-
-    bool IsVirtual() const
-    {
-        return ((markIsInAdjustment ? adjustment : value) & 1) != 0;
-    }
-    std::intptr_t Slot() const
-    {
-        return value / static_cast<std::intptr_t>(sizeof(void*));
-    }
-};
+    std::array<std::size_t, 2> words;
+    static_assert(std::is_member_function_pointer_v<Function> && sizeof(function) == sizeof(words));
+    std::memcpy(words.data(), &function, sizeof(words));
+    return (words[place] & 1) != 0;
+}
 
 /// Gives access to the last virtual function of QObject.
 struct ObjectProbe : QObject
 {
-    static MemberPointer LastVirtual() { return MemberPointer(&ObjectProbe::disconnectNotify); }
+    static std::size_t LastVirtualSlot() { return VirtualSlot(&ObjectProbe::disconnectNotify); }
 };
 
 template <typename Watcher>
@@ -242,23 +228,23 @@ TYPED_TEST_SUITE(WatcherTableTest, AllClasses, );
 
 TYPED_TEST(WatcherTableTest, HasTheFourFunctionsInOrderAfterThoseOfQObject)
 {
-    const std::intptr_t last = ObjectProbe::LastVirtual().Slot();
+    const std::size_t last = ObjectProbe::LastVirtualSlot();
 
-    EXPECT_EQ(MemberPointer(&TypeParam::StartWatching).Slot(), last + 1);
-    EXPECT_EQ(MemberPointer(&TypeParam::StopWatching).Slot(), last + 2);
-    EXPECT_EQ(MemberPointer(&TypeParam::GetWatchedDirPath).Slot(), last + 3);
-    EXPECT_EQ(MemberPointer(&TypeParam::GetFileInfoList).Slot(), last + 4);
+    EXPECT_EQ(VirtualSlot(&TypeParam::StartWatching), last + 1);
+    EXPECT_EQ(VirtualSlot(&TypeParam::StopWatching), last + 2);
+    EXPECT_EQ(VirtualSlot(&TypeParam::GetWatchedDirPath), last + 3);
+    EXPECT_EQ(VirtualSlot(&TypeParam::GetFileInfoList), last + 4);
 }
 
 TEST(WatcherHandlersTest, AreNotVirtual)
 {
-    ASSERT_TRUE(MemberPointer(&DirectoryWatcher::StopWatching).IsVirtual());
+    ASSERT_TRUE(IsVirtual(&DirectoryWatcher::StopWatching));
 
-    EXPECT_FALSE(MemberPointer(&DirectoryWatcher::OnDirectoryChanged).IsVirtual());
-    EXPECT_FALSE(MemberPointer(&DirectoryWatcher::OnFileChanged).IsVirtual());
-    EXPECT_FALSE(MemberPointer(&DirectoryChecker::OnDirectoryChanged).IsVirtual());
-    EXPECT_FALSE(MemberPointer(&DirectoryChecker::OnFileChanged).IsVirtual());
-    EXPECT_FALSE(MemberPointer(&DirectoryChecker::CheckFolder).IsVirtual());
+    EXPECT_FALSE(IsVirtual(&DirectoryWatcher::OnDirectoryChanged));
+    EXPECT_FALSE(IsVirtual(&DirectoryWatcher::OnFileChanged));
+    EXPECT_FALSE(IsVirtual(&DirectoryChecker::OnDirectoryChanged));
+    EXPECT_FALSE(IsVirtual(&DirectoryChecker::OnFileChanged));
+    EXPECT_FALSE(IsVirtual(&DirectoryChecker::CheckFolder));
 }
 
 /// What the interface promises, for both implementations.

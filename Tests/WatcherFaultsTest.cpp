@@ -1,5 +1,8 @@
+// What each of the two watchers reports when the file system fails.
+
 #include "Tests/Support/BothWatchersFixture.h"
 #include "Tests/Support/ByteFolder.h"
+#include "Tests/Support/NextFunction.h"
 
 #include <QFile>
 
@@ -14,14 +17,21 @@
 #include <utility>
 
 #include <dirent.h>
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/inotify.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-// What each of the two watchers makes of a file system that fails.
+using testing::Contains;
+using testing::Each;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+using testing::StartsWith;
+using testing::UnorderedElementsAre;
+using testing::UnorderedElementsAreArray;
 
+namespace Tests {
 namespace {
 
 constexpr int unlimited = std::numeric_limits<int>::max();
@@ -29,16 +39,16 @@ constexpr int unlimited = std::numeric_limits<int>::max();
 /// What a test does to the calls that list folders and register paths.
 struct Faults
 {
-    /// How many paths the system still takes for notices.
+    /// How many paths can still be registered for notices.
     int watchesLeft = unlimited;
-    /// Runs when a path was taken.
+    /// Runs after a path was registered.
     std::function<void(const std::string&)> afterRegistering;
 
     /// The folder that cannot be opened, and why.
     std::string refusedFolder;
     int refusal = 0;
 
-    /// The folder that fails, or whose reading has consequences, after so many entries.
+    /// The folder whose reading fails after this many entries, or calls insteadOfFailing then.
     std::string brokenFolder;
     int readableEntries = unlimited;
     /// Runs instead of the failure, once.
@@ -51,12 +61,6 @@ Faults& TheFaults()
     return faults;
 }
 
-template <typename Function>
-Function Systems(const char* name)
-{
-    return reinterpret_cast<Function>(::dlsym(RTLD_NEXT, name));
-}
-
 std::string PathOf(DIR* folder)
 {
     std::array<char, PATH_MAX> path;
@@ -65,7 +69,7 @@ std::string PathOf(DIR* folder)
     return length < 0 ? std::string() : std::string(path.data(), static_cast<std::size_t>(length));
 }
 
-/// Counts a reading; whether it may go on.
+/// Counts a call that reads an entry. @return whether the call may succeed
 bool MayRead(DIR* folder)
 {
     Faults& faults = TheFaults();
@@ -84,21 +88,22 @@ bool MayRead(DIR* folder)
 }
 
 } // namespace
+} // namespace Tests
 
-// In the place of the system's, for the library's calls and for Qt's.
+// These replace the system's functions, for the library's calls and for Qt's.
 extern "C" {
 
 int inotify_add_watch(int descriptor, const char* path, uint32_t mask) noexcept
 {
-    static const auto system = Systems<decltype(&inotify_add_watch)>("inotify_add_watch");
-    Faults& faults = TheFaults();
+    static const auto original = Tests::NextFunction<decltype(inotify_add_watch)>("inotify_add_watch");
+    Tests::Faults& faults = Tests::TheFaults();
     if (faults.watchesLeft == 0) {
         errno = ENOSPC;
         return -1;
     }
-    if (faults.watchesLeft != unlimited)
+    if (faults.watchesLeft != Tests::unlimited)
         --faults.watchesLeft;
-    const int watch = system(descriptor, path, mask);
+    const int watch = original(descriptor, path, mask);
     if (faults.afterRegistering)
         faults.afterRegistering(path);
     return watch;
@@ -106,39 +111,31 @@ int inotify_add_watch(int descriptor, const char* path, uint32_t mask) noexcept
 
 DIR* opendir(const char* path)
 {
-    static const auto system = Systems<DIR* (*)(const char*)>("opendir");
-    const Faults& faults = TheFaults();
+    static const auto original = Tests::NextFunction<DIR*(const char*)>("opendir");
+    const Tests::Faults& faults = Tests::TheFaults();
     if (!faults.refusedFolder.empty() && path == faults.refusedFolder) {
         errno = faults.refusal;
         return nullptr;
     }
-    return system(path);
+    return original(path);
 }
 
 dirent* readdir(DIR* folder)
 {
-    static const auto system = Systems<dirent* (*)(DIR*)>("readdir");
-    return MayRead(folder) ? system(folder) : nullptr;
+    static const auto original = Tests::NextFunction<dirent*(DIR*)>("readdir");
+    return Tests::MayRead(folder) ? original(folder) : nullptr;
 }
 
 dirent64* readdir64(DIR* folder)
 {
-    static const auto system = Systems<dirent64* (*)(DIR*)>("readdir64");
-    return MayRead(folder) ? system(folder) : nullptr;
+    static const auto original = Tests::NextFunction<dirent64*(DIR*)>("readdir64");
+    return Tests::MayRead(folder) ? original(folder) : nullptr;
 }
 
 } // extern "C"
 
+namespace Tests {
 namespace {
-
-using testing::Contains;
-using testing::Each;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::StartsWith;
-using Tests::BothWatchersFixture;
-using Tests::Predicate;
-using Tests::Texts;
 
 class WatcherFaultsTest : public BothWatchersFixture
 {
@@ -173,7 +170,7 @@ TEST_F(WatcherFaultsTest, FilesBeyondTheLimitOfNoticesAreListedByBothAndReported
 
     EXPECT_THAT(Files(), ElementsAre("root/a", "root/b", "root/c"));
     EXPECT_EQ(Files(), CheckerFiles());
-    EXPECT_THAT(RegisteredFiles(), testing::UnorderedElementsAre("root/a", "root/b"));
+    EXPECT_THAT(RegisteredFiles(), UnorderedElementsAre("root/a", "root/b"));
     EXPECT_THAT(WatcherSaw(), ElementsAre("FileChanged root/b"));
     EXPECT_THAT(CheckerSaw(), ElementsAre("FileChanged root/b", "FileChanged root/c"));
 }
@@ -210,11 +207,11 @@ int QueueLimit()
     return limit > 0 ? limit : 16384;
 }
 
-/// Has more happen to two files than the system's queue holds while nobody reads it.
+/// Changes two files more often than the system's queue of notices can hold.
 void OverflowTheQueue(const QString& file, const QString& otherFile)
 {
     const std::array<QByteArray, 2> paths = {QFile::encodeName(file), QFile::encodeName(otherFile)};
-    // In turns, as the system makes one notice of two that are alike and follow each other.
+    // In turns, since the system merges two equal notices that follow each other.
     for (int i = 0; i <= QueueLimit(); ++i) {
         const timespec time = {1000000000 + i, 0};
         const std::array<timespec, 2> times = {time, time};
@@ -234,7 +231,7 @@ TEST_F(WatcherFaultsTest, TheWatcherMissesChangesWhileTheQueueOfNoticesIsFullUnt
     Write({"root/new"});
     Settle();
 
-    // The new file is found all the same, by a look at the whole folder.
+    // The new file is found all the same, by a scan of the whole folder.
     EXPECT_THAT(WatcherSaw(), ElementsAre("FileAdded root/new", "FileChanged root/a", "FileChanged root/b"));
     EXPECT_THAT(CheckerSaw(), ElementsAre("FileAdded root/new", "FileChanged root/a", "FileChanged root/b",
                                           "FileChanged root/changed", "FileRemoved root/removed"));
@@ -250,20 +247,16 @@ TEST_F(WatcherFaultsTest, TheWatcherMissesChangesWhileTheQueueOfNoticesIsFullUnt
     EXPECT_THAT(CheckerFiles(), ElementsAre("root/a", "root/b", "root/changed"));
 }
 
-// Folders that cannot be listed; with and without name filters, which have another listing
+// Folders that cannot be listed, with and without name filters, for which the listing differs
 
 class ListingFaultsTest : public WatcherFaultsTest, public testing::WithParamInterface<const char*>
 {
 protected:
-    static QStringList NameFilters()
-    {
-        const QString pattern = QString::fromUtf8(GetParam());
-        return pattern.isEmpty() ? QStringList() : QStringList(pattern);
-    }
+    static NameFilters Filters() { return *GetParam() ? NameFilters{GetParam()} : NameFilters(); }
 
     void StartBoth(unsigned int depth = 0, const Predicate& filter = {})
     {
-        WatcherFaultsTest::StartBoth(depth, NameFilters(), filter);
+        WatcherFaultsTest::StartBoth(depth, Filters(), filter);
     }
 };
 
@@ -353,12 +346,12 @@ TEST_P(ListingFaultsTest, AListingThatFailsHalfwayAtTheStartIsCompletedLater)
 {
     Write({"root/a", "root/b", "root/c"});
 
-    // The folder itself and the one above are among the entries: at least two of the files are.
+    // The entries include "." and "..", so at least two of the files are read.
     BreakAfter(4, "root");
-    ASSERT_TRUE(checker.StartWatching(Path("root"), NameFilters(), {}, 0));
+    ASSERT_TRUE(checker.StartWatching(Path("root"), Filters(), {}, 0));
     const Texts checkerFiles = CheckerFiles();
     BreakAfter(4, "root");
-    ASSERT_TRUE(watcher->StartWatching(Path("root"), NameFilters(), {}, 0));
+    ASSERT_TRUE(watcher->StartWatching(Path("root"), Filters(), {}, 0));
     const Texts files = Files();
     EndFaults();
     ClearLogs();
@@ -369,12 +362,12 @@ TEST_P(ListingFaultsTest, AListingThatFailsHalfwayAtTheStartIsCompletedLater)
     EXPECT_EQ(checkerFiles.size(), 2u);
     EXPECT_THAT(Files(), ElementsAre("root/a", "root/b", "root/c", "root/d"));
     EXPECT_EQ(Files(), CheckerFiles());
-    EXPECT_THAT(WatcherSaw(), testing::SizeIs(2));
+    EXPECT_THAT(WatcherSaw(), SizeIs(2));
     EXPECT_THAT(WatcherSaw(), Each(StartsWith("FileAdded")));
     EXPECT_EQ(WatcherSaw(), CheckerSaw());
 }
 
-// What is listed and then gone
+// Files and folders that are deleted after their listing
 
 TEST_P(ListingFaultsTest, ARootThatIsDeletedWhileTheCheckerReadsItIsEmptyInTheEnd)
 {
@@ -430,7 +423,7 @@ TEST_P(ListingFaultsTest, AFileThatIsDeletedBetweenListingAndReadingStaysListedF
 {
     Write({"root/a"});
     StartBoth(0, [this](const QFileInfo& info) {
-        if (info.fileName() == QLatin1String("b"))
+        if (IsNamed(info, "b"))
             QFile::remove(Path("root/b"));
         return true;
     });
@@ -473,13 +466,13 @@ TEST_P(ListingFaultsTest, AFileThatIsDeletedDuringTheStartStaysListedForTheWatch
 {
     Write({"root/a", "root/b"});
     const Predicate filter = [this](const QFileInfo& info) {
-        if (info.fileName() == QLatin1String("b"))
+        if (IsNamed(info, "b"))
             QFile::remove(Path("root/b"));
         return true;
     };
-    ASSERT_TRUE(checker.StartWatching(Path("root"), NameFilters(), filter, 0));
+    ASSERT_TRUE(checker.StartWatching(Path("root"), Filters(), filter, 0));
     Write({"root/b"});
-    ASSERT_TRUE(watcher->StartWatching(Path("root"), NameFilters(), filter, 0));
+    ASSERT_TRUE(watcher->StartWatching(Path("root"), Filters(), filter, 0));
     ClearLogs();
     EXPECT_THAT(CheckerFiles(), ElementsAre("root/a", "root/b"));
 
@@ -518,18 +511,18 @@ TEST_P(ListingFaultsTest, ALinkToTheFolderAboveEndsAtTheDepthForBoth)
 
     StartBoth(2);
 
-    EXPECT_THAT(Files(), testing::UnorderedElementsAre("root/a", "root/loop/a", "root/loop/loop/a"));
-    EXPECT_THAT(CheckerFiles(), testing::UnorderedElementsAreArray(Files()));
+    EXPECT_THAT(Files(), UnorderedElementsAre("root/a", "root/loop/a", "root/loop/loop/a"));
+    EXPECT_THAT(CheckerFiles(), UnorderedElementsAreArray(Files()));
     Remove("root/a");
     Settle();
     EXPECT_THAT(CheckerFiles(), IsEmpty());
 }
 
-/// A path of so many bytes below a folder, of names that the system takes.
+/// A path of this many bytes below a folder, with names that the system accepts.
 QString LongPath(const QString& root, int bytes)
 {
     QString path = root;
-    // What is added has as many characters as bytes; the path so far may have fewer.
+    // The names that are appended are ASCII; the path so far may have more bytes than characters.
     bytes -= static_cast<int>(QFile::encodeName(path).size() - path.size());
     while (bytes - path.size() > 255)
         path += QLatin1Char('/') + QString(200, QLatin1Char('d'));
@@ -539,18 +532,18 @@ QString LongPath(const QString& root, int bytes)
 TEST_P(ListingFaultsTest, APathOfTheMaximumLengthIsLikeAnyOtherForBoth)
 {
     const QString path = LongPath(Path("root"), PATH_MAX - 1);
-    const QString relativePath = path.mid(folder.Path().size() + 1);
-    const std::string text = relativePath.toStdString();
+    const std::string relativePath = RelativePath(path, folder.Path());
     Write(relativePath);
     StartBoth(100);
-    ASSERT_THAT(Files(), ElementsAre(text));
+    ASSERT_THAT(Files(), ElementsAre(relativePath));
 
     Touch(relativePath);
     Settle();
     Remove(relativePath);
     Settle();
 
-    EXPECT_THAT(signalLog.Entries(), ElementsAre("FileChanged " + text, "FileRemoved " + text));
+    EXPECT_THAT(signalLog.Entries(),
+                ElementsAre("FileChanged " + relativePath, "FileRemoved " + relativePath));
     EXPECT_EQ(signalLog.Entries(), checkerLog.Entries());
 }
 
@@ -584,13 +577,13 @@ TEST_P(ListingFaultsTest, AFileBeyondTheMaximumLengthCanBeListedButNotRead)
 
 TEST_P(ListingFaultsTest, NamesThatAreNotTextAreIgnoredByBoth)
 {
-    const Tests::ByteFolder bytes;
+    const ByteFolder bytes;
     bytes.Write("\xff.txt");
     bytes.Write("\xfe/a.txt");
     bytes.Write("a.txt");
     const QString root = QFile::decodeName(bytes.Path().c_str());
-    ASSERT_TRUE(watcher->StartWatching(root, NameFilters(), {}, 1));
-    ASSERT_TRUE(checker.StartWatching(root, NameFilters(), {}, 1));
+    ASSERT_TRUE(watcher->StartWatching(root, Filters(), {}, 1));
+    ASSERT_TRUE(checker.StartWatching(root, Filters(), {}, 1));
     ClearLogs();
 
     bytes.Write("\xc3.txt");
@@ -610,3 +603,4 @@ INSTANTIATE_TEST_SUITE_P(Listings, ListingFaultsTest, testing::Values("", "*"), 
 });
 
 } // namespace
+} // namespace Tests

@@ -6,26 +6,6 @@
 
 namespace Tests {
 
-inline QString Text(const char* text)
-{
-    return QString::fromUtf8(text);
-}
-
-inline QStringList Filters(const NameFilters& filters)
-{
-    return filters;
-}
-
-inline Texts Paths(const Zendra::LW::DirectoryChecker& checker, const TempFolder& folder)
-{
-    return PathsOf(checker.GetFileInfoList(), folder.Path());
-}
-
-inline Texts Names(const Zendra::LW::DirectoryChecker& checker)
-{
-    return NamesOf(checker.GetFileInfoList());
-}
-
 /// A checker, a folder for it to check and the log of its signals.
 class CheckerFixture : public FolderFixture
 {
@@ -54,7 +34,6 @@ protected:
     }
 
     /// The paths of the snapshot.
-    Texts Snapshot() const { return Files(); }
     Texts Files() const { return PathsOf(checker.GetFileInfoList(), folder.Path()); }
     /// The names alone.
     Texts FileNames() const { return NamesOf(checker.GetFileInfoList()); }
