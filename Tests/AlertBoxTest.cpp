@@ -237,9 +237,7 @@ TEST_P(AlertBoxAnswerTest, IsTheButtonThatWasPressed)
     WarningBox box(QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
     const User user([](QMessageBox& shown) { Press(shown, GetParam()); });
 
-    const QMessageBox::StandardButton answer = box.Exec();
-
-    EXPECT_EQ(answer, GetParam());
+    EXPECT_EQ(box.Exec(), GetParam());
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryButton, AlertBoxAnswerTest,
@@ -259,9 +257,7 @@ TEST(AlertBoxTest, TreatsEscapeAsTheButtonThatDeclines)
     WarningBox box(QMessageBox::Ok | QMessageBox::Cancel);
     const User user([](QMessageBox& shown) { QTest::keyClick(&shown, Qt::Key_Escape); });
 
-    const QMessageBox::StandardButton answer = box.Exec();
-
-    EXPECT_EQ(answer, QMessageBox::Cancel);
+    EXPECT_EQ(box.Exec(), QMessageBox::Cancel);
 }
 
 TEST(AlertBoxTest, TreatsAClosedWindowAsTheOnlyButton)
@@ -269,9 +265,7 @@ TEST(AlertBoxTest, TreatsAClosedWindowAsTheOnlyButton)
     WarningBox box;
     const User user([](QMessageBox& shown) { shown.close(); });
 
-    const QMessageBox::StandardButton answer = box.Exec();
-
-    EXPECT_EQ(answer, QMessageBox::Ok);
+    EXPECT_EQ(box.Exec(), QMessageBox::Ok);
 }
 
 TEST(AlertBoxTest, HasAnOkButtonWhenNoneIsGiven)
@@ -279,9 +273,7 @@ TEST(AlertBoxTest, HasAnOkButtonWhenNoneIsGiven)
     WarningBox box(QMessageBox::NoButton);
     const User user(PressOk);
 
-    const QMessageBox::StandardButton answer = box.Exec();
-
-    EXPECT_EQ(answer, QMessageBox::Ok);
+    EXPECT_EQ(box.Exec(), QMessageBox::Ok);
 }
 
 TEST(AlertBoxTest, CanBeShownAgain)
@@ -291,9 +283,7 @@ TEST(AlertBoxTest, CanBeShownAgain)
     box.Exec();
     const User sameUserLater([](QMessageBox& shown) { Press(shown, QMessageBox::No); });
 
-    const QMessageBox::StandardButton answer = box.Exec();
-
-    EXPECT_EQ(answer, QMessageBox::No);
+    EXPECT_EQ(box.Exec(), QMessageBox::No);
 }
 
 TEST(AlertBoxTest, IsHiddenOnceItIsAnswered)
@@ -347,10 +337,9 @@ TEST(AlertBoxTest, ClosesWithoutAnAnswerWhenItsParentIsDestroyedWhileItIsShown)
     WarningBox box(QMessageBox::Ok, window.get());
     const User user([&](QMessageBox&) { window.reset(); });
 
-    const QMessageBox::StandardButton answer = box.Exec();
+    EXPECT_EQ(box.Exec(), QMessageBox::NoButton);
 
     EXPECT_TRUE(user.HasSeenBox());
-    EXPECT_EQ(answer, QMessageBox::NoButton);
     EXPECT_EQ(ShownBox(), nullptr);
 }
 
@@ -361,10 +350,9 @@ TEST(AlertBoxTest, IsNotShownWhenItsParentIsDestroyedAlready)
     window.reset();
     const User user(PressOk);
 
-    const QMessageBox::StandardButton answer = box.Exec();
+    EXPECT_EQ(box.Exec(), QMessageBox::NoButton);
 
     EXPECT_FALSE(user.HasSeenBox());
-    EXPECT_EQ(answer, QMessageBox::NoButton);
 }
 
 TEST(AlertBoxTest, ClosesWithoutAnAnswerWhenItIsDestroyedWhileItIsShown)
@@ -372,10 +360,9 @@ TEST(AlertBoxTest, ClosesWithoutAnAnswerWhenItIsDestroyedWhileItIsShown)
     auto box = std::make_unique<WarningBox>();
     const User user([&](QMessageBox&) { box.reset(); });
 
-    const QMessageBox::StandardButton answer = box->Exec();
+    EXPECT_EQ(box->Exec(), QMessageBox::NoButton);
 
     EXPECT_TRUE(user.HasSeenBox());
-    EXPECT_EQ(answer, QMessageBox::NoButton);
 }
 
 struct ButtonsAndName
@@ -424,9 +411,7 @@ TEST(AlertBoxTest, CanBeShownAgainAfterTheApplicationQuit)
     }
     const User user(PressOk);
 
-    const QMessageBox::StandardButton answer = box.Exec();
-
-    EXPECT_EQ(answer, QMessageBox::Ok);
+    EXPECT_EQ(box.Exec(), QMessageBox::Ok);
 }
 
 TEST(AlertBoxTest, ReturnsNoAnswerFromASecondExecWhileItIsShown)
@@ -440,10 +425,9 @@ TEST(AlertBoxTest, ReturnsNoAnswerFromASecondExecWhileItIsShown)
         Press(shown, QMessageBox::Yes);
     });
 
-    const QMessageBox::StandardButton answer = box.Exec();
+    EXPECT_EQ(box.Exec(), QMessageBox::Yes);
 
     EXPECT_EQ(inner, QMessageBox::NoButton);
-    EXPECT_EQ(answer, QMessageBox::Yes);
     EXPECT_EQ(warnings.count, 0);
 }
 
@@ -456,10 +440,9 @@ TEST(AlertBoxTest, ReturnsNoAnswerFromASecondExecOnceItIsHiddenAndTheFirstHasNot
         inner = box.Exec();
     });
 
-    const QMessageBox::StandardButton answer = box.Exec();
+    EXPECT_EQ(box.Exec(), QMessageBox::NoButton);
 
     EXPECT_EQ(inner, QMessageBox::NoButton);
-    EXPECT_EQ(answer, QMessageBox::NoButton);
 }
 
 TEST(AlertBoxTest, IsShownAboveAnotherOne)

@@ -47,9 +47,8 @@ TEST_F(ExploreFileInABrowserTest, AsksTheBrowserToShowTheFile)
 {
     const QString file = folder.Write("a.mp4");
 
-    const bool shown = Explore(file);
+    EXPECT_TRUE(Explore(file));
 
-    EXPECT_TRUE(shown);
     EXPECT_EQ(Requests(), RequestFor(PlainUri(file)));
     EXPECT_TRUE(desktop.opened.isEmpty());
 }
@@ -58,17 +57,15 @@ TEST_F(ExploreFileInABrowserTest, ShowsAFolderInTheOneThatContainsIt)
 {
     const QString inner = folder.MakeFolder("inner");
 
-    const bool shown = Explore(inner);
+    EXPECT_TRUE(Explore(inner));
 
-    EXPECT_TRUE(shown);
     EXPECT_EQ(Requests(), RequestFor(PlainUri(inner)));
 }
 
 TEST_F(ExploreFileInABrowserTest, ShowsTheRootFolder)
 {
-    const bool shown = ExploreFile("/");
+    EXPECT_TRUE(ExploreFile("/"));
 
-    EXPECT_TRUE(shown);
     EXPECT_EQ(Requests(), RequestFor("file:///"));
 }
 
@@ -77,9 +74,8 @@ TEST_F(ExploreFileInABrowserTest, ShowsALinkAndNotItsTarget)
     folder.Write("target");
     const QString link = folder.Link("target", "link");
 
-    const bool shown = Explore(link);
+    EXPECT_TRUE(Explore(link));
 
-    EXPECT_TRUE(shown);
     EXPECT_EQ(Requests(), RequestFor(PlainUri(link)));
 }
 
@@ -87,9 +83,8 @@ TEST_F(ExploreFileInABrowserTest, ShowsADanglingLink)
 {
     const QString link = folder.Link("missing", "link");
 
-    const bool shown = Explore(link);
+    EXPECT_TRUE(Explore(link));
 
-    EXPECT_TRUE(shown);
     EXPECT_EQ(Requests(), RequestFor(PlainUri(link)));
 }
 
@@ -112,9 +107,8 @@ TEST_F(ExploreFileInABrowserTest, FindsABusThatIsStartedLater)
     StopBus();
     StartBrowser("answers");
 
-    const bool shown = Explore(file);
+    EXPECT_TRUE(Explore(file));
 
-    EXPECT_TRUE(shown);
     EXPECT_EQ(Requests(), RequestFor(PlainUri(file)) + RequestFor(PlainUri(file)));
 }
 
@@ -177,17 +171,15 @@ private:
 
 TEST_P(ExploreFilePathTest, IsMadeAbsoluteAndCleaned)
 {
-    const bool shown = ExploreFile(GetParam().path);
+    EXPECT_TRUE(ExploreFile(GetParam().path));
 
-    EXPECT_TRUE(shown);
     EXPECT_EQ(Requests(), RequestFor(ShownUri()));
 }
 
 TEST_P(ExploreFilePathTest, IsCleanedWhenItIsAbsoluteToo)
 {
-    const bool shown = Explore(folder.Path() + QLatin1Char('/') + QString::fromUtf8(GetParam().path));
+    EXPECT_TRUE(Explore(folder.Path() + QLatin1Char('/') + QString::fromUtf8(GetParam().path)));
 
-    EXPECT_TRUE(shown);
     EXPECT_EQ(Requests(), RequestFor(ShownUri()));
 }
 
@@ -206,9 +198,8 @@ TEST_F(ExploreFileInABrowserTest, TreatsTwoLeadingSlashesAsOne)
 {
     const QString file = folder.Write("a.mp4");
 
-    const bool shown = Explore(QLatin1Char('/') + file);
+    EXPECT_TRUE(Explore(QLatin1Char('/') + file));
 
-    EXPECT_TRUE(shown);
     EXPECT_EQ(Requests(), RequestFor(PlainUri(file)));
 }
 
@@ -216,9 +207,8 @@ TEST_F(ExploreFileInABrowserTest, StaysInTheRootFolderWhenAPathLeadsAboveIt)
 {
     const QString file = folder.Write("a.mp4");
 
-    const bool shown = Explore(QStringLiteral("/../..") + file);
+    EXPECT_TRUE(Explore(QStringLiteral("/../..") + file));
 
-    EXPECT_TRUE(shown);
     EXPECT_EQ(Requests(), RequestFor(PlainUri(file)));
 }
 
@@ -247,9 +237,8 @@ protected:
 
 TEST_P(ExploreFileNameTest, IsPassedToTheBrowserAsAUri)
 {
-    const bool shown = ExploreFile(file);
+    EXPECT_TRUE(ExploreFile(file));
 
-    EXPECT_TRUE(shown);
     EXPECT_EQ(Requests(), RequestFor(PlainUri(folder.Path()) + '/' + GetParam().encoded));
 }
 
@@ -275,18 +264,16 @@ INSTANTIATE_TEST_SUITE_P(OddNames, ExploreFileNameTest, oddNames, NameOf);
 
 TEST_F(ExploreFileInABrowserTest, RefusesAMissingFile)
 {
-    const bool shown = Explore(folder.Path("missing"));
+    EXPECT_FALSE(Explore(folder.Path("missing")));
 
-    EXPECT_FALSE(shown);
     EXPECT_EQ(Requests(), QByteArray());
     EXPECT_TRUE(desktop.opened.isEmpty());
 }
 
 TEST_F(ExploreFileInABrowserTest, RefusesTheEmptyPath)
 {
-    const bool shown = ExploreFile(Zendra::ioPath());
+    EXPECT_FALSE(ExploreFile(Zendra::ioPath()));
 
-    EXPECT_FALSE(shown);
     EXPECT_EQ(Requests(), QByteArray());
     EXPECT_TRUE(desktop.opened.isEmpty());
 }
@@ -313,9 +300,8 @@ TEST_F(ExploreFileInABrowserTest, DoesNotCutAPathAtANullCharacter)
 {
     const QString file = folder.Write("a.mp4");
 
-    const bool shown = Explore(file + QChar(QChar::Null) + QStringLiteral("more"));
+    EXPECT_FALSE(Explore(file + QChar(QChar::Null) + QStringLiteral("more")));
 
-    EXPECT_FALSE(shown);
     EXPECT_EQ(Requests(), QByteArray());
     EXPECT_TRUE(desktop.opened.isEmpty());
 }
@@ -325,9 +311,8 @@ TEST_F(ExploreFileInABrowserTest, RefusesARelativePathWhenTheCurrentFolderIsGone
     const Tests::CurrentFolder current(folder.MakeFolder("gone"));
     folder.RemoveFolder("gone");
 
-    const bool shown = ExploreFile(".");
+    EXPECT_FALSE(ExploreFile("."));
 
-    EXPECT_FALSE(shown);
     EXPECT_EQ(Requests(), QByteArray());
     EXPECT_TRUE(desktop.opened.isEmpty());
 }
@@ -338,9 +323,8 @@ TEST_F(ExploreFileTest, LetsTheBusStartABrowser)
     StartBus();
     const QString file = folder.Write("a.mp4");
 
-    const bool shown = Explore(file);
+    EXPECT_TRUE(Explore(file));
 
-    EXPECT_TRUE(shown);
     EXPECT_EQ(Requests(), RequestFor(PlainUri(file)));
 }
 
@@ -353,9 +337,8 @@ TEST_F(ExploreFileTest, FindsTheBusInTheUsersRuntimeFolder)
     environment.Set("DBUS_SESSION_BUS_ADDRESS", QByteArray());
     const QString file = folder.Write("a.mp4");
 
-    const bool shown = Explore(file);
+    EXPECT_TRUE(Explore(file));
 
-    EXPECT_TRUE(shown);
     EXPECT_EQ(Requests(), RequestFor(PlainUri(file)));
 }
 
@@ -374,9 +357,8 @@ TEST_F(ExploreFileOnTheDesktopTest, OpensTheFolderWhenThereIsNoBrowser)
 {
     StartBus();
 
-    const bool shown = Explore(file);
+    EXPECT_TRUE(Explore(file));
 
-    EXPECT_TRUE(shown);
     EXPECT_TRUE(FolderWasOpened());
 }
 
@@ -384,9 +366,8 @@ TEST_F(ExploreFileOnTheDesktopTest, OpensTheFolderWhenTheBrowserAnswersWithAnErr
 {
     StartBrowser("refuses");
 
-    const bool shown = Explore(file);
+    EXPECT_TRUE(Explore(file));
 
-    EXPECT_TRUE(shown);
     EXPECT_EQ(Requests(), RequestFor(PlainUri(file)));
     EXPECT_TRUE(FolderWasOpened());
 }
@@ -410,9 +391,8 @@ TEST_F(ExploreFileOnTheDesktopTest, OpensTheFolderAfterTheTimeLimitWhenTheBrowse
 
 TEST_F(ExploreFileOnTheDesktopTest, OpensTheFolderWhenThereIsNoBus)
 {
-    const bool shown = Explore(file);
+    EXPECT_TRUE(Explore(file));
 
-    EXPECT_TRUE(shown);
     EXPECT_TRUE(FolderWasOpened());
 }
 
@@ -420,9 +400,8 @@ TEST_F(ExploreFileOnTheDesktopTest, OpensTheFolderWhenTheRuntimeFolderHasNoBus)
 {
     environment.Set("XDG_RUNTIME_DIR", QFile::encodeName(working.Path()));
 
-    const bool shown = Explore(file);
+    EXPECT_TRUE(Explore(file));
 
-    EXPECT_TRUE(shown);
     EXPECT_TRUE(FolderWasOpened());
 }
 
@@ -432,9 +411,8 @@ TEST_F(ExploreFileOnTheDesktopTest, OpensTheFolderWhenTheBusHasStopped)
     Explore(file);
     StopBus();
 
-    const bool shown = Explore(file);
+    EXPECT_TRUE(Explore(file));
 
-    EXPECT_TRUE(shown);
     EXPECT_TRUE(FolderWasOpened());
 }
 
@@ -442,9 +420,8 @@ TEST_F(ExploreFileOnTheDesktopTest, OpensTheFolderWhenTheAddressOfTheBusIsInvali
 {
     environment.Set("DBUS_SESSION_BUS_ADDRESS", "nonsense");
 
-    const bool shown = Explore(file);
+    EXPECT_TRUE(Explore(file));
 
-    EXPECT_TRUE(shown);
     EXPECT_TRUE(FolderWasOpened());
 }
 
@@ -453,9 +430,8 @@ TEST_F(ExploreFileOnTheDesktopTest, OpensTheFolderThatContainsALink)
     folder.Write("sub/target");
     const QString link = folder.Link("sub/target", "link");
 
-    const bool shown = Explore(link);
+    EXPECT_TRUE(Explore(link));
 
-    EXPECT_TRUE(shown);
     EXPECT_TRUE(FolderWasOpened());
 }
 
@@ -463,9 +439,8 @@ TEST_F(ExploreFileOnTheDesktopTest, OpensTheFolderThatContainsAFolder)
 {
     const QString inner = folder.MakeFolder("inner");
 
-    const bool shown = Explore(inner + QLatin1Char('/'));
+    EXPECT_TRUE(Explore(inner + QLatin1Char('/')));
 
-    EXPECT_TRUE(shown);
     EXPECT_TRUE(FolderWasOpened());
 }
 
@@ -481,9 +456,8 @@ TEST_F(ExploreFileOnTheDesktopTest, OpensAFolderWithAnOddName)
 {
     const QString odd = folder.Write("a #1? 100%/a.mp4");
 
-    const bool shown = Explore(odd);
+    EXPECT_TRUE(Explore(odd));
 
-    EXPECT_TRUE(shown);
     EXPECT_EQ(desktop.opened, QList<QByteArray>{PlainUri(folder.Path()) + "/a%20%231%3F%20100%25"});
 }
 

@@ -187,7 +187,7 @@ TEST_F(MoveToTrashRestorableTest, LeavesAHardLinkWhenALinkOfTheSameNameCannotBeR
     EXPECT_FALSE(EntryExists(Path("home/data/Trash/info/file.trashinfo")));
 }
 
-// A full trash
+// A trash with many files
 
 TEST_F(MoveToTrashRestorableTest, DoesNotListTheTrashWhenTheFileKeepsItsNameThere)
 {

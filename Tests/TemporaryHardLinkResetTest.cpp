@@ -74,8 +74,7 @@ TEST_F(TemporaryHardLinkResetTest, ResetRemovesTheRecordedPathAndLinksTheNewFile
 
     EXPECT_EQ(link.GetOriginalFilePath(), original);
     EXPECT_EQ(link.GetLinkedFilePath(), "");
-    ASSERT_EQ(TemporaryFiles().size(), 1U);
-    EXPECT_EQ(LinkText(TemporaryFiles()[0]), original);
+    EXPECT_THAT(LinkTexts(), ElementsAre(original));
 }
 
 TEST_F(TemporaryHardLinkResetTest, ResetRecordsAnotherNameWhenTheLinkFailsAgain)
@@ -126,9 +125,7 @@ TEST_F(TemporaryHardLinkResetTest, ResetWithTheSamePathLeavesOneMoreLink)
 
     EXPECT_EQ(link.GetOriginalFilePath(), original);
     EXPECT_EQ(link.GetLinkedFilePath(), "");
-    ASSERT_EQ(TemporaryFiles().size(), 3U);
-    for (const std::string& file : TemporaryFiles())
-        EXPECT_EQ(LinkText(file), original);
+    EXPECT_THAT(LinkTexts(), ElementsAre(original, original, original));
 }
 
 TEST_F(TemporaryHardLinkResetTest, ResetNeverRemovesTheOriginal)
@@ -152,8 +149,7 @@ TEST_F(TemporaryHardLinkResetTest, ResetAcceptsItsOwnRecordedPath)
     EXPECT_EQ(link.GetOriginalFilePath(), recorded);
     EXPECT_EQ(link.GetLinkedFilePath(), "");
     EXPECT_EQ(link.GetExistFilePath(), "");
-    ASSERT_EQ(TemporaryFiles().size(), 1U);
-    EXPECT_EQ(LinkText(TemporaryFiles()[0]), recorded);
+    EXPECT_THAT(LinkTexts(), ElementsAre(recorded));
 }
 
 class MovedTemporaryHardLinkTest : public TemporaryHardLinkFixture

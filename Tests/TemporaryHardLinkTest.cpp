@@ -93,9 +93,7 @@ TEST_F(TemporaryHardLinkTest, LinksAFileUnderANewNameInTheTemporaryFolder)
 
     const TemporaryHardLink link(original);
 
-    ASSERT_EQ(TemporaryFiles().size(), 1U);
-    EXPECT_TRUE(std::filesystem::is_symlink(TemporaryFiles()[0]));
-    EXPECT_EQ(LinkText(TemporaryFiles()[0]), original);
+    EXPECT_THAT(LinkTexts(), ElementsAre(original));
 }
 
 TEST_F(TemporaryHardLinkTest, NamesTheLinkAfterTheApplication)
@@ -127,8 +125,7 @@ TEST_F(TemporaryHardLinkTest, LeavesALinkThatWasMadeInTheTemporaryFolder)
         const TemporaryHardLink link(original);
     }
 
-    ASSERT_EQ(TemporaryFiles().size(), 1U);
-    EXPECT_EQ(LinkText(TemporaryFiles()[0]), original);
+    EXPECT_THAT(LinkTexts(), ElementsAre(original));
     EXPECT_TRUE(TemporaryHardLink::exists(original));
 }
 
@@ -147,8 +144,7 @@ TEST_F(TemporaryHardLinkTest, LinksAMissingFile)
 
     const TemporaryHardLink link(missing);
 
-    ASSERT_EQ(TemporaryFiles().size(), 1U);
-    EXPECT_EQ(LinkText(TemporaryFiles()[0]), missing);
+    EXPECT_THAT(LinkTexts(), ElementsAre(missing));
     EXPECT_EQ(link.GetOriginalFilePath(), missing);
     EXPECT_EQ(link.GetLinkedFilePath(), "");
     EXPECT_EQ(link.GetExistFilePath(), "");
@@ -160,8 +156,7 @@ TEST_F(TemporaryHardLinkTest, LinksAFolder)
 
     const TemporaryHardLink link(original);
 
-    ASSERT_EQ(TemporaryFiles().size(), 1U);
-    EXPECT_EQ(LinkText(TemporaryFiles()[0]), original);
+    EXPECT_THAT(LinkTexts(), ElementsAre(original));
     EXPECT_EQ(link.GetExistFilePath(), original);
 }
 
@@ -449,8 +444,7 @@ TEST_P(TemporaryHardLinkPathTest, LinksToTheUnchangedPath)
 
     EXPECT_EQ(link.GetOriginalFilePath(), GetParam().path);
     EXPECT_EQ(link.GetLinkedFilePath(), "");
-    ASSERT_EQ(TemporaryFiles().size(), 1U);
-    EXPECT_EQ(LinkText(TemporaryFiles()[0]), GetParam().linkText);
+    EXPECT_THAT(LinkTexts(), ElementsAre(GetParam().linkText));
 }
 
 LinkedPath Unchanged(const std::string& name, const std::string& path)

@@ -62,6 +62,15 @@ protected:
         return paths;
     }
 
+    /// The target texts of the links in the temporary folder, in the order of their names.
+    std::vector<std::string> LinkTexts() const
+    {
+        std::vector<std::string> texts;
+        for (const std::string& file : TemporaryFiles())
+            texts.push_back(LinkText(file));
+        return texts;
+    }
+
 private:
     Environment environment;
 };
