@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 
 namespace Tests {
 
-ByteFolder::ByteFolder() : root(QFile::encodeName(folder.Path()).toStdString())
+ByteFolder::ByteFolder() : root(QFile::encodeName(holder.Path()).toStdString())
 {
     SetMode(".", 0755);
 }

@@ -38,7 +38,7 @@ public:
     std::vector<std::string> Tree() const;
 
 private:
-    TempFolder folder;
+    TempFolder holder;
     std::string root;
 };
 
