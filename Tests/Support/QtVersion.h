@@ -40,7 +40,8 @@ public:
 
 #else
 
-/// Sets a locale whose encoding is not UTF-8, while it lives. Qt 5 writes file names in the locale's encoding.
+/// Sets a locale whose encoding is not UTF-8, while it lives. Qt 5 writes file names in the locale's
+/// encoding.
 class NonUtf8Locale
 {
 public:
