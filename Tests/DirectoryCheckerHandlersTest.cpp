@@ -1,3 +1,5 @@
+// Direct calls of the checker's handlers for a folder and for a file, the two parts of a pass.
+
 #include "Lib/Util/FS/DirectoryChecker.h"
 
 #include "Tests/Support/CheckerFixture.h"
@@ -21,8 +23,6 @@ namespace {
 using namespace std::chrono_literals;
 
 using DirectoryCheckerHandlersTest = CheckerFixture;
-
-// The two halves by themselves
 
 TEST_F(DirectoryCheckerHandlersTest, OnlyAddsWhenAFolderChanged)
 {
@@ -69,7 +69,7 @@ TEST_F(DirectoryCheckerHandlersTest, ChecksOneFileOnlyWhenAFileChanged)
     EXPECT_FALSE(asked);
 }
 
-// The place where the name would go stands for a file that is not in the snapshot.
+// Intended: an unknown file is compared with the entry at the position that its name would have.
 TEST_F(DirectoryCheckerHandlersTest, ReplacesTheEntryOfTheNextNameByAnUnknownChangedFile)
 {
     StartWith({"a.txt", "c.txt", "d.txt"});

@@ -26,7 +26,7 @@ using namespace std::chrono_literals;
 
 using DirectoryCheckerPassTest = CheckerFixture;
 
-// A pass: new files
+// New files
 
 TEST_F(DirectoryCheckerPassTest, ReportsNothingWhenNothingChanged)
 {
@@ -155,7 +155,7 @@ TEST_F(DirectoryCheckerPassTest, EmitsTheEntryThatItStores)
     EXPECT_EQ(stored.lastModified(), emitted.lastModified());
 }
 
-// The time that counts is the one at the listing, not the one at the first question for it.
+// The stored time is that of the listing, not that of the first call of lastModified().
 TEST_F(DirectoryCheckerPassTest, StoresTheSizeAndTimeThatAFileHadWhenItWasAdded)
 {
     const QDateTime before = QDateTime::fromMSecsSinceEpoch(1500000000000);
@@ -190,7 +190,7 @@ TEST_F(DirectoryCheckerPassTest, StoresTheTimesOfTheFilesThatFillAnEmptySnapshot
     EXPECT_THAT(Check(), ElementsAre("FileChanged a.txt"));
 }
 
-// A pass: changes and removals
+// Changes and removals
 
 TEST_F(DirectoryCheckerPassTest, ReportsAddedFilesFirstAndThenTheOthersInTheOrderOfTheSnapshot)
 {
@@ -334,7 +334,7 @@ TEST_F(DirectoryCheckerPassTest, TreatsAFileReplacedByOneOfTheSameTimeAsUnchange
     EXPECT_THAT(Check(), IsEmpty());
 }
 
-// Intended: existence and time decide, not the kind, for an entry that is in the snapshot already.
+// Intended: for a known entry only existence and time matter, not whether it is a file.
 TEST_F(DirectoryCheckerPassTest, ReportsAFileReplacedByAFolderAsChanged)
 {
     StartWith({"a.txt"}, 1);
@@ -378,7 +378,7 @@ TEST_F(DirectoryCheckerPassTest, AddsANewFileBesideTheOthersOfItsName)
     EXPECT_THAT(Check(), IsEmpty());
 }
 
-// Only the file at the end of the list is known by the name, and it is not the one that is asked for.
+// The lookup ends at the last entry, which has the same name but is another file.
 TEST_F(DirectoryCheckerPassTest, AddsANewFileWithTheNameOfTheLastKnownOne)
 {
     StartWith({"one/z.txt"}, 1);
@@ -486,7 +486,7 @@ TEST_F(DirectoryCheckerPassTest, FollowsACycleOfLinksDownToItsDepth)
     EXPECT_THAT(Check(), IsEmpty());
 }
 
-// A start and the filling of an empty snapshot compare nothing, a later pass does.
+// Intended: a start and a pass that fills an empty snapshot compare nothing; later passes do.
 TEST_F(DirectoryCheckerPassTest, TreatsAFileThatALinkLeadsToAsKnownUnlessTheSnapshotIsEmpty)
 {
     Write("a.txt");

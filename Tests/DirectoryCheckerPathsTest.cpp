@@ -22,7 +22,7 @@ namespace {
 
 using DirectoryCheckerPathsTest = CheckerFixture;
 
-// Paths as they were given
+// Forms of a path
 
 class DirectoryCheckerPathTest : public CheckerFixture, public testing::WithParamInterface<const char*>
 {
@@ -62,7 +62,7 @@ TEST_P(DirectoryCheckerPathTest, KeepsThePathAsItWasGivenAndReportsEveryChangeOn
 INSTANTIATE_TEST_SUITE_P(Forms, DirectoryCheckerPathTest,
                          testing::Values("%/root", "%/root/", "%/root/sub/..", "root", "./root/", "%//root"));
 
-// The empty path and the idle checker
+// The empty path, and passes without a start
 
 TEST_F(DirectoryCheckerPathsTest, KeepsCheckingARelativeRootAfterTheCurrentFolderChanged)
 {
@@ -133,7 +133,7 @@ TEST_F(DirectoryCheckerPathsTest, AddsTheFilesOfAStartToThoseOfOneOnAnEmptyPath)
     EXPECT_TRUE(checker.GetFileInfoList().isEmpty());
 }
 
-// An empty text is as good as none.
+// Intended: after a start with an empty path the checker is still idle, so a stop clears nothing.
 TEST_F(DirectoryCheckerPathsTest, AddsTheSameFilesAgainInASecondStartOnAnEmptyPath)
 {
     Write("a.txt");

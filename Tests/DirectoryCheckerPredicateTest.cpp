@@ -245,7 +245,7 @@ TEST_F(DirectoryCheckerPredicateTest, StaysIdleWhenThePredicateThrowsInAStart)
     EXPECT_TRUE(checker.GetWatchedDirPath().isEmpty());
     EXPECT_TRUE(checker.GetFileInfoList().isEmpty());
     {
-        // Its settings are as they were, too.
+        // The settings of before are kept, too.
         const TempFolder other;
         other.Write("c.mp4");
         other.Write("sub/d.mp4");

@@ -22,8 +22,6 @@ namespace {
 
 using DirectoryCheckerSlotsTest = CheckerFixture;
 
-// Slots that misbehave
-
 enum class Signal
 {
     PathChanged,
@@ -35,8 +33,8 @@ enum class Signal
     FileRemoved
 };
 
-/// Brings about one signal first and, unless a slot interferes, others after it. A slot acts on the first
-/// occurrence of the signal only.
+/// Provokes one signal and, unless a slot interferes, others after it. The slot acts only on the first
+/// occurrence of the signal.
 class DirectoryCheckerSignalTest : public FolderFixture, public testing::WithParamInterface<Signal>
 {
 protected:
@@ -108,7 +106,7 @@ protected:
         checker->CheckFolder();
     }
 
-    /// Up to the signal in which the slot acts.
+    /// The log up to the signal whose slot acts.
     Texts Before() const
     {
         const std::string path = "PathChanged " + RootPath();
@@ -130,7 +128,7 @@ protected:
         return {};
     }
 
-    /// After it, when nothing interferes.
+    /// The rest of the log when nothing interferes.
     Texts After() const
     {
         switch (GetParam()) {
@@ -207,7 +205,7 @@ TEST_P(DirectoryCheckerSignalTest, ReportsNothingMoreOfTheOldFolderAfterTheSlotH
     EXPECT_THAT(log.Entries(), IsEmpty());
 }
 
-// The restarted watch knows every file as it is now, so the rest of the old pass has nothing to say.
+// The new watch knows every file as it is now, so the rest of the old pass reports nothing.
 TEST_P(DirectoryCheckerSignalTest, ReportsNothingMoreAfterTheSlotHasRestartedItOnTheSameFolder)
 {
     ActInSlot([&] {
@@ -294,7 +292,7 @@ TEST_F(DirectoryCheckerSlotsTest, AddsTheRemainingFilesAfterASlotHasAddedSome)
     other.Write("b.txt");
     StartWith({"m.txt"});
     Write({"a.txt", "z.txt"});
-    // The place of z.txt moves by one after the pass has begun.
+    // The position of z.txt moves by one after the pass has begun.
     QObject::connect(&checker, &DirectoryChecker::FileAdded, [&](const QFileInfo& info) {
         if (IsNamed(info, "a.txt"))
             checker.OnDirectoryChanged(other.Path());

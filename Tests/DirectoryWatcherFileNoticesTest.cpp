@@ -16,12 +16,12 @@ using Zendra::LW::IDirectoryWatcher;
 namespace Tests {
 namespace {
 
-// Notices of a file that exists
+// Notices of changed files
 
 class DirectoryWatcherChangeTest : public WatcherFixture
 {
 protected:
-    /// Starts with these files, all of the same time.
+    /// Starts with these files, which all have the same time.
     void StartWithTime(std::initializer_list<const char*> paths, unsigned int depth = 0)
     {
         Write(paths);
@@ -170,7 +170,7 @@ TEST_F(DirectoryWatcherChangeTest, IsIgnoredWhileTheSnapshotIsEmpty)
     EXPECT_THAT(Files(), IsEmpty());
 }
 
-// Notices of a file that is gone
+// Notices of removed files
 
 using DirectoryWatcherRemovalTest = WatcherFixture;
 

@@ -22,7 +22,7 @@ using Zendra::LW::IDirectoryWatcher;
 namespace Tests {
 namespace {
 
-// Notices of the root folder
+// Notices of folders
 
 using DirectoryWatcherFolderNoticeTest = WatcherFixture;
 

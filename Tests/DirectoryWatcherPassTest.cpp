@@ -18,7 +18,7 @@ using Zendra::LW::IDirectoryWatcher;
 namespace Tests {
 namespace {
 
-// What the rest of a pass may still do, one handler at a time
+// The rest of a pass
 
 using WatcherPassTest = WatcherFixture;
 
@@ -197,7 +197,7 @@ TEST_F(WatcherPassTest, RefusesAStartInASlotThatHasNotStoppedIt)
     EXPECT_THAT(Files(), ElementsAre("a", "b", "m"));
 }
 
-// The object that brings the notices, when it is stopped inside one
+// The QFileSystemWatcher, when a slot stops the watcher inside a notice
 
 class StoppedInNoticeTest : public WatcherFixture
 {
@@ -278,7 +278,7 @@ TEST_F(StoppedInNoticeTest, IsReleasedOnce)
     StartWith({});
     Touch("b");
 
-    // This notice's end must not touch the one of before.
+    // The end of this notice must not touch the QFileSystemWatcher of the first watch.
     Notify("fileChanged", Path("b"));
     ProcessDeferredDeletes();
 
@@ -292,7 +292,7 @@ TEST_F(StoppedInNoticeTest, IsReleasedOnEveryStop)
         watcher->StartWatching(folder.Path(), {}, {}, 0);
         const QPointer<QFileSystemWatcher> second = System();
         watcher->StopWatching();
-        EXPECT_FALSE(second.isNull()) << "its notice may be the one around this, for all the watcher knows";
+        EXPECT_FALSE(second.isNull()) << "for all the watcher knows, the running notice is its own";
         watcher->StartWatching(folder.Path(), {}, {}, 0);
     });
 

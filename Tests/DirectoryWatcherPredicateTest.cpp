@@ -347,7 +347,7 @@ TEST_F(MisbehavingPredicateTest, MayChangeItsAnswerWithEveryCall)
     StartAsking([&](const QFileInfo&) { return ++asked % 2 == 0; });
     ASSERT_THAT(Files(), ElementsAre("b"));
 
-    // Asked about a and c only: once more no and yes.
+    // It is called for a and c only, and rejects and accepts again.
     watcher->OnDirectoryChanged(folder.Path());
     EXPECT_THAT(Files(), ElementsAre("a", "b"));
     watcher->OnDirectoryChanged(folder.Path());

@@ -20,7 +20,7 @@ using testing::IsEmpty;
 namespace Tests {
 namespace {
 
-/// What a test does to the calls that register files and folders with the system.
+/// What a test changes in the calls that register files and folders with the system.
 struct SystemNotices
 {
     /// Runs before a path is registered.

@@ -1,4 +1,4 @@
-// What slots may do to the watcher that calls them. Most of these tests say more with the address sanitizer.
+// What slots may do to the watcher that calls them. The address sanitizer finds most of the mistakes.
 
 #include "Lib/Util/FS/DirectoryWatcher.h"
 
@@ -26,7 +26,7 @@ using Zendra::LW::IDirectoryWatcher;
 namespace Tests {
 namespace {
 
-/// A signal in whose slot something is done, while notices of other changes are waiting.
+/// The signal whose slot acts, while notices of other changes are pending.
 enum class Signal
 {
     Started,
@@ -60,7 +60,7 @@ protected:
 
     bool IsFromNotice() const { return GetParam() >= Signal::Added; }
 
-    /// Lets a slot run the first time that the signal comes.
+    /// Connects a slot that runs the first time that the signal is emitted.
     void OnSignal(std::function<void()> slot)
     {
         const auto once = [this, slot = std::move(slot)] {
@@ -87,10 +87,10 @@ protected:
         }
     }
 
-    /// Makes the watcher emit the signal and leaves notices of many other changes to come after it.
+    /// Makes the watcher emit the signal, with notices of many other changes pending.
     void Provoke()
     {
-        // The slot may take the watcher from its owner.
+        // The slot may release or delete the watcher.
         DirectoryWatcher* const alive = watcher.get();
         alive->StartWatching(folder.Path(), {}, {}, 0);
         if (GetParam() == Signal::Stopped)
@@ -164,7 +164,7 @@ TEST_P(MisbehavingSlotTest, MayRestartTheWatcherInTheSameFolder)
     Provoke();
     HandleAllNotices();
 
-    // What has changed before the second start is in its snapshot, and no news.
+    // Changes before the second start are in its snapshot and are not reported.
     if (IsFromNotice()) {
         EXPECT_THAT(signalLog.Entries(), ElementsAre("WatchingStarted"));
     }
@@ -201,7 +201,7 @@ TEST_P(MisbehavingSlotTest, MayDeleteTheWatcherAtOnce)
     ProcessDeferredDeletes();
 
     EXPECT_EQ(watcher, nullptr);
-    EXPECT_EQ(systemSurvived, IsFromNotice()) << "it must outlive its own notice, and nothing else";
+    EXPECT_EQ(systemSurvived, IsFromNotice()) << "it must survive its own notice, and nothing else";
     EXPECT_TRUE(system.isNull());
     EXPECT_THAT(signalLog.Entries(), IsEmpty());
 }
@@ -321,8 +321,8 @@ TEST_P(MisbehavingSlotTest, MayDeleteTheWatcherInsideAnEventLoop)
     EXPECT_EQ(watcher, nullptr);
 }
 
-// Two watchers, one of which gets its notice in an event loop that a slot of the other runs. Qt announces
-// that notice a second time when the loop is over, and would wait for it to come.
+// Two watchers, one of which gets its notice in an event loop that a slot of the other one runs. After that
+// loop Qt tries to read the notice again, and would block until another one comes.
 
 using TwoWatchersTest = WatcherFixture;
 

@@ -196,7 +196,7 @@ TEST_F(DirectoryWatcherStartTest, RebuildsEverythingAfterAStop)
     EXPECT_THAT(watcher->findChildren<QFileSystemWatcher*>(), SizeIs(1));
 }
 
-// A start that is refused
+// A refused start
 
 using DirectoryWatcherRefusalTest = WatcherFixture;
 
@@ -242,12 +242,12 @@ TEST_F(DirectoryWatcherRefusalTest, KeepsTheSettingsOfTheRunningWatch)
     EXPECT_FALSE(wasAsked);
 }
 
-// A predicate that throws at the start
+// A start in which the predicate throws
 
 class DirectoryWatcherFailedStartTest : public WatcherFixture
 {
 protected:
-    /// Throws at the second file, when the first has been accepted.
+    /// The predicate accepts the first file and throws at the second.
     void FailToStart()
     {
         Write({"other/a.txt", "other/b.txt"});

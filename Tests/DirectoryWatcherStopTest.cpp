@@ -127,7 +127,7 @@ TEST_F(DirectoryWatcherStopTest, IsNotReportedOnDestruction)
     EXPECT_THAT(signalLog.Entries(), IsEmpty());
 }
 
-// Notices while nothing is watched, which only direct calls can bring
+// Direct calls of the handlers while nothing is watched
 
 using IdleDirectoryWatcherTest = WatcherFixture;
 

@@ -1,3 +1,5 @@
+// The system's notices, through the event loop.
+
 #include "Lib/Util/FS/DirectoryWatcher.h"
 
 #include "Tests/Support/Surroundings.h"
@@ -14,8 +16,6 @@ using testing::UnorderedElementsAre;
 
 namespace Tests {
 namespace {
-
-// Real notices, through the event loop
 
 class DirectoryWatcherSystemNoticesTest : public WatcherFixture
 {

@@ -196,20 +196,20 @@ TEST(WatcherMetaObjectTest, OfTheCheckerAddsNothingToTheInterface)
     EXPECT_EQ(OwnMembersOf(metaObject), (OwnMembers{0, 0, 0, 0, 0}));
 }
 
-/// Whether a pointer to a member function is one to a virtual function: in the C++ ABI of Linux and macOS a
-/// bit says so, whose place depends on the processor.
+/// Whether a member function is virtual. The C++ ABI of Linux and macOS marks pointers to virtual functions
+/// with a bit whose position depends on the processor.
 template <typename Function>
 bool IsVirtual(Function function)
 {
 #ifdef __aarch64__
-    constexpr std::size_t place = 1;
+    constexpr std::size_t markedWord = 1;
 #else
-    constexpr std::size_t place = 0;
+    constexpr std::size_t markedWord = 0;
 #endif
     std::array<std::size_t, 2> words;
     static_assert(std::is_member_function_pointer_v<Function> && sizeof(function) == sizeof(words));
     std::memcpy(words.data(), &function, sizeof(words));
-    return (words[place] & 1) != 0;
+    return (words[markedWord] & 1) != 0;
 }
 
 /// Gives access to the last virtual function of QObject.
@@ -416,7 +416,8 @@ TYPED_TEST(EveryWatcherTest, RegistersNoMetaType)
     implementation.OnFileChanged(this->Path("b.txt"));
 
     EXPECT_THAT(this->signalLog.Infos(), SizeIs(3));
-    // Asking a signal for the meta-type of its argument would register it, so no test here may do that.
+    // QMetaMethod::parameterType() would register QFileInfo, so no test here may call it for the signals of
+    // files.
     EXPECT_FALSE(IsMetaType("QFileInfo"));
 }
 

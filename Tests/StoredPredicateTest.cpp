@@ -39,7 +39,7 @@ protected:
             Write(std::string("root/") + name);
     }
 
-    /// Lets both look for new files.
+    /// Makes both scan for new files.
     void LookForNewFiles()
     {
         ClearLogs();

@@ -36,7 +36,7 @@ namespace {
 
 constexpr int unlimited = std::numeric_limits<int>::max();
 
-/// What a test does to the calls that list folders and register paths.
+/// What a test changes in the calls that list folders and register paths.
 struct Faults
 {
     /// How many paths can still be registered for notices.

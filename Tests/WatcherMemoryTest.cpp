@@ -88,7 +88,7 @@ TEST_P(WatcherMemoryTest, StaysTheSameOverPassesInWhichNothingChanged)
         checker.CheckFolder();
     const std::ptrdiff_t afterAllPasses = HeapBytesInUse();
 
-    // Qt 6 allocates a few bytes of its own for a name filter, and frees them later.
+    // Qt 6 allocates a few bytes of its own for name filters, and frees them later.
     const QStringList& nameFilters = GetParam().nameFilters;
     const std::ptrdiff_t ofQt = QT_VERSION_MAJOR > 5 && !nameFilters.isEmpty() ? 16 : 0;
     EXPECT_LE(std::abs(afterOnePass - afterTheStart), ofQt);

@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-// What each of the two watchers sees of the same events: the choice between them.
+// What each of the two watchers reports of the same events: reasons to choose one of them.
 
 namespace {
 
