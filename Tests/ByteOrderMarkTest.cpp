@@ -7,10 +7,6 @@
 #include <gmock/gmock.h>
 
 #include <QDir>
-#include <QFile>
-
-#include <string>
-#include <vector>
 
 using testing::ElementsAre;
 using testing::ElementsAreArray;

@@ -11,11 +11,8 @@
 #include <chrono>
 
 using testing::ElementsAre;
-using testing::EndsWith;
 using testing::IsEmpty;
-using testing::UnorderedElementsAre;
 using Zendra::LW::DirectoryChecker;
-using Zendra::LW::IDirectoryWatcher;
 
 namespace Tests {
 namespace {

@@ -13,11 +13,9 @@
 #include <vector>
 
 using testing::ElementsAre;
-using testing::EndsWith;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 using Zendra::LW::DirectoryChecker;
-using Zendra::LW::IDirectoryWatcher;
 
 namespace Tests {
 namespace {

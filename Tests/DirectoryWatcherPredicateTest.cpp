@@ -9,9 +9,7 @@
 
 #include <gmock/gmock.h>
 
-#include <memory>
 #include <stdexcept>
-#include <string>
 #include <utility>
 #include <vector>
 
@@ -139,8 +137,6 @@ TEST_F(PredicateInWatcherStartTest, EndsItByAStop)
 
 TEST_F(PredicateInWatcherStartTest, EndsItByAnotherStart)
 {
-    if (const std::string why = WhyNoticesAreLate(); !why.empty())
-        GTEST_SKIP() << why;
     Texts asked;
 
     EXPECT_FALSE(StartAsking([&](const QFileInfo& info) {
@@ -158,8 +154,10 @@ TEST_F(PredicateInWatcherStartTest, EndsItByAnotherStart)
     EXPECT_THAT(Files(), ElementsAre("other/o"));
     EXPECT_THAT(RegisteredFiles(), ElementsAre("other/o"));
     EXPECT_THAT(watcher->children(), SizeIs(1));
-    Touch("other/o");
-    EXPECT_TRUE(signalLog.WaitFor("FileChanged other/o"));
+    if (WhyNoticesAreLate().empty()) {
+        Touch("other/o");
+        EXPECT_TRUE(signalLog.WaitFor("FileChanged other/o"));
+    }
 }
 
 // Predicates that misbehave in a start

@@ -9,7 +9,6 @@
 #include <vector>
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
 namespace Tests {
