@@ -33,12 +33,12 @@ protected:
     QString path = QString::fromUtf8(GetParam().path);
 };
 
-TEST_P(AbsolutePathTest, IsTheOneThatQtGives)
+TEST_P(AbsolutePathTest, EqualsThatOfQt)
 {
     EXPECT_EQ(AbsolutePathOf(QFileInfo(path)), QFileInfo(path).absoluteFilePath());
 }
 
-TEST_P(AbsolutePathTest, IsThePathItselfWhenThatIsAbsoluteAndClean)
+TEST_P(AbsolutePathTest, IsThePathItselfIfAbsoluteAndClean)
 {
     EXPECT_EQ(IsAbsoluteAndClean(path), GetParam().isAbsoluteAndClean);
     EXPECT_EQ(QFileInfo(path).absoluteFilePath() == path, GetParam().isAbsoluteAndClean);
@@ -56,12 +56,12 @@ INSTANTIATE_TEST_SUITE_P(
                     PathRow{"/sub/..", false, "UpAtTheEnd"}),
     [](const auto& row) { return row.param.name; });
 
-TEST(RelativeAbsolutePathTest, StaysWhatItWasWhenTheCurrentFolderIsAnother)
+TEST(RelativeAbsolutePathTest, DoesNotChangeWithTheCurrentFolder)
 {
     const TempFolder folder;
     const TempFolder other;
     const QFileInfo info(QStringLiteral("a.txt"));
-    const QString path = folder.Path(QStringLiteral("a.txt"));
+    const QString path = folder.Path("a.txt");
     const CurrentFolder here(folder.Path());
     ASSERT_EQ(AbsolutePathOf(info), path);
 

@@ -21,43 +21,43 @@ namespace {
 static_assert(static_cast<int>(AlertBox::Level::Warning) == 0, "callers pass the number");
 static_assert(!std::is_copy_constructible_v<AlertBox> && !std::is_copy_assignable_v<AlertBox>);
 
-/// The box on the screen, if there is one.
+/// The box that is shown, or null.
 QMessageBox* ShownBox()
 {
     return qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
 }
 
-/// The user: looks at a box as soon as one is shown, and does something to it, once.
+/// Acts once on the first box that is shown, as a user would.
 class User
 {
 public:
     explicit User(std::function<void(QMessageBox&)> act)
     {
-        QObject::connect(&glance, &QTimer::timeout, &glance, [this, act = std::move(act)] {
+        QObject::connect(&poll, &QTimer::timeout, &poll, [this, act = std::move(act)] {
             if (QMessageBox* const box = ShownBox()) {
-                glance.stop();
-                hasSeenABox = true;
+                poll.stop();
+                hasSeenBox = true;
                 act(*box);
             }
         });
-        glance.start(0);
+        poll.start(0);
     }
 
-    bool HasSeenABox() const { return hasSeenABox; }
+    bool HasSeenBox() const { return hasSeenBox; }
 
 private:
-    QTimer glance;
-    bool hasSeenABox = false;
+    QTimer poll;
+    bool hasSeenBox = false;
 };
 
-/// Counts what QDialog complains about while it lives.
-class DialogComplaints
+/// Counts the warnings of QDialog while it lives.
+class DialogWarnings
 {
 public:
-    DialogComplaints() : before(qInstallMessageHandler(&Count)) { count = 0; }
-    ~DialogComplaints() { qInstallMessageHandler(before); }
-    DialogComplaints(const DialogComplaints&) = delete;
-    DialogComplaints& operator=(const DialogComplaints&) = delete;
+    DialogWarnings() : before(qInstallMessageHandler(&Count)) { count = 0; }
+    ~DialogWarnings() { qInstallMessageHandler(before); }
+    DialogWarnings(const DialogWarnings&) = delete;
+    DialogWarnings& operator=(const DialogWarnings&) = delete;
 
     static inline int count = 0;
 
@@ -81,6 +81,16 @@ void PressOk(QMessageBox& box)
 }
 
 constexpr Qt::WindowFlags dialog = Qt::Dialog;
+
+/// A warning without texts.
+class WarningBox : public AlertBox
+{
+public:
+    explicit WarningBox(QMessageBox::StandardButtons buttons = QMessageBox::Ok, QWidget* parent = nullptr)
+        : AlertBox(Level::Warning, QString(), QString(), buttons, parent, dialog)
+    {
+    }
+};
 
 struct LevelAndIcon
 {
@@ -136,7 +146,7 @@ TEST(AlertBoxTest, ShowsTheTitleTheTextAndTheButtons)
     EXPECT_EQ(buttons, QMessageBox::Yes | QMessageBox::No);
 }
 
-TEST(AlertBoxTest, ShowsTheTextAsItIsWhenItLooksLikeMarkup)
+TEST(AlertBoxTest, ShowsMarkupAsPlainText)
 {
     const QString markup = QStringLiteral(" \nNo such folder: /home/<b>me</b>/&lt;&amp;  two\n%1 ");
     AlertBox box(AlertBox::Level::Warning, QString(), markup, QMessageBox::Ok, nullptr, dialog);
@@ -157,7 +167,7 @@ TEST(AlertBoxTest, ShowsTheTextAsItIsWhenItLooksLikeMarkup)
 TEST(AlertBoxTest, BelongsToItsParent)
 {
     QWidget window;
-    AlertBox box(AlertBox::Level::Warning, QString(), QString(), QMessageBox::Ok, &window, dialog);
+    WarningBox box(QMessageBox::Ok, &window);
     const QWidget* parent = nullptr;
     const User user([&](QMessageBox& shown) {
         parent = shown.parentWidget();
@@ -172,7 +182,7 @@ TEST(AlertBoxTest, BelongsToItsParent)
 TEST(AlertBoxTest, NeedsNoParent)
 {
     QWidget notTheParent;
-    AlertBox box(AlertBox::Level::Warning, QString(), QString(), QMessageBox::Ok, nullptr, dialog);
+    WarningBox box;
     const QWidget* parent = &notTheParent;
     const User user([&](QMessageBox& shown) {
         parent = shown.parentWidget();
@@ -184,7 +194,7 @@ TEST(AlertBoxTest, NeedsNoParent)
     EXPECT_EQ(parent, nullptr);
 }
 
-TEST(AlertBoxTest, IsAWindowWithTheFlagsItWasGiven)
+TEST(AlertBoxTest, HasTheGivenWindowFlags)
 {
     AlertBox box(AlertBox::Level::Warning, QString(), QString(), QMessageBox::Ok, nullptr,
                  Qt::Sheet | Qt::WindowStaysOnTopHint);
@@ -203,7 +213,7 @@ TEST(AlertBoxTest, IsAWindowWithTheFlagsItWasGiven)
 TEST(AlertBoxTest, IsModalToTheWholeApplication)
 {
     QWidget window;
-    AlertBox box(AlertBox::Level::Warning, QString(), QString(), QMessageBox::Ok, &window, dialog);
+    WarningBox box(QMessageBox::Ok, &window);
     Qt::WindowModality modality = Qt::NonModal;
     bool visible = false;
     const User user([&](QMessageBox& shown) {
@@ -224,13 +234,10 @@ class AlertBoxAnswerTest : public testing::TestWithParam<QMessageBox::StandardBu
 
 TEST_P(AlertBoxAnswerTest, IsTheButtonThatWasPressed)
 {
-    AlertBox box(AlertBox::Level::Question, QString(), QString(),
-                 QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel, nullptr, dialog);
+    WarningBox box(QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
     const User user([](QMessageBox& shown) { Press(shown, GetParam()); });
 
-    const QMessageBox::StandardButton answer = box.Exec();
-
-    EXPECT_EQ(answer, GetParam());
+    EXPECT_EQ(box.Exec(), GetParam());
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryButton, AlertBoxAnswerTest,
@@ -238,60 +245,50 @@ INSTANTIATE_TEST_SUITE_P(EveryButton, AlertBoxAnswerTest,
 
 TEST(AlertBoxTest, IsNotShownBeforeExec)
 {
-    const AlertBox box(AlertBox::Level::Warning, QString(), QString(), QMessageBox::Ok, nullptr, dialog);
+    const WarningBox box;
 
     QApplication::processEvents();
 
     EXPECT_EQ(ShownBox(), nullptr);
 }
 
-TEST(AlertBoxTest, TakesEscapeForTheButtonThatDeclines)
+TEST(AlertBoxTest, TreatsEscapeAsTheButtonThatDeclines)
 {
-    AlertBox box(AlertBox::Level::Question, QString(), QString(), QMessageBox::Ok | QMessageBox::Cancel,
-                 nullptr, dialog);
+    WarningBox box(QMessageBox::Ok | QMessageBox::Cancel);
     const User user([](QMessageBox& shown) { QTest::keyClick(&shown, Qt::Key_Escape); });
 
-    const QMessageBox::StandardButton answer = box.Exec();
-
-    EXPECT_EQ(answer, QMessageBox::Cancel);
+    EXPECT_EQ(box.Exec(), QMessageBox::Cancel);
 }
 
-TEST(AlertBoxTest, TakesAClosedWindowForTheOnlyButton)
+TEST(AlertBoxTest, TreatsAClosedWindowAsTheOnlyButton)
 {
-    AlertBox box(AlertBox::Level::Warning, QString(), QString(), QMessageBox::Ok, nullptr, dialog);
+    WarningBox box;
     const User user([](QMessageBox& shown) { shown.close(); });
 
-    const QMessageBox::StandardButton answer = box.Exec();
-
-    EXPECT_EQ(answer, QMessageBox::Ok);
+    EXPECT_EQ(box.Exec(), QMessageBox::Ok);
 }
 
-TEST(AlertBoxTest, GetsAnOkButtonWhenItIsGivenNone)
+TEST(AlertBoxTest, HasAnOkButtonWhenNoneIsGiven)
 {
-    AlertBox box(AlertBox::Level::Warning, QString(), QString(), QMessageBox::NoButton, nullptr, dialog);
+    WarningBox box(QMessageBox::NoButton);
     const User user(PressOk);
 
-    const QMessageBox::StandardButton answer = box.Exec();
-
-    EXPECT_EQ(answer, QMessageBox::Ok);
+    EXPECT_EQ(box.Exec(), QMessageBox::Ok);
 }
 
 TEST(AlertBoxTest, CanBeShownAgain)
 {
-    AlertBox box(AlertBox::Level::Question, QString(), QString(), QMessageBox::Yes | QMessageBox::No, nullptr,
-                 dialog);
+    WarningBox box(QMessageBox::Yes | QMessageBox::No);
     const User user([](QMessageBox& shown) { Press(shown, QMessageBox::Yes); });
     box.Exec();
     const User sameUserLater([](QMessageBox& shown) { Press(shown, QMessageBox::No); });
 
-    const QMessageBox::StandardButton answer = box.Exec();
-
-    EXPECT_EQ(answer, QMessageBox::No);
+    EXPECT_EQ(box.Exec(), QMessageBox::No);
 }
 
 TEST(AlertBoxTest, IsHiddenOnceItIsAnswered)
 {
-    AlertBox box(AlertBox::Level::Warning, QString(), QString(), QMessageBox::Ok, nullptr, dialog);
+    WarningBox box;
     QPointer<QMessageBox> seen;
     const User user([&](QMessageBox& shown) {
         seen = &shown;
@@ -305,24 +302,22 @@ TEST(AlertBoxTest, IsHiddenOnceItIsAnswered)
     EXPECT_EQ(ShownBox(), nullptr);
 }
 
-TEST(AlertBoxTest, LeavesNothingBehindInItsParent)
+TEST(AlertBoxTest, LeavesNoChildInItsParent)
 {
     QWidget window;
-    auto box = std::make_unique<AlertBox>(AlertBox::Level::Warning, QString(), QString(), QMessageBox::Ok,
-                                          &window, dialog);
+    auto box = std::make_unique<WarningBox>(QMessageBox::Ok, &window);
     const User user(PressOk);
     box->Exec();
 
     box.reset();
 
-    EXPECT_TRUE(user.HasSeenABox());
+    EXPECT_TRUE(user.HasSeenBox());
     EXPECT_TRUE(window.children().isEmpty());
 }
 
-TEST(AlertBoxTest, LeavesNothingBehindWithoutAParent)
+TEST(AlertBoxTest, DestroysItsMessageBoxWithoutAParent)
 {
-    auto box = std::make_unique<AlertBox>(AlertBox::Level::Warning, QString(), QString(), QMessageBox::Ok,
-                                          nullptr, dialog);
+    auto box = std::make_unique<WarningBox>();
     QPointer<QMessageBox> seen;
     const User user([&](QMessageBox& shown) {
         seen = &shown;
@@ -336,42 +331,38 @@ TEST(AlertBoxTest, LeavesNothingBehindWithoutAParent)
     EXPECT_TRUE(seen.isNull());
 }
 
-TEST(AlertBoxTest, GoesWithoutAnAnswerWhenItsParentIsDestroyedWhileItIsShown)
+TEST(AlertBoxTest, ClosesWithoutAnAnswerWhenItsParentIsDestroyedWhileItIsShown)
 {
     auto window = std::make_unique<QWidget>();
-    AlertBox box(AlertBox::Level::Warning, QString(), QString(), QMessageBox::Ok, window.get(), dialog);
+    WarningBox box(QMessageBox::Ok, window.get());
     const User user([&](QMessageBox&) { window.reset(); });
 
-    const QMessageBox::StandardButton answer = box.Exec();
+    EXPECT_EQ(box.Exec(), QMessageBox::NoButton);
 
-    EXPECT_TRUE(user.HasSeenABox());
-    EXPECT_EQ(answer, QMessageBox::NoButton);
+    EXPECT_TRUE(user.HasSeenBox());
     EXPECT_EQ(ShownBox(), nullptr);
 }
 
-TEST(AlertBoxTest, IsNotShownWhenItsParentIsGoneAlready)
+TEST(AlertBoxTest, IsNotShownWhenItsParentIsDestroyedAlready)
 {
     auto window = std::make_unique<QWidget>();
-    AlertBox box(AlertBox::Level::Warning, QString(), QString(), QMessageBox::Ok, window.get(), dialog);
+    WarningBox box(QMessageBox::Ok, window.get());
     window.reset();
     const User user(PressOk);
 
-    const QMessageBox::StandardButton answer = box.Exec();
+    EXPECT_EQ(box.Exec(), QMessageBox::NoButton);
 
-    EXPECT_FALSE(user.HasSeenABox());
-    EXPECT_EQ(answer, QMessageBox::NoButton);
+    EXPECT_FALSE(user.HasSeenBox());
 }
 
-TEST(AlertBoxTest, GoesWithoutAnAnswerWhenItIsDestroyedWhileItIsShown)
+TEST(AlertBoxTest, ClosesWithoutAnAnswerWhenItIsDestroyedWhileItIsShown)
 {
-    auto box = std::make_unique<AlertBox>(AlertBox::Level::Warning, QString(), QString(), QMessageBox::Ok,
-                                          nullptr, dialog);
+    auto box = std::make_unique<WarningBox>();
     const User user([&](QMessageBox&) { box.reset(); });
 
-    const QMessageBox::StandardButton answer = box->Exec();
+    EXPECT_EQ(box->Exec(), QMessageBox::NoButton);
 
-    EXPECT_TRUE(user.HasSeenABox());
-    EXPECT_EQ(answer, QMessageBox::NoButton);
+    EXPECT_TRUE(user.HasSeenBox());
 }
 
 struct ButtonsAndName
@@ -384,12 +375,12 @@ class AlertBoxQuitTest : public testing::TestWithParam<ButtonsAndName>
 {
 };
 
-TEST_P(AlertBoxQuitTest, GoesWithoutAnAnswerWhenTheApplicationQuits)
+TEST_P(AlertBoxQuitTest, ClosesWithoutAnAnswerWhenTheApplicationQuits)
 {
-    AlertBox box(AlertBox::Level::Warning, QString(), QString(), GetParam().buttons, nullptr, dialog);
+    WarningBox box(GetParam().buttons);
     const User user([](QMessageBox&) { QCoreApplication::quit(); });
     QMessageBox::StandardButton answer = QMessageBox::Help;
-    // A box that refuses to close would keep the application running for good.
+    // A box that refuses to close would keep the application running.
     QTimer limit;
     QObject::connect(&limit, &QTimer::timeout, [] { QCoreApplication::exit(1); });
     limit.start(10000);
@@ -398,11 +389,11 @@ TEST_P(AlertBoxQuitTest, GoesWithoutAnAnswerWhenTheApplicationQuits)
     const int result = QCoreApplication::exec();
 
     EXPECT_EQ(result, 0);
-    EXPECT_TRUE(user.HasSeenABox());
+    EXPECT_TRUE(user.HasSeenBox());
     EXPECT_EQ(answer, QMessageBox::NoButton);
 }
 
-// Whether the user could close it or not.
+// Boxes that the user can close, and one that the user cannot close.
 INSTANTIATE_TEST_SUITE_P(
     EveryKind, AlertBoxQuitTest,
     testing::Values(ButtonsAndName{QMessageBox::Ok, "OneButton"},
@@ -412,7 +403,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(AlertBoxTest, CanBeShownAgainAfterTheApplicationQuit)
 {
-    AlertBox box(AlertBox::Level::Warning, QString(), QString(), QMessageBox::Ok, nullptr, dialog);
+    WarningBox box;
     {
         const User user([](QMessageBox&) { QCoreApplication::quit(); });
         QTimer::singleShot(0, qApp, [&] { box.Exec(); });
@@ -420,47 +411,41 @@ TEST(AlertBoxTest, CanBeShownAgainAfterTheApplicationQuit)
     }
     const User user(PressOk);
 
-    const QMessageBox::StandardButton answer = box.Exec();
-
-    EXPECT_EQ(answer, QMessageBox::Ok);
+    EXPECT_EQ(box.Exec(), QMessageBox::Ok);
 }
 
-TEST(AlertBoxTest, HasNoAnswerForASecondExecWhileItIsShown)
+TEST(AlertBoxTest, ReturnsNoAnswerFromASecondExecWhileItIsShown)
 {
-    AlertBox box(AlertBox::Level::Question, QString(), QString(), QMessageBox::Yes | QMessageBox::No, nullptr,
-                 dialog);
+    WarningBox box(QMessageBox::Yes | QMessageBox::No);
     QMessageBox::StandardButton inner = QMessageBox::Yes;
-    const DialogComplaints complaints;
+    const DialogWarnings warnings;
     const User user([&](QMessageBox& shown) {
         inner = box.Exec();
         EXPECT_TRUE(shown.isVisible());
         Press(shown, QMessageBox::Yes);
     });
 
-    const QMessageBox::StandardButton answer = box.Exec();
+    EXPECT_EQ(box.Exec(), QMessageBox::Yes);
 
     EXPECT_EQ(inner, QMessageBox::NoButton);
-    EXPECT_EQ(answer, QMessageBox::Yes);
-    EXPECT_EQ(complaints.count, 0);
+    EXPECT_EQ(warnings.count, 0);
 }
 
-TEST(AlertBoxTest, HasNoAnswerForASecondExecOnceItIsHiddenAndTheFirstHasNotReturned)
+TEST(AlertBoxTest, ReturnsNoAnswerFromASecondExecOnceItIsHiddenAndTheFirstHasNotReturned)
 {
-    AlertBox box(AlertBox::Level::Question, QString(), QString(), QMessageBox::Yes | QMessageBox::No, nullptr,
-                 dialog);
+    WarningBox box(QMessageBox::Yes | QMessageBox::No);
     QMessageBox::StandardButton inner = QMessageBox::Yes;
     const User user([&](QMessageBox& shown) {
         shown.hide();
         inner = box.Exec();
     });
 
-    const QMessageBox::StandardButton answer = box.Exec();
+    EXPECT_EQ(box.Exec(), QMessageBox::NoButton);
 
     EXPECT_EQ(inner, QMessageBox::NoButton);
-    EXPECT_EQ(answer, QMessageBox::NoButton);
 }
 
-TEST(AlertBoxTest, IsShownOverAnotherOne)
+TEST(AlertBoxTest, IsShownAboveAnotherOne)
 {
     AlertBox below(AlertBox::Level::Warning, QString(), QStringLiteral("below"),
                    QMessageBox::Ok | QMessageBox::Cancel, nullptr, dialog);
@@ -487,7 +472,7 @@ TEST(AlertBoxTest, IsShownOverAnotherOne)
     EXPECT_EQ(ShownBox(), nullptr);
 }
 
-TEST(AlertBoxTest, StaysWhenTheOneBelowGoes)
+TEST(AlertBoxTest, StaysOpenWhenTheOneBelowIsDestroyed)
 {
     auto below = std::make_unique<AlertBox>(AlertBox::Level::Warning, QString(), QStringLiteral("below"),
                                             QMessageBox::Ok, nullptr, dialog);

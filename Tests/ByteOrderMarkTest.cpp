@@ -1,4 +1,4 @@
-// Names that begin with U+FEFF, which decoding a name by itself would drop.
+// Names that begin with U+FEFF, a byte order mark, which a decoder of UTF-8 drops at the start of a text.
 
 #include "Tests/Support/BothWatchersFixture.h"
 #include "Tests/Support/ByteFolder.h"
@@ -7,10 +7,6 @@
 #include <gmock/gmock.h>
 
 #include <QDir>
-#include <QFile>
-
-#include <string>
-#include <vector>
 
 using testing::ElementsAre;
 using testing::ElementsAreArray;
@@ -25,7 +21,7 @@ class ByteOrderMarkTest : public BothWatchersFixture
 {
 };
 
-TEST_F(ByteOrderMarkTest, StaysTheFirstCharacterOfAFilesName)
+TEST_F(ByteOrderMarkTest, IsKeptAtTheStartOfAFileName)
 {
     Write({"root/" MARK "a.txt", "root/a.txt", "root/" MARK, "root/" MARK MARK "b"});
 
@@ -37,7 +33,7 @@ TEST_F(ByteOrderMarkTest, StaysTheFirstCharacterOfAFilesName)
     EXPECT_THAT(RegisteredFiles(), ElementsAreArray(expected));
 }
 
-TEST_F(ByteOrderMarkTest, StaysInsideAndAtTheEndOfAName)
+TEST_F(ByteOrderMarkTest, IsKeptInsideAndAtTheEndOfAFileName)
 {
     Write({"root/a" MARK, "root/a" MARK "b"});
 
@@ -47,7 +43,7 @@ TEST_F(ByteOrderMarkTest, StaysInsideAndAtTheEndOfAName)
     EXPECT_THAT(CheckerFiles(), ElementsAre("root/a" MARK, "root/a" MARK "b"));
 }
 
-TEST_F(ByteOrderMarkTest, IsNoHindranceInTheNameOfASubfolder)
+TEST_F(ByteOrderMarkTest, IsKeptInTheNameOfASubfolder)
 {
     Write({"root/" MARK "sub/" MARK "deep/a.txt", "root/" MARK "sub/" MARK "b.txt"});
 
@@ -59,17 +55,17 @@ TEST_F(ByteOrderMarkTest, IsNoHindranceInTheNameOfASubfolder)
                 ElementsAre("root/" MARK "sub/" MARK "deep/a.txt", "root/" MARK "sub/" MARK "b.txt"));
 }
 
-TEST_F(ByteOrderMarkTest, IsFoundByNameFilters)
+TEST_F(ByteOrderMarkTest, DoesNotHideAFileFromNameFilters)
 {
     Write({"root/" MARK "a.txt", "root/" MARK "a.mp4"});
 
-    StartBoth(0, {QStringLiteral("*.txt")});
+    StartBoth(0, {"*.txt"});
 
     EXPECT_THAT(Files(), ElementsAre("root/" MARK "a.txt"));
     EXPECT_THAT(CheckerFiles(), ElementsAre("root/" MARK "a.txt"));
 }
 
-TEST_F(ByteOrderMarkTest, IsFoundInTheCurrentFolder)
+TEST_F(ByteOrderMarkTest, IsKeptInTheCurrentFolder)
 {
     Write({"root/" MARK "a.txt"});
     const CurrentFolder current(Path("root"));
@@ -85,7 +81,7 @@ TEST_F(ByteOrderMarkTest, IsFoundInTheCurrentFolder)
     EXPECT_EQ(watcher->GetFileInfoList().first().fileName(), byQt.first());
 }
 
-TEST_F(ByteOrderMarkTest, BringsAllSignalsOfSuchAFile)
+TEST_F(ByteOrderMarkTest, IsInTheNameThatEverySignalReports)
 {
     Write({"root/m"});
     StartBoth();
@@ -95,24 +91,24 @@ TEST_F(ByteOrderMarkTest, BringsAllSignalsOfSuchAFile)
     EXPECT_THAT(WatcherSaw(), ElementsAre("FileAdded root/" MARK "a.txt"));
     EXPECT_THAT(CheckerSaw(), ElementsAre("FileAdded root/" MARK "a.txt"));
 
-    Clear();
+    ClearLogs();
     Touch("root/" MARK "a.txt");
     Settle();
     EXPECT_THAT(WatcherSaw(), ElementsAre("FileChanged root/" MARK "a.txt"));
     EXPECT_THAT(CheckerSaw(), ElementsAre("FileChanged root/" MARK "a.txt"));
 
-    Clear();
+    ClearLogs();
     Remove("root/" MARK "a.txt");
     Settle();
     EXPECT_THAT(WatcherSaw(), ElementsAre("FileRemoved root/" MARK "a.txt"));
     EXPECT_THAT(CheckerSaw(), ElementsAre("FileRemoved root/" MARK "a.txt"));
 
-    Clear();
+    ClearLogs();
     Settle();
     EXPECT_THAT(CheckerSaw(), IsEmpty());
 }
 
-TEST_F(ByteOrderMarkTest, IsFollowedByAllSortsOfNamesAsQDirListsThem)
+TEST_F(ByteOrderMarkTest, IsListedAsQDirListsItInFrontOfUnusualNames)
 {
     const ByteFolder bytes;
     for (const char* name : {MARK " b", MARK "\xC3\xBC", MARK "u\xCC\x88", MARK "\xF0\x9F\x98\x80",
@@ -123,16 +119,13 @@ TEST_F(ByteOrderMarkTest, IsFollowedByAllSortsOfNamesAsQDirListsThem)
     ASSERT_TRUE(watcher->StartWatching(path, {}, {}, 0));
     ASSERT_TRUE(checker.StartWatching(path, {}, {}, 0));
 
-    QStringList byQt = QDir(path).entryList(QDir::Files, QDir::Unsorted);
-    std::sort(byQt.begin(), byQt.end());
-    QStringList names;
-    for (const QFileInfo& info : checker.GetFileInfoList())
-        names.append(info.fileName());
-    EXPECT_EQ(names, byQt);
-    names.clear();
-    for (const QFileInfo& info : watcher->GetFileInfoList())
-        names.append(info.fileName());
-    EXPECT_EQ(names, byQt);
+    QStringList sorted = QDir(path).entryList(QDir::Files, QDir::Unsorted);
+    std::sort(sorted.begin(), sorted.end());
+    Texts byQt;
+    for (const QString& name : sorted)
+        byQt.push_back(name.toStdString());
+    EXPECT_EQ(NamesOf(checker.GetFileInfoList()), byQt);
+    EXPECT_EQ(NamesOf(watcher->GetFileInfoList()), byQt);
 }
 
 #undef MARK

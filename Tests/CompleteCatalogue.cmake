@@ -1,9 +1,9 @@
-# A catalogue of the example has every text that there is, translated, and no other.
+# Checks that a catalogue of the example has exactly the texts of the sources, all translated.
 #
 # cmake -D LUPDATE=<program> -D SOURCES=<root of the project> -D CATALOGUE=<file in it> -D COPY=<file to write>
 #       -P CompleteCatalogue.cmake
 
-# A new copy is what the target `translations` would make of the catalogue.
+# The copy becomes what the target `translations` would write into the catalogue.
 file(READ "${SOURCES}/${CATALOGUE}" catalogue)
 file(WRITE "${COPY}" "${catalogue}")
 execute_process(
@@ -20,5 +20,5 @@ if(NOT updated STREQUAL catalogue)
     message(FATAL_ERROR "The texts have changed: build the target translations and translate what is new in ${CATALOGUE}")
 endif()
 if(catalogue MATCHES "type=\"(unfinished|vanished|obsolete)\"")
-    message(FATAL_ERROR "${CATALOGUE} has texts that are ${CMAKE_MATCH_1}")
+    message(FATAL_ERROR "${CATALOGUE} has ${CMAKE_MATCH_1} texts")
 endif()

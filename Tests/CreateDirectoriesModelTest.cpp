@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-// Random paths, beside what "mkdir -p" makes of them.
+// Compares create_directories() with "mkdir -p" on random paths.
 
 using Zendra::ioPath;
 
@@ -21,11 +21,11 @@ namespace {
 
 constexpr int pathCount = 100;
 
-/// What is there at the start.
-class Playground : public Tests::ByteFolder
+/// The folder at the start.
+class StartFolder : public Tests::ByteFolder
 {
 public:
-    Playground()
+    StartFolder()
     {
         Write("file");
         Write("folder/file");
@@ -54,7 +54,7 @@ std::vector<std::string> RandomPaths(unsigned int seed)
     std::vector<std::string> paths;
     while (paths.size() < pathCount) {
         std::string path;
-        // Not further up than the playground.
+        // Never leaves the test's folder.
         int depth = 0;
         for (std::size_t left = 1 + below(5); left > 0; --left) {
             const std::string& name = names[below(names.size())];
@@ -63,14 +63,14 @@ std::vector<std::string> RandomPaths(unsigned int seed)
             depth += name != ".." && name != "." && !name.empty() && name != "toFolder";
             path += (path.empty() ? "" : "/") + name;
         }
-        // An empty name in front would make the path absolute.
+        // An empty first name would make the path absolute.
         path.erase(0, path.find_first_not_of('/'));
         paths.push_back(path);
     }
     return paths;
 }
 
-/// Whether each could be made, in the current folder.
+/// Whether mkdir could create each of them in the current folder.
 std::vector<bool> MakeWithMkdir(const std::vector<std::string>& paths)
 {
     QStringList arguments = {QStringLiteral("-c"),
@@ -106,20 +106,20 @@ protected:
     const std::filesystem::path before = std::filesystem::current_path();
 };
 
-TEST_P(CreateDirectoriesModelTest, MakesWhatMkdirMakes)
+TEST_P(CreateDirectoriesModelTest, CreatesWhatMkdirCreates)
 {
     const std::vector<std::string> paths = RandomPaths(GetParam());
-    const Playground expected;
-    const Playground actual;
+    const StartFolder expected;
+    const StartFolder actual;
     std::filesystem::current_path(expected.Path());
-    const std::vector<bool> mkdirMade = MakeWithMkdir(paths);
-    ASSERT_EQ(mkdirMade.size(), paths.size());
+    const std::vector<bool> createdByMkdir = MakeWithMkdir(paths);
+    ASSERT_EQ(createdByMkdir.size(), paths.size());
     std::filesystem::current_path(actual.Path());
 
     const std::vector<bool> made = MakeWithLibrary(paths);
 
     for (std::size_t i = 0; i < paths.size(); ++i)
-        EXPECT_EQ(made[i], mkdirMade[i]) << "path " << i << ": " << paths[i];
+        EXPECT_EQ(made[i], createdByMkdir[i]) << "path " << i << ": " << paths[i];
     EXPECT_EQ(actual.SortedTree(), expected.SortedTree());
 }
 

@@ -3,14 +3,13 @@
 #include "Lib/Util/FS/FolderScan.h"
 #include "Tests/Support/CurrentFolder.h"
 #include "Tests/Support/FileTexts.h"
-#include "Tests/Support/TempFolder.h"
+#include "Tests/Support/SnapshotFixture.h"
 
 #include <QDateTime>
 
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <initializer_list>
 #include <random>
 #include <set>
 #include <string>
@@ -24,39 +23,23 @@ using testing::IsEmpty;
 using testing::SizeIs;
 using testing::UnorderedElementsAre;
 using Tests::CurrentFolder;
-using Tests::PathsOf;
-using Tests::TempFolder;
+using Tests::RelativePath;
 using Tests::Texts;
 using Difference = DirectorySnapshot::Difference;
 
-/// A snapshot of real files, which are equal to one another only if they are the same file.
-class DirectorySnapshotTest : public testing::Test
+class DirectorySnapshotTest : public Tests::SnapshotFixture
 {
 protected:
-    QFileInfo File(const char* path) const { return QFileInfo(folder.Path(QString::fromUtf8(path))); }
-    QFileInfo NewFile(const char* path) const { return QFileInfo(folder.Write(QString::fromUtf8(path))); }
-
-    void Have(std::initializer_list<const char*> paths)
-    {
-        for (const char* path : paths)
-            snapshot.Append({NewFile(path)});
-    }
-
-    Texts Paths() const { return PathsOf(snapshot.GetFileInfos(), folder.Path()); }
-
     Texts KnownPaths() const
     {
         Texts paths;
         for (const QString& path : *snapshot.GetKnownPaths())
-            paths.push_back(path.mid(folder.Path().size() + 1).toStdString());
+            paths.push_back(RelativePath(path, folder.Path()));
         return paths;
     }
 
     const QDateTime earlier = QDateTime::fromMSecsSinceEpoch(1500000000123);
     const QDateTime later = QDateTime::fromMSecsSinceEpoch(1600000000456);
-
-    TempFolder folder;
-    DirectorySnapshot snapshot;
 };
 
 TEST_F(DirectorySnapshotTest, IsEmptyAtFirst)
@@ -99,7 +82,7 @@ TEST_F(DirectorySnapshotTest, FindsEachFile)
     EXPECT_EQ(snapshot.GetInfoIndex(File("c.txt")), 2);
 }
 
-TEST_F(DirectorySnapshotTest, FindsTheOneOfSeveralFilesOfOneName)
+TEST_F(DirectorySnapshotTest, FindsEachOfSeveralFilesOfOneName)
 {
     Have({"0.txt", "a.txt", "sub/a.txt", "sub/2/a.txt", "b.txt"});
 
@@ -108,7 +91,7 @@ TEST_F(DirectorySnapshotTest, FindsTheOneOfSeveralFilesOfOneName)
     EXPECT_EQ(snapshot.GetInfoIndex(File("sub/2/a.txt")), 3);
 }
 
-TEST_F(DirectorySnapshotTest, FindsTheLastFileAmongThoseOfOneName)
+TEST_F(DirectorySnapshotTest, FindsTheLastOfSeveralFilesOfOneName)
 {
     Have({"a.txt", "sub/a.txt"});
 
@@ -130,7 +113,7 @@ TEST_F(DirectorySnapshotTest, GivesAnUnknownFileOfTheLastNameTheFirstOfThatName)
     EXPECT_EQ(snapshot.GetInfoIndex(NewFile("other/b.txt")), 1);
 }
 
-TEST_F(DirectorySnapshotTest, TellsNamesApartByCase)
+TEST_F(DirectorySnapshotTest, DistinguishesNamesByCase)
 {
     Have({"A.txt", "a.txt"});
 
@@ -141,20 +124,20 @@ TEST_F(DirectorySnapshotTest, TellsNamesApartByCase)
 TEST_F(DirectorySnapshotTest, TreatsALinkOfTheSameNameAsTheFileItself)
 {
     Have({"a.txt", "z.txt"});
-    folder.MakeFolder(QStringLiteral("sub"));
-    folder.Link(QStringLiteral("../a.txt"), QStringLiteral("sub/a.txt"));
-    folder.Link(QStringLiteral("a.txt"), QStringLiteral("b.txt"));
+    folder.MakeFolder("sub");
+    folder.Link("../a.txt", "sub/a.txt");
+    folder.Link("a.txt", "b.txt");
     snapshot.Insert(1, File("sub/a.txt"));
 
     EXPECT_EQ(snapshot.GetInfoIndex(File("sub/a.txt")), 0);
     EXPECT_EQ(snapshot.GetInfoIndex(File("b.txt")), 2);
 }
 
-TEST_F(DirectorySnapshotTest, FindsAFileThatIsGoneAmongThoseOfItsName)
+TEST_F(DirectorySnapshotTest, FindsAMissingFileAmongOthersOfItsName)
 {
     Have({"1/a.txt", "2/a.txt", "3/a.txt"});
     ASSERT_EQ(snapshot.GetInfoIndex(NewFile("4/a.txt")), 0);
-    folder.Remove(QStringLiteral("2/a.txt"));
+    Remove("2/a.txt");
 
     EXPECT_EQ(snapshot.GetInfoIndex(File("2/a.txt")), 1);
 }
@@ -162,8 +145,7 @@ TEST_F(DirectorySnapshotTest, FindsAFileThatIsGoneAmongThoseOfItsName)
 TEST_F(DirectorySnapshotTest, FindsEachOfSeveralMissingFilesOfOneName)
 {
     Have({"1/a.txt", "2/a.txt", "3/a.txt"});
-    for (const char* path : {"1/a.txt", "2/a.txt", "3/a.txt"})
-        folder.Remove(QString::fromLatin1(path));
+    Remove({"1/a.txt", "2/a.txt", "3/a.txt"});
 
     EXPECT_EQ(snapshot.GetInfoIndex(File("1/a.txt")), 0);
     EXPECT_EQ(snapshot.GetInfoIndex(File("2/a.txt")), 1);
@@ -175,17 +157,17 @@ TEST_F(DirectorySnapshotTest, FindsEachOfSeveralMissingFilesOfOneName)
 TEST_F(DirectorySnapshotTest, FindsAMissingFileByAnotherSpellingOfItsPath)
 {
     Have({"1/a.txt", "2/a.txt"});
-    folder.Remove(QStringLiteral("2/a.txt"));
+    Remove("2/a.txt");
     const CurrentFolder here(folder.Path());
 
     EXPECT_EQ(snapshot.GetInfoIndex(QFileInfo(QStringLiteral("2/a.txt"))), 1);
     EXPECT_EQ(snapshot.GetInfoIndex(File("1/../2/a.txt")), 1);
 }
 
-TEST_F(DirectorySnapshotTest, LooksAtPathsAloneWhereThatIsWanted)
+TEST_F(DirectorySnapshotTest, ComparesOnlyPathsIfAsked)
 {
     Have({"1/a.txt", "2/a.txt"});
-    folder.Link(QStringLiteral("1"), QStringLiteral("link"));
+    folder.Link("1", "link");
     const QFileInfo linked = File("link/a.txt");
 
     EXPECT_TRUE(snapshot.IsFileAt(0, linked));
@@ -194,12 +176,12 @@ TEST_F(DirectorySnapshotTest, LooksAtPathsAloneWhereThatIsWanted)
     EXPECT_EQ(snapshot.GetInfoIndex(File("2/a.txt"), DirectorySnapshot::Identity::Path), 1);
 }
 
-TEST_F(DirectorySnapshotTest, ChangesTheEntryOfThePathAloneWhereThatIsWanted)
+TEST_F(DirectorySnapshotTest, UpdatesOnlyTheEntryOfThePathIfAsked)
 {
     Have({"1/a.txt"});
-    folder.Link(QStringLiteral("1"), QStringLiteral("2"));
+    folder.Link("1", "2");
     snapshot.Append({File("2/a.txt")});
-    folder.SetModificationTime(QStringLiteral("1/a.txt"), later);
+    SetTime("1/a.txt", later);
 
     EXPECT_EQ(snapshot.Update(File("2/a.txt"), DirectorySnapshot::Identity::Path), Difference::Changed);
     EXPECT_THAT(Paths(), ElementsAre("1/a.txt", "2/a.txt"));
@@ -208,7 +190,7 @@ TEST_F(DirectorySnapshotTest, ChangesTheEntryOfThePathAloneWhereThatIsWanted)
     EXPECT_THAT(Paths(), ElementsAre("2/a.txt", "2/a.txt"));
 }
 
-TEST_F(DirectorySnapshotTest, HasNoFileAtNoIndex)
+TEST_F(DirectorySnapshotTest, HasNoFileAtIndexMinusOne)
 {
     Have({"a.txt"});
 
@@ -216,13 +198,12 @@ TEST_F(DirectorySnapshotTest, HasNoFileAtNoIndex)
     EXPECT_FALSE(snapshot.IsFileAt(-1, File("a.txt")));
 }
 
-TEST_F(DirectorySnapshotTest, FindsWhatALookThroughAllOfItFinds)
+TEST_F(DirectorySnapshotTest, FindsTheSameAsALinearSearch)
 {
     std::mt19937 random(7);
     QStringList paths;
-    for (int file = 0; file < 300; ++file) {
+    for (int file = 0; file < 300; ++file)
         paths.append(folder.Write(QStringLiteral("%1/%2").arg(random() % 5).arg(random() % 90)));
-    }
     const SortedFiles files = GetSortedFilesInDirRecursively(folder.Path(), 1, {});
     for (int i = 0; i < files.size(); ++i) {
         if (random() % 3 != 0)
@@ -244,7 +225,7 @@ TEST_F(DirectorySnapshotTest, FindsWhatALookThroughAllOfItFinds)
     }
 }
 
-TEST_F(DirectorySnapshotTest, TakesFilesInAtThePlaceThatIsGiven)
+TEST_F(DirectorySnapshotTest, InsertsFilesAtTheGivenIndex)
 {
     Have({"c.txt"});
 
@@ -258,14 +239,13 @@ TEST_F(DirectorySnapshotTest, TakesFilesInAtThePlaceThatIsGiven)
     EXPECT_EQ(snapshot.GetInfoIndex(File("e.txt")), 4);
 }
 
-TEST_F(DirectorySnapshotTest, MakesRoomForFilesToCome)
+TEST_F(DirectorySnapshotTest, ReservesMemory)
 {
     Have({"a.txt"});
 
     snapshot.Reserve(5);
     const QFileInfo* const before = &snapshot.GetFileInfos().first();
-    for (const char* path : {"b.txt", "c.txt", "d.txt", "e.txt", "f.txt"})
-        snapshot.Append({NewFile(path)});
+    Have({"b.txt", "c.txt", "d.txt", "e.txt", "f.txt"});
 
     EXPECT_EQ(&snapshot.GetFileInfos().first(), before);
     EXPECT_THAT(Paths(), SizeIs(6));
@@ -275,9 +255,9 @@ TEST_F(DirectorySnapshotTest, ReturnsTheNewEntry)
 {
     Have({"b.txt"});
     const QFileInfo info = NewFile("a.txt");
-    folder.SetModificationTime(QStringLiteral("a.txt"), earlier);
+    SetTime("a.txt", earlier);
     ASSERT_EQ(info.lastModified(), earlier);
-    folder.SetModificationTime(QStringLiteral("a.txt"), later);
+    SetTime("a.txt", later);
 
     const QFileInfo entry = snapshot.Insert(0, info);
 
@@ -285,28 +265,28 @@ TEST_F(DirectorySnapshotTest, ReturnsTheNewEntry)
     EXPECT_EQ(snapshot.GetFileInfos().first().lastModified(), later);
 }
 
-/// A look at one file again.
+/// A check of one file.
 class UpdateTest : public DirectorySnapshotTest
 {
 protected:
     UpdateTest() { Have({"a.txt", "b.txt", "c.txt"}); }
 };
 
-TEST_F(UpdateTest, FindsNoDifferenceInAFileThatIsAsItWas)
+TEST_F(UpdateTest, FindsNoDifferenceInAnUnchangedFile)
 {
     const unsigned int revision = snapshot.GetRevision();
-    folder.Write(QStringLiteral("b.txt"), "other content");
-    folder.SetModificationTime(QStringLiteral("b.txt"), snapshot.GetFileInfos().at(1).lastModified());
+    folder.Write("b.txt", "other content");
+    SetTime("b.txt", snapshot.GetFileInfos().at(1).lastModified());
 
     EXPECT_EQ(snapshot.Update(File("b.txt")), Difference::None);
     EXPECT_EQ(snapshot.GetRevision(), revision);
     EXPECT_THAT(Paths(), ElementsAre("a.txt", "b.txt", "c.txt"));
 }
 
-TEST_F(UpdateTest, ReplacesAFileThatHasAnotherTime)
+TEST_F(UpdateTest, ReplacesAFileWhoseTimeDiffers)
 {
     for (const QDateTime& time : {earlier, later}) {
-        folder.SetModificationTime(QStringLiteral("b.txt"), time);
+        SetTime("b.txt", time);
 
         EXPECT_EQ(snapshot.Update(File("b.txt")), Difference::Changed);
         EXPECT_EQ(snapshot.GetFileInfos().at(1).lastModified(), time);
@@ -315,35 +295,35 @@ TEST_F(UpdateTest, ReplacesAFileThatHasAnotherTime)
     EXPECT_THAT(Paths(), ElementsAre("a.txt", "b.txt", "c.txt"));
 }
 
-TEST_F(UpdateTest, RemovesAFileThatIsGone)
+TEST_F(UpdateTest, RemovesAMissingFile)
 {
-    folder.Remove(QStringLiteral("b.txt"));
+    Remove("b.txt");
 
     EXPECT_EQ(snapshot.Update(File("b.txt")), Difference::Removed);
     EXPECT_THAT(Paths(), ElementsAre("a.txt", "c.txt"));
     EXPECT_EQ(snapshot.GetInfoIndex(File("c.txt")), 1);
 }
 
-// Intended: a file that is not in the list stands for the entry at its index.
-TEST_F(UpdateTest, TakesAnUnknownFileForTheOneAtItsIndex)
+// Intended: a file that is not in the list is treated as the entry at its index.
+TEST_F(UpdateTest, TreatsAnUnknownFileAsTheOneAtItsIndex)
 {
     EXPECT_EQ(snapshot.Update(File("aa.txt")), Difference::Removed);
     EXPECT_THAT(Paths(), ElementsAre("a.txt", "c.txt"));
 
     const QFileInfo unknown = NewFile("sub/bb.txt");
-    folder.SetModificationTime(QStringLiteral("sub/bb.txt"), later);
+    SetTime("sub/bb.txt", later);
     EXPECT_EQ(snapshot.Update(unknown), Difference::Changed);
     EXPECT_THAT(Paths(), ElementsAre("a.txt", "sub/bb.txt"));
 }
 
-TEST_F(UpdateTest, LeavesAllAsItIsForANameAfterAllOthers)
+TEST_F(UpdateTest, ChangesNothingForANameAfterAllOthers)
 {
     EXPECT_EQ(snapshot.Update(NewFile("z.txt")), Difference::None);
     EXPECT_EQ(snapshot.Update(File("zz.txt")), Difference::Removed);
     EXPECT_THAT(Paths(), ElementsAre("a.txt", "b.txt", "c.txt"));
 }
 
-TEST_F(DirectorySnapshotTest, ForgetsAllFiles)
+TEST_F(DirectorySnapshotTest, IsEmptyAfterAClear)
 {
     Have({"b.txt", "a.txt"});
     ASSERT_EQ(snapshot.GetKnownPaths(), nullptr);
@@ -365,10 +345,10 @@ TEST_F(DirectorySnapshotTest, HasAnotherRevisionAfterEveryChange)
     revisions.insert(snapshot.GetRevision());
     snapshot.Insert(0, NewFile("0.txt"));
     revisions.insert(snapshot.GetRevision());
-    folder.SetModificationTime(QStringLiteral("a.txt"), later);
+    SetTime("a.txt", later);
     snapshot.Update(File("a.txt"));
     revisions.insert(snapshot.GetRevision());
-    folder.Remove(QStringLiteral("a.txt"));
+    Remove("a.txt");
     snapshot.Update(File("a.txt"));
     revisions.insert(snapshot.GetRevision());
     snapshot.Clear();
@@ -386,17 +366,17 @@ TEST_F(KnownPathsTest, AreThoseOfTheList)
 {
     Have({"a.txt", "c.txt"});
     snapshot.Insert(1, NewFile("b.txt"));
-    folder.Remove(QStringLiteral("a.txt"));
+    Remove("a.txt");
     snapshot.Update(File("a.txt"));
 
     EXPECT_THAT(KnownPaths(), UnorderedElementsAre("b.txt", "c.txt"));
 }
 
-TEST_F(KnownPathsTest, FollowAnEntryThatIsReplaced)
+TEST_F(KnownPathsTest, FollowAReplacedEntry)
 {
     Have({"b.txt"});
     const QFileInfo other = NewFile("a.txt");
-    folder.SetModificationTime(QStringLiteral("a.txt"), later);
+    SetTime("a.txt", later);
 
     ASSERT_EQ(snapshot.Update(other), Difference::Changed);
 
@@ -413,7 +393,7 @@ TEST_F(KnownPathsTest, AreNoneInAnUnsortedList)
     EXPECT_EQ(snapshot.GetKnownPaths(), nullptr);
 }
 
-TEST_F(KnownPathsTest, MayBeThoseOfFilesWithOneName)
+TEST_F(KnownPathsTest, IncludeFilesOfOneName)
 {
     Have({"1/a.txt", "2/a.txt"});
 
@@ -426,14 +406,14 @@ TEST_F(KnownPathsTest, AreNoneWhileTwoEntriesHaveOnePath)
     snapshot.Append({File("a.txt")});
     EXPECT_EQ(snapshot.GetKnownPaths(), nullptr);
 
-    folder.Remove(QStringLiteral("a.txt"));
+    Remove("a.txt");
     snapshot.Update(File("a.txt"));
 
     EXPECT_EQ(snapshot.GetKnownPaths(), nullptr);
     EXPECT_THAT(Paths(), ElementsAre("a.txt"));
 }
 
-/// The times by which a pass tells that files are unchanged.
+/// The times by which a pass recognizes unchanged files.
 class KnownTimesTest : public DirectorySnapshotTest
 {
 protected:
@@ -447,7 +427,7 @@ protected:
     QFileInfo FileOfTime(const char* path, const QDateTime& time) const
     {
         const QFileInfo info = NewFile(path);
-        folder.SetModificationTime(QString::fromLatin1(path), time);
+        SetTime(path, time);
         return info;
     }
 
@@ -455,12 +435,12 @@ protected:
     const qint64 laterTime = later.toMSecsSinceEpoch();
 };
 
-TEST_F(KnownTimesTest, AreReadAsFilesEnter)
+TEST_F(KnownTimesTest, AreReadWhenFilesAreAdded)
 {
     snapshot.Append({FileOfTime("b.txt", earlier)});
     snapshot.Insert(0, FileOfTime("a.txt", later));
     snapshot.Insert(-1, FileOfTime("c.txt", later));
-    folder.SetModificationTime(QStringLiteral("b.txt"), later);
+    SetTime("b.txt", later);
 
     EXPECT_THAT(Times(), ElementsAre(laterTime, earlierTime, laterTime));
 }
@@ -477,7 +457,7 @@ TEST_F(KnownTimesTest, AreNotReadForNotices)
     snapshot = DirectorySnapshot(DirectorySnapshot::Use::Notices);
     snapshot.Append({FileOfTime("b.txt", earlier)});
     snapshot.Insert(0, FileOfTime("a.txt", earlier));
-    folder.SetModificationTime(QStringLiteral("b.txt"), later);
+    SetTime("b.txt", later);
     ASSERT_EQ(snapshot.Update(File("b.txt")), Difference::Changed);
 
     EXPECT_THAT(Times(), ElementsAre(unreadableTime, unreadableTime));
@@ -488,9 +468,9 @@ TEST_F(KnownTimesTest, FollowTheEntries)
 {
     for (const char* path : {"a.txt", "b.txt", "c.txt"})
         snapshot.Append({FileOfTime(path, earlier)});
-    folder.SetModificationTime(QStringLiteral("b.txt"), later);
+    SetTime("b.txt", later);
     snapshot.Update(File("b.txt"));
-    folder.Remove(QStringLiteral("a.txt"));
+    Remove("a.txt");
     snapshot.Update(File("a.txt"));
 
     EXPECT_THAT(Times(), ElementsAre(laterTime, earlierTime));
@@ -503,19 +483,19 @@ TEST_F(KnownTimesTest, AreUnreadableForAMissingFile)
     EXPECT_THAT(Times(), ElementsAre(unreadableTime));
 }
 
-// What the path means depends on the current folder, or is not what the absolute path means.
+// Such a path may lead to another file than the absolute path.
 TEST_F(KnownTimesTest, AreUnreadableForAPathThatIsRelativeOrUnclean)
 {
     const CurrentFolder here(folder.Path());
     NewFile("a.txt");
-    folder.Write(QStringLiteral("sub/b.txt"));
+    Write("sub/b.txt");
     snapshot.Append({QFileInfo(QStringLiteral("a.txt"))});
     snapshot.Append({File("sub/../sub/b.txt")});
 
     EXPECT_THAT(Times(), ElementsAre(unreadableTime, unreadableTime));
 }
 
-TEST_F(KnownTimesTest, AreUnreadableWhereTheLookupIsNotCertain)
+TEST_F(KnownTimesTest, AreUnreadableInAnUnsortedList)
 {
     snapshot.Append({FileOfTime("b.txt", earlier)});
     snapshot.Append({FileOfTime("a.txt", earlier)});
@@ -523,24 +503,24 @@ TEST_F(KnownTimesTest, AreUnreadableWhereTheLookupIsNotCertain)
     EXPECT_THAT(Times(), ElementsAre(unreadableTime, unreadableTime));
 }
 
-/// The size and the time that a file had when it entered: those of later do not show.
+/// The size and the time of an entry, which are those at the time when it was added.
 class SnapshotMetadataTest : public DirectorySnapshotTest
 {
 protected:
     void Change(const char* path) const
     {
-        folder.Write(QString::fromLatin1(path), "much longer than before");
-        folder.SetModificationTime(QString::fromLatin1(path), later);
+        folder.Write(path, "much longer than before");
+        SetTime(path, later);
     }
 
-    QFileInfo ListedOfEarlier() const
+    QFileInfo ListedEarlier() const
     {
-        folder.Write(QStringLiteral("a.txt"), "short");
-        folder.SetModificationTime(QStringLiteral("a.txt"), earlier);
+        folder.Write("a.txt", "short");
+        SetTime("a.txt", earlier);
         return GetSortedFilesInDirRecursively(folder.Path(), 0, {}).at(0).info;
     }
 
-    void ExpectTheEarlier(const QFileInfo& entry) const
+    void ExpectEarlierMetadata(const QFileInfo& entry) const
     {
         EXPECT_EQ(entry.lastModified(), earlier);
         EXPECT_EQ(entry.size(), 5);
@@ -549,35 +529,35 @@ protected:
 
 TEST_F(SnapshotMetadataTest, IsReadWhenAFileIsAppended)
 {
-    snapshot.Append({ListedOfEarlier()});
+    snapshot.Append({ListedEarlier()});
     Change("a.txt");
 
-    ExpectTheEarlier(snapshot.GetFileInfos().at(0));
+    ExpectEarlierMetadata(snapshot.GetFileInfos().at(0));
 }
 
 TEST_F(SnapshotMetadataTest, IsReadWhenAFileIsInserted)
 {
     Have({"b.txt"});
-    snapshot.Insert(0, ListedOfEarlier());
+    snapshot.Insert(0, ListedEarlier());
     Change("a.txt");
 
-    ExpectTheEarlier(snapshot.GetFileInfos().at(0));
+    ExpectEarlierMetadata(snapshot.GetFileInfos().at(0));
 }
 
 TEST_F(SnapshotMetadataTest, IsReadWhenAFileIsReplaced)
 {
     Have({"a.txt"});
-    const QFileInfo listed = ListedOfEarlier();
+    const QFileInfo listed = ListedEarlier();
     ASSERT_EQ(snapshot.Update(listed), Difference::Changed);
     Change("a.txt");
 
-    ExpectTheEarlier(snapshot.GetFileInfos().at(0));
+    ExpectEarlierMetadata(snapshot.GetFileInfos().at(0));
 }
 
-TEST_F(SnapshotMetadataTest, IsReadWhenAFileEntersAndNotWhenAPredicateAsksForIt)
+TEST_F(SnapshotMetadataTest, IsReadWhenAFileIsAddedNotWhenAPredicateReadsIt)
 {
-    const QFileInfo listed = ListedOfEarlier();
-    ExpectTheEarlier(listed);
+    const QFileInfo listed = ListedEarlier();
+    ExpectEarlierMetadata(listed);
     Change("a.txt");
     snapshot.Append({listed});
 
@@ -585,27 +565,27 @@ TEST_F(SnapshotMetadataTest, IsReadWhenAFileEntersAndNotWhenAPredicateAsksForIt)
     EXPECT_THAT(snapshot.GetKnownFiles().times, ElementsAre(later.toMSecsSinceEpoch()));
 }
 
-TEST_F(SnapshotMetadataTest, IsReadWhenAFileEntersAndNotWhenItIsListed)
+TEST_F(SnapshotMetadataTest, IsReadWhenAFileIsAddedNotWhenItIsListed)
 {
-    const QFileInfo listed = ListedOfEarlier();
+    const QFileInfo listed = ListedEarlier();
     Change("a.txt");
     snapshot.Append({listed});
 
     EXPECT_EQ(snapshot.GetFileInfos().at(0).lastModified(), later);
 }
 
-TEST_F(SnapshotMetadataTest, StaysThatOfAFileThatVanishes)
+TEST_F(SnapshotMetadataTest, StaysWhenTheFileIsDeleted)
 {
-    snapshot.Append({ListedOfEarlier()});
-    folder.Remove(QStringLiteral("a.txt"));
+    snapshot.Append({ListedEarlier()});
+    Remove("a.txt");
 
-    ExpectTheEarlier(snapshot.GetFileInfos().at(0));
+    ExpectEarlierMetadata(snapshot.GetFileInfos().at(0));
 }
 
-TEST_F(SnapshotMetadataTest, IsNoneForAFileThatVanishedBetweenListingAndEntry)
+TEST_F(SnapshotMetadataTest, IsEmptyForAFileDeletedAfterItsListing)
 {
-    const QFileInfo listed = ListedOfEarlier();
-    folder.Remove(QStringLiteral("a.txt"));
+    const QFileInfo listed = ListedEarlier();
+    Remove("a.txt");
     snapshot.Append({listed});
 
     EXPECT_FALSE(snapshot.GetFileInfos().at(0).lastModified().isValid());

@@ -2,13 +2,13 @@
 
 #include "Tests/Support/Desktop.h"
 #include "Tests/Support/SessionBusFixture.h"
+#include "Tests/Support/Threads.h"
 
 #include <gmock/gmock.h>
 
 #include <atomic>
 #include <functional>
 #include <thread>
-#include <vector>
 
 using Tests::Desktop;
 using Zendra::Util::ExploreFile;
@@ -24,15 +24,10 @@ class ExploreFileThreadsTest : public Tests::SessionBusFixture
 protected:
     void CallFromEveryThread(const std::function<void(int thread)>& call) const
     {
-        std::vector<std::thread> threads;
-        for (int thread = 0; thread < threadCount; ++thread) {
-            threads.emplace_back([thread, &call] {
-                for (int i = 0; i < callsOfAThread; ++i)
-                    call(thread);
-            });
-        }
-        for (std::thread& thread : threads)
-            thread.join();
+        Tests::RunOnThreads(threadCount, [&call](int thread) {
+            for (int i = 0; i < callsOfAThread; ++i)
+                call(thread);
+        });
     }
 
     QString FileOf(int thread) const { return folder.Path(QStringLiteral("%1.mp4").arg(thread)); }
@@ -46,7 +41,7 @@ protected:
     Desktop desktop;
 };
 
-TEST_F(ExploreFileThreadsTest, SeveralThreadsShowTheirFilesAtOnce)
+TEST_F(ExploreFileThreadsTest, SeveralThreadsShowFilesAtOnce)
 {
     StartBrowser("answers");
     WriteFiles();
@@ -72,7 +67,7 @@ TEST_F(ExploreFileThreadsTest, SeveralThreadsFindNoBusAtOnce)
     EXPECT_TRUE(desktop.opened.isEmpty());
 }
 
-TEST_F(ExploreFileThreadsTest, TheDesktopIsAskedOnTheGuiThreadAndOnNoOther)
+TEST_F(ExploreFileThreadsTest, TheDesktopIsOnlyUsedOnTheGuiThread)
 {
     WriteFiles();
     const std::string file = FileOf(0).toStdString();

@@ -1,10 +1,10 @@
-// A file browser that shows nothing: serves org.freedesktop.FileManager1 on the session bus, writes down what
-// it is asked, and then behaves as it is told.
+// A file browser that shows nothing: serves org.freedesktop.FileManager1 on the session bus, records each
+// request, and then behaves as its argument says.
 //
 //     FileManagerStandIn answers|refuses|keeps-silent|dies|kills-the-bus RECORD
 //
-// Each request is one line in the file RECORD. "ready" on the standard output says that the service can be
-// found. A browser that the bus has started ends with the bus.
+// Each request is one line in the file RECORD. It prints "ready" when the service can be found. A browser
+// that the bus has started ends with the bus.
 
 #include <cstdio>
 #include <cstdlib>
@@ -80,7 +80,7 @@ void OnNameAcquired(GDBusConnection* /*bus*/, const gchar* /*name*/, gpointer /*
     std::fflush(stdout);
 }
 
-/// Not on the bus, or the name is another browser's.
+/// There is no bus, or another browser has the name.
 void OnNameLost(GDBusConnection* /*bus*/, const gchar* /*name*/, gpointer /*data*/)
 {
     std::exit(1);
@@ -97,7 +97,7 @@ int main(int argc, char* argv[])
     if (!bus || !standIn.record)
         return 1;
 
-    // The object first and then the name, so that whoever finds the name finds the object.
+    // The object first, so that a client that finds the name finds the object.
     GDBusNodeInfo* const node = g_dbus_node_info_new_for_xml(description, nullptr);
     GDBusInterfaceVTable functions = {};
     functions.method_call = &OnMethodCall;

@@ -1,7 +1,7 @@
 #include "Lib/Util/FS/FileManager.h"
 #include "Lib/Interfaces/InstanceRegistry.h"
+#include "Tests/Support/ByteFolder.h"
 #include "Tests/Support/Surroundings.h"
-#include "Tests/Support/TempFolder.h"
 
 #include <gmock/gmock.h>
 
@@ -9,9 +9,12 @@
 #include <stdexcept>
 #include <string>
 
+using testing::ElementsAre;
 using testing::InSequence;
+using testing::IsEmpty;
 using testing::StrictMock;
 using testing::Throw;
+using testing::UnorderedElementsAre;
 using Zendra::ioPath;
 using Zendra::LW::FileManager;
 using Zendra::LW::IFileManager;
@@ -20,7 +23,7 @@ using Zendra::LW::InstanceRegistry;
 
 namespace {
 
-[[maybe_unused]] const bool isMoved = Tests::PreferATemporaryFolderWithATrash();
+[[maybe_unused]] const bool hasMovedTempFolder = Tests::PreferATemporaryFolderWithATrash();
 
 class ObserverMock : public IFileManagerObserver
 {
@@ -30,8 +33,8 @@ public:
     MOCK_METHOD(void, OnFileRemoved, (const ioPath& path), (override));
 };
 
-/// A file manager with two observers, of which every call that a test does not expect is a failure.
-class FileManagerTest : public testing::Test
+/// A file manager with two observers, which fail on every call that a test does not expect.
+class FileManagerTest : public testing::Test, protected Tests::ByteFolder
 {
 protected:
     FileManagerTest()
@@ -40,9 +43,6 @@ protected:
         manager.RegisterEventHandler(&second);
     }
 
-    ioPath Path(const QString& relativePath) const { return folder.Path(relativePath).toStdString(); }
-
-    const Tests::TempFolder folder;
     StrictMock<ObserverMock> first;
     StrictMock<ObserverMock> second;
     FileManager manager;
@@ -50,23 +50,21 @@ protected:
 
 } // namespace
 
-TEST_F(FileManagerTest, RemovesAFileAndTellsTheObserversInOrder)
+TEST_F(FileManagerTest, RemovesAFileAndNotifiesTheObserversInOrder)
 {
-    folder.Write(QStringLiteral("recording.mp4"));
-    const ioPath path = Path(QStringLiteral("recording.mp4"));
+    const ioPath path = Write("recording.mp4");
     const InSequence inOrder;
     EXPECT_CALL(first, OnFileRemoved(path));
     EXPECT_CALL(second, OnFileRemoved(path));
 
     EXPECT_TRUE(manager.Remove(path));
 
-    EXPECT_EQ(folder.Entries(), QStringList());
+    EXPECT_THAT(Tree(), IsEmpty());
 }
 
-TEST_F(FileManagerTest, TheFileIsGoneWhenItsObserversAreTold)
+TEST_F(FileManagerTest, RemovesTheFileBeforeItNotifiesTheObservers)
 {
-    folder.Write(QStringLiteral("recording.mp4"));
-    const ioPath path = Path(QStringLiteral("recording.mp4"));
+    const ioPath path = Write("recording.mp4");
     EXPECT_CALL(first, OnFileRemoved(path)).WillOnce([this](const ioPath& removed) {
         EXPECT_FALSE(manager.Exists(removed));
     });
@@ -75,64 +73,62 @@ TEST_F(FileManagerTest, TheFileIsGoneWhenItsObserversAreTold)
     manager.Remove(path);
 }
 
-TEST_F(FileManagerTest, SaysNothingOfAFileThatCouldNotBeRemoved)
+TEST_F(FileManagerTest, NotifiesNoObserverWhenAFileCouldNotBeRemoved)
 {
-    folder.MakeFolder(QStringLiteral("folder"));
+    MakeFolder("folder");
 
-    EXPECT_FALSE(manager.Remove(Path(QStringLiteral("folder"))));
-    EXPECT_FALSE(manager.Remove(Path(QStringLiteral("missing.mp4"))));
+    EXPECT_FALSE(manager.Remove(Path("folder")));
+    EXPECT_FALSE(manager.Remove(Path("missing.mp4")));
 
-    EXPECT_EQ(folder.Entries(), QStringList(QStringLiteral("folder")));
+    EXPECT_THAT(Tree(), ElementsAre("folder"));
 }
 
-TEST_F(FileManagerTest, MovesAFileToTheTrashAndTellsTheObserversInOrder)
+TEST_F(FileManagerTest, MovesAFileToTheTrashAndNotifiesTheObserversInOrder)
 {
     if (const std::string why = Tests::WhyNothingIsTrashed(); !why.empty())
         GTEST_SKIP() << why;
-    folder.Write(QStringLiteral("recording.mp4"));
-    const ioPath path = Path(QStringLiteral("recording.mp4"));
+    const ioPath path = Write("recording.mp4");
     const InSequence inOrder;
     EXPECT_CALL(first, OnFileMovedToTrash(path));
     EXPECT_CALL(second, OnFileMovedToTrash(path));
 
     EXPECT_TRUE(manager.MoveToTrash(path));
 
-    EXPECT_EQ(folder.Entries(), QStringList());
+    EXPECT_THAT(Tree(), IsEmpty());
 }
 
-TEST_F(FileManagerTest, SaysNothingOfAFileThatCouldNotBeTrashed)
+TEST_F(FileManagerTest, NotifiesNoObserverWhenAFileCouldNotBeTrashed)
 {
-    EXPECT_FALSE(manager.MoveToTrash(Path(QStringLiteral("missing.mp4"))));
+    EXPECT_FALSE(manager.MoveToTrash(Path("missing.mp4")));
 }
 
-TEST_F(FileManagerTest, SaysNothingOfAFileThatCouldNotBeShown)
+TEST_F(FileManagerTest, NotifiesNoObserverWhenAFileCouldNotBeShown)
 {
-    EXPECT_FALSE(manager.ExploreFile(Path(QStringLiteral("missing.mp4"))));
+    EXPECT_FALSE(manager.ExploreFile(Path("missing.mp4")));
 }
 
-TEST_F(FileManagerTest, TellsWhetherAFileExistsAndTellsNobodyElse)
+TEST_F(FileManagerTest, ChecksWhetherAFileExistsWithoutANotification)
 {
-    folder.Write(QStringLiteral("recording.mp4"));
+    Write("recording.mp4");
 
-    EXPECT_TRUE(manager.Exists(Path(QStringLiteral("recording.mp4"))));
-    EXPECT_FALSE(manager.Exists(Path(QStringLiteral("missing.mp4"))));
+    EXPECT_TRUE(manager.Exists(Path("recording.mp4")));
+    EXPECT_FALSE(manager.Exists(Path("missing.mp4")));
 }
 
-TEST_F(FileManagerTest, CreatesAFolderWithThoseAboveItAndTellsNobody)
+TEST_F(FileManagerTest, CreatesAFolderWithItsParentsWithoutANotification)
 {
-    folder.Write(QStringLiteral("file"));
+    Write("file");
 
-    EXPECT_TRUE(manager.CreateDirectories(Path(QStringLiteral("one/two/three"))));
-    EXPECT_TRUE(manager.CreateDirectories(Path(QStringLiteral("one/two/three"))));
-    EXPECT_FALSE(manager.CreateDirectories(Path(QStringLiteral("file/folder"))));
+    EXPECT_TRUE(manager.CreateDirectories(Path("one/two/three")));
+    EXPECT_TRUE(manager.CreateDirectories(Path("one/two/three")));
+    EXPECT_FALSE(manager.CreateDirectories(Path("file/folder")));
 
-    EXPECT_EQ(folder.Entries(QStringLiteral("one/two")), QStringList(QStringLiteral("three")));
+    EXPECT_THAT(Tree(), UnorderedElementsAre("file", "one", "one/two", "one/two/three"));
 }
 
-TEST_F(FileManagerTest, AnObserverRegisteredTwiceIsToldOnce)
+TEST_F(FileManagerTest, NotifiesAnObserverRegisteredTwiceOnce)
 {
-    folder.Write(QStringLiteral("recording.mp4"));
-    const ioPath path = Path(QStringLiteral("recording.mp4"));
+    const ioPath path = Write("recording.mp4");
     manager.RegisterEventHandler(&first);
     EXPECT_CALL(first, OnFileRemoved(path)).Times(1);
     EXPECT_CALL(second, OnFileRemoved(path)).Times(1);
@@ -140,20 +136,18 @@ TEST_F(FileManagerTest, AnObserverRegisteredTwiceIsToldOnce)
     manager.Remove(path);
 }
 
-TEST_F(FileManagerTest, AnUnregisteredObserverIsToldNothing)
+TEST_F(FileManagerTest, DoesNotNotifyAnUnregisteredObserver)
 {
-    folder.Write(QStringLiteral("recording.mp4"));
-    const ioPath path = Path(QStringLiteral("recording.mp4"));
+    const ioPath path = Write("recording.mp4");
     EXPECT_CALL(second, OnFileRemoved(path));
 
     manager.UnregisterEventHandler(&first);
     manager.Remove(path);
 }
 
-TEST_F(FileManagerTest, NullIsNoObserver)
+TEST_F(FileManagerTest, IgnoresNullAsAnObserver)
 {
-    folder.Write(QStringLiteral("recording.mp4"));
-    const ioPath path = Path(QStringLiteral("recording.mp4"));
+    const ioPath path = Write("recording.mp4");
     EXPECT_CALL(first, OnFileRemoved(path));
     EXPECT_CALL(second, OnFileRemoved(path));
 
@@ -165,44 +159,44 @@ TEST_F(FileManagerTest, NullIsNoObserver)
 
 TEST_F(FileManagerTest, WorksWithoutObservers)
 {
-    folder.Write(QStringLiteral("recording.mp4"));
+    Write("recording.mp4");
     manager.UnregisterEventHandler(&first);
     manager.UnregisterEventHandler(&second);
 
-    EXPECT_TRUE(manager.Remove(Path(QStringLiteral("recording.mp4"))));
+    EXPECT_TRUE(manager.Remove(Path("recording.mp4")));
 
-    EXPECT_EQ(folder.Entries(), QStringList());
+    EXPECT_THAT(Tree(), IsEmpty());
 }
 
-TEST_F(FileManagerTest, AnObserverThatThrowsIsHeardByTheCallerAndTheFileIsGone)
+TEST_F(FileManagerTest, PassesOnAnExceptionOfAnObserverAfterTheFileIsRemoved)
 {
-    folder.Write(QStringLiteral("one.mp4"));
-    folder.Write(QStringLiteral("two.mp4"));
+    Write("one.mp4");
+    Write("two.mp4");
     EXPECT_CALL(first, OnFileRemoved(testing::_)).WillOnce(Throw(std::runtime_error("failed"))).WillOnce([] {
     });
-    EXPECT_CALL(second, OnFileRemoved(Path(QStringLiteral("two.mp4"))));
+    EXPECT_CALL(second, OnFileRemoved(ioPath(Path("two.mp4"))));
 
-    EXPECT_THROW(manager.Remove(Path(QStringLiteral("one.mp4"))), std::runtime_error);
-    EXPECT_EQ(folder.Entries(), QStringList(QStringLiteral("two.mp4")));
+    EXPECT_THROW(manager.Remove(Path("one.mp4")), std::runtime_error);
+    EXPECT_THAT(Tree(), ElementsAre("two.mp4"));
 
-    EXPECT_TRUE(manager.Remove(Path(QStringLiteral("two.mp4"))));
+    EXPECT_TRUE(manager.Remove(Path("two.mp4")));
 }
 
 TEST_F(FileManagerTest, AnObserverMayUseTheManagerFromInsideItsCall)
 {
-    folder.Write(QStringLiteral("one.mp4"));
-    folder.Write(QStringLiteral("two.mp4"));
+    Write("one.mp4");
+    Write("two.mp4");
     manager.UnregisterEventHandler(&second);
     const InSequence inOrder;
-    EXPECT_CALL(first, OnFileRemoved(Path(QStringLiteral("one.mp4")))).WillOnce([this](const ioPath&) {
-        EXPECT_TRUE(manager.Remove(Path(QStringLiteral("two.mp4"))));
+    EXPECT_CALL(first, OnFileRemoved(ioPath(Path("one.mp4")))).WillOnce([this](const ioPath&) {
+        EXPECT_TRUE(manager.Remove(Path("two.mp4")));
         manager.UnregisterEventHandler(&first);
     });
-    EXPECT_CALL(first, OnFileRemoved(Path(QStringLiteral("two.mp4"))));
+    EXPECT_CALL(first, OnFileRemoved(ioPath(Path("two.mp4"))));
 
-    EXPECT_TRUE(manager.Remove(Path(QStringLiteral("one.mp4"))));
+    EXPECT_TRUE(manager.Remove(Path("one.mp4")));
 
-    EXPECT_EQ(folder.Entries(), QStringList());
+    EXPECT_THAT(Tree(), IsEmpty());
 }
 
 TEST_F(FileManagerTest, ObserversMayBeDestroyedBeforeAnUnusedManager)
@@ -217,7 +211,7 @@ TEST_F(FileManagerTest, ObserversMayBeDestroyedBeforeAnUnusedManager)
 
 // The registry
 
-TEST(FileManagerRegistrationTest, IsFoundByItsInterfaceForJustItsLifetime)
+TEST(FileManagerRegistrationTest, IsFoundByItsInterfaceWhileItLives)
 {
     const InstanceRegistry registry;
     auto manager = std::make_unique<FileManager>();
@@ -229,10 +223,10 @@ TEST(FileManagerRegistrationTest, IsFoundByItsInterfaceForJustItsLifetime)
     EXPECT_EQ(registry.DoFind("Zendra::LW::IFileManager"), nullptr);
 }
 
-TEST(FileManagerRegistrationTest, IsUsedThroughWhatWasFound)
+TEST(FileManagerRegistrationTest, CanBeUsedThroughTheRegistry)
 {
-    const Tests::TempFolder folder;
-    const ioPath path = folder.Write(QStringLiteral("recording.mp4")).toStdString();
+    const Tests::ByteFolder folder;
+    const ioPath path = folder.Write("recording.mp4");
     const InstanceRegistry registry;
     const FileManager manager;
     StrictMock<ObserverMock> observer;
@@ -245,7 +239,7 @@ TEST(FileManagerRegistrationTest, IsUsedThroughWhatWasFound)
     EXPECT_TRUE(found->Remove(path));
 }
 
-TEST(FileManagerRegistrationTest, TheNewestOfTwoIsFoundUntilItGoes)
+TEST(FileManagerRegistrationTest, TheNewerOfTwoIsFoundUntilItIsDestroyed)
 {
     const InstanceRegistry registry;
     const FileManager older;
@@ -257,14 +251,14 @@ TEST(FileManagerRegistrationTest, TheNewestOfTwoIsFoundUntilItGoes)
     EXPECT_EQ(registry.Find<IFileManager>(), &older);
 }
 
-TEST(FileManagerRegistrationTest, WorksUnpublishedWithoutARegistry)
+TEST(FileManagerRegistrationTest, WorksWithoutARegistry)
 {
     FileManager manager;
 
     EXPECT_FALSE(manager.Exists("/no/such/file"));
 }
 
-TEST(FileManagerRegistrationTest, ARegistryMadeLaterDoesNotLearnOfIt)
+TEST(FileManagerRegistrationTest, IsNotFoundInARegistryThatIsCreatedLater)
 {
     auto manager = std::make_unique<FileManager>();
 
@@ -275,7 +269,7 @@ TEST(FileManagerRegistrationTest, ARegistryMadeLaterDoesNotLearnOfIt)
     EXPECT_EQ(registry.Find<IFileManager>(), nullptr);
 }
 
-TEST(FileManagerRegistrationTest, TheRegistryMayGoFirst)
+TEST(FileManagerRegistrationTest, TheRegistryMayBeDestroyedFirst)
 {
     auto registry = std::make_unique<InstanceRegistry>();
     auto manager = std::make_unique<FileManager>();
@@ -288,7 +282,7 @@ TEST(FileManagerRegistrationTest, TheRegistryMayGoFirst)
 
 // Across libraries
 
-TEST(FileManagerTypeTest, IsKnownByItsTypeOutsideOfItsLibrary)
+TEST(FileManagerTypeTest, CanBeCastOutsideItsLibrary)
 {
     const std::unique_ptr<IFileManager> manager = std::make_unique<FileManager>();
     Zendra::Core::EventPublisher<IFileManagerObserver>* const publisher = manager.get();

@@ -1,6 +1,7 @@
 #include "Core/FileOperations.h"
 
 #include "Tests/Support/ByteFolder.h"
+#include "Tests/Support/CurrentFolder.h"
 #include "Tests/Support/Unprivileged.h"
 
 #include <gmock/gmock.h>
@@ -37,12 +38,12 @@ TEST_F(RemoveFileTest, DeletesTheFileAndNothingElse)
     EXPECT_THAT(Tree(), UnorderedElementsAre("file2", "sub", "sub/file"));
 }
 
-TEST_F(RemoveFileTest, DeletesUnderEveryNameThatTheSystemTakes)
+TEST_F(RemoveFileTest, DeletesFilesWithEveryNameThatTheSystemAllows)
 {
     for (const std::string& name :
          {" "s, "%41"s, "#"s, "*"s, "line\nbreak"s, "\"quoted\" & <b>"s, "\xC3\xBC"s, "u\xCC\x88"s,
           "latin \xFC"s, "\xF0\x9F\xAB\x8F"s, "-rf"s, std::string(255, 'x')}) {
-        if (Takes(name)) {
+        if (CanStore(name)) {
             EXPECT_TRUE(RemoveFile(Write(name))) << name;
         }
     }
@@ -53,13 +54,10 @@ TEST_F(RemoveFileTest, DeletesUnderEveryNameThatTheSystemTakes)
 TEST_F(RemoveFileTest, DeletesARelativeFileBelowTheCurrentFolder)
 {
     Write("file");
-    const std::filesystem::path before = std::filesystem::current_path();
-    std::filesystem::current_path(Path());
+    const Tests::CurrentFolder current(Path());
 
-    const bool removed = RemoveFile("./file");
+    EXPECT_TRUE(RemoveFile("./file"));
 
-    std::filesystem::current_path(before);
-    EXPECT_TRUE(removed);
     EXPECT_THAT(Tree(), IsEmpty());
 }
 
@@ -101,7 +99,7 @@ TEST_F(RemoveFileTest, DeletesALinkAndNeverItsTarget)
     EXPECT_THAT(Tree(), UnorderedElementsAre("file", "sub", "sub/file"));
 }
 
-TEST_F(RemoveFileTest, DeletesWhatIsNeitherFileNorFolder)
+TEST_F(RemoveFileTest, DeletesAPipe)
 {
     ASSERT_EQ(::mkfifo(Path("pipe").c_str(), 0600), 0);
 
@@ -139,7 +137,7 @@ TEST_F(RemoveFileTest, RefusesAPathThatNamesNothing)
     EXPECT_THAT(Tree(), UnorderedElementsAre("file", "loop"));
 }
 
-TEST_F(RemoveFileTest, RefusesASecondTime)
+TEST_F(RemoveFileTest, RefusesAFileThatIsAlreadyDeleted)
 {
     const std::string file = Write("file");
 
@@ -147,7 +145,7 @@ TEST_F(RemoveFileTest, RefusesASecondTime)
     EXPECT_FALSE(RemoveFile(file));
 }
 
-TEST_F(RemoveFileTest, SparesAFileWhoseNameGoesOnAfterANullCharacter)
+TEST_F(RemoveFileTest, RefusesAPathWithANullCharacter)
 {
     const std::string file = Write("file");
 
@@ -157,7 +155,7 @@ TEST_F(RemoveFileTest, SparesAFileWhoseNameGoesOnAfterANullCharacter)
     EXPECT_THAT(Tree(), UnorderedElementsAre("file"));
 }
 
-TEST_F(RemoveFileTest, RefusesWhereTheUserMayNotWrite)
+TEST_F(RemoveFileTest, RefusesAFileInAFolderThatTheUserMayNotWriteTo)
 {
     MakeFolder("guarded");
     const std::string file = Write("guarded/file");
@@ -176,7 +174,7 @@ TEST_F(RemoveFileTest, RefusesWhereTheUserMayNotWrite)
     EXPECT_THAT(Tree(), UnorderedElementsAre("guarded", "guarded/file", "guarded/link"));
 }
 
-TEST_F(RemoveFileTest, RefusesInsideAFolderThatMayNotBeEntered)
+TEST_F(RemoveFileTest, RefusesAFileInAFolderThatTheUserMayNotEnter)
 {
     MakeFolder("closed");
     const std::string file = Write("closed/file");

@@ -1,21 +1,17 @@
-// Whether a file counts as changed when its time goes from one to another: as QDateTime compares what
-// QFileInfo says of both, in every zone. Around the start of 1970 that is not what the numbers say.
+// Whether a file counts as changed when its time changes: when QDateTime says that the two times of QFileInfo
+// differ, in every zone. Around the start of 1970 that is not the same as comparing the numbers.
 
 #include "Tests/Support/CheckerFixture.h"
 #include "Tests/Support/TimeZone.h"
 #include "Tests/Support/WatcherFixture.h"
 
-#include <QFile>
-
 #include <gmock/gmock.h>
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <string>
 #include <vector>
-
-#include <fcntl.h>
-#include <sys/stat.h>
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -26,7 +22,7 @@ namespace {
 constexpr long long hour = 3600 * 1000LL;
 constexpr long long day = 24 * hour;
 
-/// In milliseconds since 1970: there, around there, midnight there in several zones, and far from it.
+/// Milliseconds since 1970: its start, times around it, its start in several zones, and one far from it.
 constexpr std::array<long long, 15> times = {0,
                                              1,
                                              -1,
@@ -43,14 +39,7 @@ constexpr std::array<long long, 15> times = {0,
                                              -day,
                                              1'500'000'000'000};
 
-void SetTime(const QString& path, long long milliseconds)
-{
-    const long long fraction = (milliseconds % 1000 + 1000) % 1000;
-    const timespec both[2] = {{0, UTIME_OMIT}, {(milliseconds - fraction) / 1000, fraction * 1'000'000}};
-    ASSERT_EQ(::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), both, 0), 0);
-}
-
-/// What QFileInfo says of a file, as it is now.
+/// The time of a file as QFileInfo reads it now.
 QDateTime TimeOf(const QString& path)
 {
     return QFileInfo(path).lastModified();
@@ -72,19 +61,19 @@ class FileTimeComparisonTest : public CheckerFixture, public testing::WithParamI
 protected:
     struct File
     {
-        QString path;
+        std::string path;
         long long first;
         long long second;
     };
 
-    /// A file for each time and each that it then gets.
+    /// A file for each time before a change and each time after it.
     FileTimeComparisonTest()
     {
         for (const long long first : times) {
             for (const long long second : times) {
-                const QString name =
-                    QString::number(first) + QStringLiteral(" to ") + QString::number(second);
-                files.push_back({folder.Write(name), first, second});
+                const std::string name = std::to_string(first) + " to " + std::to_string(second);
+                Write(name);
+                files.push_back({name, first, second});
             }
         }
         GiveFirstTimes();
@@ -93,18 +82,18 @@ protected:
     void GiveFirstTimes() const
     {
         for (const File& file : files)
-            SetTime(file.path, file.first);
+            SetTime(file.path, std::chrono::milliseconds(file.first));
     }
     void GiveSecondTimes() const
     {
         for (const File& file : files)
-            SetTime(file.path, file.second);
+            SetTime(file.path, std::chrono::milliseconds(file.second));
     }
 
-    /// The entries of those whose time is another one than before.
-    std::vector<std::string> Changed(const QList<QFileInfo>& before) const
+    /// The log's entries for the files whose time differs from before.
+    Texts Changed(const QList<QFileInfo>& before) const
     {
-        std::vector<std::string> entries;
+        Texts entries;
         for (const QFileInfo& info : before) {
             if (!(TimeOf(info.filePath()) == info.lastModified()))
                 entries.push_back("FileChanged " + info.fileName().toStdString());
@@ -112,11 +101,10 @@ protected:
         return entries;
     }
 
-    /// What only one of both has: "missed: FileChanged 0 to 1".
-    static std::vector<std::string> Differences(const std::vector<std::string>& reported,
-                                                const std::vector<std::string>& byQDateTime)
+    /// The entries in only one of the lists: "missed: FileChanged 0 to 1".
+    static Texts Differences(const Texts& reported, const Texts& byQDateTime)
     {
-        std::vector<std::string> differences;
+        Texts differences;
         for (const std::string& entry : reported) {
             if (std::find(byQDateTime.begin(), byQDateTime.end(), entry) == byQDateTime.end())
                 differences.push_back("reported: " + entry);
@@ -128,7 +116,7 @@ protected:
         return differences;
     }
 
-    /// Entries of their own, with the times as they are now.
+    /// Copies of the snapshot's entries, with the times as they are now.
     QList<QFileInfo> Entries() const
     {
         QList<QFileInfo> entries;
@@ -144,7 +132,7 @@ protected:
     std::vector<File> files;
 };
 
-TEST_P(FileTimeComparisonTest, FindsNoChangeWhereThereIsNone)
+TEST_P(FileTimeComparisonTest, ReportsNoChangeWhenTheTimesAreTheSame)
 {
     Start();
 
@@ -153,7 +141,7 @@ TEST_P(FileTimeComparisonTest, FindsNoChangeWhereThereIsNone)
     EXPECT_THAT(Check(), IsEmpty());
 }
 
-TEST_P(FileTimeComparisonTest, FindsWhatQDateTimeFindsInAPassAndInTheOneBack)
+TEST_P(FileTimeComparisonTest, ReportsWhatQDateTimeFindsInAPassAndInOneThatRestoresTheTimes)
 {
     Start();
     checker.CheckFolder();
@@ -161,7 +149,7 @@ TEST_P(FileTimeComparisonTest, FindsWhatQDateTimeFindsInAPassAndInTheOneBack)
     GiveSecondTimes();
     EXPECT_THAT(Differences(Check(), Changed(before)), IsEmpty());
 
-    // What was not found has kept its time of before.
+    // A file that was not reported has kept its stored time.
     QList<QFileInfo> stored = before;
     for (QFileInfo& info : stored) {
         if (!(TimeOf(info.filePath()) == info.lastModified())) {
@@ -174,7 +162,7 @@ TEST_P(FileTimeComparisonTest, FindsWhatQDateTimeFindsInAPassAndInTheOneBack)
     EXPECT_THAT(Check(), IsEmpty());
 }
 
-TEST_P(FileTimeComparisonTest, FindsTheSameInTheFirstPassAfterAStart)
+TEST_P(FileTimeComparisonTest, ReportsTheSameInTheFirstPassAfterAStart)
 {
     Start();
     const QList<QFileInfo> before = Entries();
@@ -184,7 +172,7 @@ TEST_P(FileTimeComparisonTest, FindsTheSameInTheFirstPassAfterAStart)
     EXPECT_THAT(Differences(Check(), Changed(before)), IsEmpty());
 }
 
-TEST_P(FileTimeComparisonTest, FindsTheSameByFileNotices)
+TEST_P(FileTimeComparisonTest, ReportsTheSameOnFileNotices)
 {
     Zendra::LW::DirectoryWatcher watcher;
     ASSERT_TRUE(watcher.StartWatching(folder.Path(), {}, {}, 0));
@@ -207,29 +195,29 @@ INSTANTIATE_TEST_SUITE_P(Zones, FileTimeComparisonTest,
                                          Zone{"ThirteenEast", "TOT-13"}),
                          [](const auto& row) { return row.param.name; });
 
-// The file of 1970-01-01 00:00 UTC, which QFileInfo gives no time
+// A file of 1970-01-01 00:00 UTC, for which QFileInfo has no time
 
 using FileOfTheEpochTest = FileTimeComparisonTest;
 
-TEST_P(FileOfTheEpochTest, IsSeenToGoThereAndToComeBack)
+TEST_P(FileOfTheEpochTest, IsReportedWhenItGetsThatTimeAndWhenItLosesIt)
 {
-    const QString path = folder.Path(Text("0 to 0"));
+    const PathText path = "0 to 0";
     Start();
     checker.CheckFolder();
 
     for (const long long time : {1'500'000'000'000LL, 0LL, 1000LL, 0LL, day, 0LL, -day, 0LL}) {
-        SetTime(path, time);
+        SetTime(path, std::chrono::milliseconds(time));
         EXPECT_THAT(Check(), ElementsAre("FileChanged 0 to 0")) << time;
         EXPECT_THAT(Check(), IsEmpty()) << time;
     }
 }
 
-TEST_P(FileOfTheEpochTest, IsStillSeenToVanish)
+TEST_P(FileOfTheEpochTest, IsReportedWhenItIsRemoved)
 {
     Start();
     checker.CheckFolder();
 
-    folder.Remove(Text("0 to 0"));
+    Remove("0 to 0");
 
     EXPECT_THAT(Check(), ElementsAre("FileRemoved 0 to 0"));
 }

@@ -1,7 +1,7 @@
 #include "Lib/Util/FS/FileTimeReader.h"
 
 #include "Lib/Util/FS/FileTime.h"
-#include "Tests/Support/TempFolder.h"
+#include "Tests/Support/FolderFixture.h"
 #include "Tests/Support/Unprivileged.h"
 
 #include <QDateTime>
@@ -18,60 +18,57 @@
 namespace Zendra::LW {
 namespace {
 
-class FileTimeReaderTest : public testing::Test
+class FileTimeReaderTest : public Tests::FolderFixture
 {
 protected:
-    QString FileOfTime(const QString& path, qint64 time) const
+    QString FileOfTime(const Tests::PathText& path, qint64 time) const
     {
-        folder.Write(path);
-        folder.SetModificationTime(path, QDateTime::fromMSecsSinceEpoch(time));
-        return folder.Path(path);
+        Write(path);
+        SetTime(path, QDateTime::fromMSecsSinceEpoch(time));
+        return Path(path);
     }
 
-    Tests::TempFolder folder;
     FileTimeReader reader;
 };
 
 TEST_F(FileTimeReaderTest, ReadsTheTimesOfFilesInAnyOrderOfFolders)
 {
-    const std::vector<QString> paths{FileOfTime(QStringLiteral("a"), 1500000000001),
-                                     FileOfTime(QStringLiteral("b"), 1500000000002),
-                                     FileOfTime(QStringLiteral("\u00e4"), 1500000000003),
-                                     FileOfTime(QStringLiteral("sub/a"), 1500000000004),
-                                     FileOfTime(QStringLiteral("sub/b"), 1500000000005),
-                                     FileOfTime(QStringLiteral("sub/2/a"), 1500000000006),
-                                     FileOfTime(QStringLiteral("sub2/a"), 1500000000007)};
+    const std::vector<QString> paths{
+        FileOfTime("a", 1500000000001),      FileOfTime("b", 1500000000002),
+        FileOfTime("\u00e4", 1500000000003), FileOfTime("sub/a", 1500000000004),
+        FileOfTime("sub/b", 1500000000005),  FileOfTime("sub/2/a", 1500000000006),
+        FileOfTime("sub2/a", 1500000000007)};
     for (const int file : {0, 1, 2, 3, 4, 3, 5, 5, 0, 6, 3, 4, 1, 1, 1})
         EXPECT_EQ(reader.Read(paths[static_cast<std::size_t>(file)]), 1500000000001 + file);
 }
 
-TEST_F(FileTimeReaderTest, ReadsTheTimesOfNow)
+TEST_F(FileTimeReaderTest, ReadsTheCurrentTimes)
 {
-    const QString path = FileOfTime(QStringLiteral("a"), 1500000000001);
+    const QString path = FileOfTime("a", 1500000000001);
     for (const qint64 time : {1500000000001, 1500000000002, 1500000000003}) {
-        FileOfTime(QStringLiteral("a"), time);
+        FileOfTime("a", time);
         EXPECT_EQ(reader.Read(path), time);
     }
-    folder.Remove(QStringLiteral("a"));
+    Remove("a");
     EXPECT_EQ(reader.Read(path), unreadableTime);
 }
 
-TEST_F(FileTimeReaderTest, KnowsNoTimeOfAMissingFile)
+TEST_F(FileTimeReaderTest, ReportsAMissingFileAsUnreadable)
 {
     for (int time = 0; time < 3; ++time)
-        EXPECT_EQ(reader.Read(folder.Path(QStringLiteral("missing"))), unreadableTime);
+        EXPECT_EQ(reader.Read(Path("missing")), unreadableTime);
     for (int time = 0; time < 3; ++time)
-        EXPECT_EQ(reader.Read(folder.Path(QStringLiteral("missing/a"))), unreadableTime);
+        EXPECT_EQ(reader.Read(Path("missing/a")), unreadableTime);
 }
 
-TEST_F(FileTimeReaderTest, FollowsTheFoldersNameOnceItHasClosedTheFolder)
+TEST_F(FileTimeReaderTest, OpensTheFolderByNameAgainAfterClosingIt)
 {
-    const QString path = FileOfTime(QStringLiteral("sub/a"), 1500000000001);
-    FileOfTime(QStringLiteral("other/a"), 1500000000002);
+    const QString path = FileOfTime("sub/a", 1500000000001);
+    FileOfTime("other/a", 1500000000002);
     ASSERT_EQ(reader.Read(path), 1500000000001);
     ASSERT_EQ(reader.Read(path), 1500000000001);
-    folder.Rename(QStringLiteral("sub"), QStringLiteral("gone"));
-    folder.Rename(QStringLiteral("other"), QStringLiteral("sub"));
+    folder.Rename("sub", "gone");
+    folder.Rename("other", "sub");
 
     reader.CloseFolder();
 
@@ -79,10 +76,10 @@ TEST_F(FileTimeReaderTest, FollowsTheFoldersNameOnceItHasClosedTheFolder)
     EXPECT_EQ(reader.Read(path), 1500000000002);
 }
 
-// It must not stay in use under another name: descriptors are numbered anew.
+// A closed descriptor must not be used again: its number may belong to another folder.
 TEST_F(FileTimeReaderTest, MayCloseTheFolderAtAnyTime)
 {
-    const QString path = FileOfTime(QStringLiteral("a"), 1500000000001);
+    const QString path = FileOfTime("a", 1500000000001);
     reader.CloseFolder();
     for (int time = 0; time < 3; ++time) {
         EXPECT_EQ(reader.Read(path), 1500000000001);
@@ -92,9 +89,9 @@ TEST_F(FileTimeReaderTest, MayCloseTheFolderAtAnyTime)
     }
 }
 
-TEST_F(FileTimeReaderTest, ReadsByThePathWhereNoMoreFoldersCanBeOpened)
+TEST_F(FileTimeReaderTest, ReadsByPathWhenNoFolderCanBeOpened)
 {
-    const QString path = FileOfTime(QStringLiteral("a"), 1500000000001);
+    const QString path = FileOfTime("a", 1500000000001);
     rlimit before;
     ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
     rlimit none = before;
@@ -109,13 +106,13 @@ TEST_F(FileTimeReaderTest, ReadsByThePathWhereNoMoreFoldersCanBeOpened)
     EXPECT_EQ(times, std::vector<qint64>(3, 1500000000001));
 }
 
-TEST_F(FileTimeReaderTest, ReadsInAFolderThatItMayOnlyEnter)
+TEST_F(FileTimeReaderTest, ReadsInAFolderWithoutReadPermission)
 {
-    const QString path = FileOfTime(QStringLiteral("closed/a"), 1500000000001);
-    folder.SetPermissions(QStringLiteral("closed"), 0111);
-    folder.SetPermissions(QStringLiteral("."), 0755);
+    const QString path = FileOfTime("closed/a", 1500000000001);
+    folder.SetPermissions("closed", 0111);
+    folder.SetPermissions(".", 0755);
 
-    const Tests::Unprivileged nobody;
+    const Tests::Unprivileged otherUser;
 
     for (int time = 0; time < 3; ++time)
         EXPECT_EQ(reader.Read(path), 1500000000001);
@@ -128,13 +125,13 @@ int CountOpenFiles()
     return static_cast<int>(QDir(QStringLiteral("/proc/self/fd")).count());
 }
 
-TEST_F(FileTimeReaderTest, HasOneFolderOpenAtMost)
+TEST_F(FileTimeReaderTest, HasAtMostOneFolderOpen)
 {
     const int before = CountOpenFiles();
     {
         FileTimeReader other;
         for (const char* path : {"1/a", "2/a", "3/a"}) {
-            const QString file = FileOfTime(QString::fromLatin1(path), 1500000000001);
+            const QString file = FileOfTime(path, 1500000000001);
             other.Read(file);
             EXPECT_EQ(CountOpenFiles(), before);
             other.Read(file);
@@ -142,8 +139,8 @@ TEST_F(FileTimeReaderTest, HasOneFolderOpenAtMost)
         }
         other.CloseFolder();
         EXPECT_EQ(CountOpenFiles(), before);
-        other.Read(folder.Path(QStringLiteral("1/a")));
-        other.Read(folder.Path(QStringLiteral("1/a")));
+        other.Read(Path("1/a"));
+        other.Read(Path("1/a"));
     }
     EXPECT_EQ(CountOpenFiles(), before);
 }

@@ -1,15 +1,14 @@
 #include "Lib/Util/FS/FileTime.h"
 
 #include "Tests/Support/TempFolder.h"
+#include "Tests/Support/TimeZone.h"
 
-#include <QByteArray>
 #include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
 
 #include <gtest/gtest.h>
 
-#include <ctime>
 #include <string>
 
 #include <fcntl.h>
@@ -19,31 +18,10 @@
 namespace Zendra::LW {
 namespace {
 
-/// Local time in another zone while it lives. Given by a rule, since not every system has a list of zones.
-class Zone
-{
-public:
-    explicit Zone(const char* rule) : before(qgetenv("TZ")), wasSet(qEnvironmentVariableIsSet("TZ"))
-    {
-        qputenv("TZ", rule);
-        ::tzset();
-    }
-    ~Zone()
-    {
-        if (wasSet)
-            qputenv("TZ", before);
-        else
-            qunsetenv("TZ");
-        ::tzset();
-    }
-    Zone(const Zone&) = delete;
-    Zone& operator=(const Zone&) = delete;
+using Tests::TempFolder;
+using Tests::TimeZone;
 
-private:
-    const QByteArray before;
-    const bool wasSet;
-};
-
+/// A rule as TZ takes it, since not every system has a list of zones.
 struct ZoneRow
 {
     const char* name;
@@ -54,11 +32,11 @@ class FileTimeZoneTest : public testing::TestWithParam<ZoneRow>
 {
 };
 
-TEST_P(FileTimeZoneTest, IsThatOfQFileInfoToTheMillisecond)
+TEST_P(FileTimeZoneTest, EqualsThatOfQFileInfoToTheMillisecond)
 {
-    const Zone zone(GetParam().rule);
-    const Tests::TempFolder folder;
-    const QString path = folder.Write(QStringLiteral("a"));
+    const TimeZone zone(GetParam().rule);
+    const TempFolder folder;
+    const QString path = folder.Write("a");
     const timespec times[] = {{0, 0},           {0, 1000000},      {1500000000, 123000000},
                               {-1, 999000000},  {-86401, 1000000}, {4102444800, 999999999},
                               {1500000000, 999}};
@@ -68,7 +46,7 @@ TEST_P(FileTimeZoneTest, IsThatOfQFileInfoToTheMillisecond)
         const qint64 expected = qint64(time.tv_sec) * 1000 + time.tv_nsec / 1000000;
 
         EXPECT_EQ(ReadModificationTime(path), expected);
-        // QFileInfo takes the first millisecond of 1970 for no time.
+        // QFileInfo treats the first millisecond of 1970 as no time.
         if (expected != 0) {
             EXPECT_EQ(ReadModificationTime(path), QFileInfo(path).lastModified().toMSecsSinceEpoch());
         }
@@ -85,30 +63,29 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(FileTimeTest, IsThatOfALinksTarget)
 {
-    const Tests::TempFolder folder;
-    folder.Write(QStringLiteral("a"));
-    folder.SetModificationTime(QStringLiteral("a"), QDateTime::fromMSecsSinceEpoch(1500000000123));
-    const QString link = folder.Link(QStringLiteral("a"), QStringLiteral("link"));
+    const TempFolder folder;
+    folder.Write("a");
+    folder.SetModificationTime("a", QDateTime::fromMSecsSinceEpoch(1500000000123));
+    const QString link = folder.Link("a", "link");
 
     EXPECT_EQ(ReadModificationTime(link), 1500000000123);
 }
 
-TEST(FileTimeTest, IsNoneWhereThereIsNoFile)
+TEST(FileTimeTest, IsUnreadableWithoutAFile)
 {
-    const Tests::TempFolder folder;
+    const TempFolder folder;
 
-    EXPECT_EQ(ReadModificationTime(folder.Path(QStringLiteral("missing"))), unreadableTime);
-    EXPECT_EQ(ReadModificationTime(folder.Link(QStringLiteral("missing"), QStringLiteral("link"))),
-              unreadableTime);
+    EXPECT_EQ(ReadModificationTime(folder.Path("missing")), unreadableTime);
+    EXPECT_EQ(ReadModificationTime(folder.Link("missing", "link")), unreadableTime);
     EXPECT_EQ(ReadModificationTime(QString()), unreadableTime);
 }
 
-TEST(FileTimeTest, IsTheSameBehindAnOpenFolder)
+TEST(FileTimeTest, CanBeReadThroughAnOpenFolder)
 {
-    const Tests::TempFolder folder;
-    folder.Write(QStringLiteral("a"));
-    folder.SetModificationTime(QStringLiteral("a"), QDateTime::fromMSecsSinceEpoch(1500000000123));
-    folder.Link(QStringLiteral("a"), QStringLiteral("link"));
+    const TempFolder folder;
+    folder.Write("a");
+    folder.SetModificationTime("a", QDateTime::fromMSecsSinceEpoch(1500000000123));
+    folder.Link("a", "link");
     const int descriptor = ::open(QFile::encodeName(folder.Path()).constData(), O_RDONLY);
 
     const qint64 times[] = {ReadModificationTime(descriptor, "a"), ReadModificationTime(descriptor, "link"),

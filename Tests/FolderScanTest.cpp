@@ -2,10 +2,12 @@
 
 #include "Tests/Support/ByteFolder.h"
 #include "Tests/Support/CurrentFolder.h"
+#include "Tests/Support/DeepFolder.h"
 #include "Tests/Support/FileTexts.h"
+#include "Tests/Support/FolderFixture.h"
+#include "Tests/Support/RandomFolder.h"
 #include "Tests/Support/TempFolder.h"
 #include "Tests/Support/Unprivileged.h"
-#include "Tests/Support/WildFolder.h"
 
 #include <QDir>
 #include <QFile>
@@ -17,14 +19,10 @@
 #include <climits>
 #include <limits>
 #include <ostream>
-#include <stdexcept>
 #include <string>
-#include <utility>
 #include <vector>
 
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace Zendra::LW {
 namespace {
@@ -35,14 +33,19 @@ using testing::IsEmpty;
 using testing::SizeIs;
 using testing::UnorderedElementsAre;
 using testing::UnorderedElementsAreArray;
+using Tests::AreSortedByName;
 using Tests::ByteFolder;
 using Tests::CurrentFolder;
+using Tests::DeepFolder;
+using Tests::NameFilters;
 using Tests::NamesOf;
 using Tests::PathsOf;
+using Tests::RandomFolder;
 using Tests::TempFolder;
 using Tests::Texts;
+using Tests::ToQStringList;
+using Tests::ToTexts;
 using Tests::Unprivileged;
-using Tests::WildFolder;
 
 constexpr unsigned int everyLevel = std::numeric_limits<unsigned int>::max();
 
@@ -51,20 +54,14 @@ std::string Native(const QString& path)
     return QFile::encodeName(path).toStdString();
 }
 
-void Require(bool done, const std::string& step)
-{
-    if (!done)
-        throw std::runtime_error(step);
-}
-
-ListingOptions MatchingNames(const QStringList& nameFilters)
+ListingOptions MatchingNames(const NameFilters& nameFilters)
 {
     ListingOptions options;
     options.nameFilters = nameFilters;
     return options;
 }
 
-QList<QFileInfo> ScanFiles(const QString& dirPath, const QStringList& nameFilters, unsigned int depth)
+QList<QFileInfo> ScanFiles(const QString& dirPath, const NameFilters& nameFilters, unsigned int depth)
 {
     QList<QFileInfo> infos;
     for (const ListedFile& file : GetFilesInDirRecursively(dirPath, depth, MatchingNames(nameFilters)).files)
@@ -72,7 +69,7 @@ QList<QFileInfo> ScanFiles(const QString& dirPath, const QStringList& nameFilter
     return infos;
 }
 
-QList<QFileInfo> ScanSortedFiles(const QString& dirPath, const QStringList& nameFilters, unsigned int depth)
+QList<QFileInfo> ScanSortedFiles(const QString& dirPath, const NameFilters& nameFilters, unsigned int depth)
 {
     QList<QFileInfo> infos;
     const SortedFiles files = GetSortedFilesInDirRecursively(dirPath, depth, MatchingNames(nameFilters));
@@ -81,11 +78,11 @@ QList<QFileInfo> ScanSortedFiles(const QString& dirPath, const QStringList& name
     return infos;
 }
 
-/// The scan in its plainest words, one listing for the files and one for the folders: what the scan is
-/// compared with.
+/// The simplest scan, with one listing for the files and one for the folders. The library's scan is compared
+/// with it.
 ///
-/// Unsorted, and not NoSort, which QDir takes for its default: by name.
-QList<QFileInfo> PlainScan(const QString& dirPath, const QStringList& nameFilters, unsigned int depth)
+/// Unsorted and not NoSort: QDir replaces NoSort by its default, which sorts by name.
+QList<QFileInfo> PlainScan(const QString& dirPath, const NameFilters& nameFilters, unsigned int depth)
 {
     const QDir dir(dirPath);
     QList<QFileInfo> files = dir.entryInfoList(nameFilters, QDir::Files, QDir::Unsorted);
@@ -97,56 +94,46 @@ QList<QFileInfo> PlainScan(const QString& dirPath, const QStringList& nameFilter
     return files;
 }
 
-class DirectoryScanTest : public testing::Test
+class DirectoryScanTest : public Tests::FolderFixture
 {
 protected:
-    Texts Scan(unsigned int depth, const QStringList& nameFilters = {}) const
+    Texts Scan(unsigned int depth, const NameFilters& nameFilters = {}) const
     {
         return PathsOf(ScanFiles(folder.Path(), nameFilters, depth), folder.Path());
     }
-
-    TempFolder folder;
 };
 
-TEST_F(DirectoryScanTest, FindsTheFilesOfTheFolderAloneAtDepthZero)
+TEST_F(DirectoryScanTest, FindsOnlyTheFoldersOwnFilesAtDepthZero)
 {
-    folder.Write(QStringLiteral("b.txt"));
-    folder.Write(QStringLiteral("A.txt"));
-    folder.Write(QStringLiteral("sub/a.txt"));
+    Write({"b.txt", "A.txt", "sub/a.txt"});
 
     EXPECT_THAT(Scan(0), UnorderedElementsAre("b.txt", "A.txt"));
 }
 
-TEST_F(DirectoryScanTest, GoesDownAsManyLevelsAsItIsTold)
+TEST_F(DirectoryScanTest, DescendsToTheGivenDepth)
 {
-    folder.Write(QStringLiteral("0.txt"));
-    folder.Write(QStringLiteral("1/1.txt"));
-    folder.Write(QStringLiteral("1/2/2.txt"));
-    folder.Write(QStringLiteral("1/2/3/3.txt"));
+    Write({"0.txt", "1/1.txt", "1/2/2.txt", "1/2/3/3.txt"});
 
     EXPECT_THAT(Scan(1), ElementsAre("0.txt", "1/1.txt"));
     EXPECT_THAT(Scan(2), ElementsAre("0.txt", "1/1.txt", "1/2/2.txt"));
     EXPECT_THAT(Scan(3), ElementsAre("0.txt", "1/1.txt", "1/2/2.txt", "1/2/3/3.txt"));
 }
 
-TEST_F(DirectoryScanTest, HasNoBottomAtTheLargestDepth)
+TEST_F(DirectoryScanTest, FindsFilesAtEveryLevelWithTheLargestDepth)
 {
-    QString path;
+    std::string path;
     for (int level = 0; level < 40; ++level)
-        path += QStringLiteral("d/");
-    folder.Write(path + QStringLiteral("a.txt"));
+        path += "d/";
+    Write(path + "a.txt");
 
     EXPECT_THAT(Scan(everyLevel), SizeIs(1));
     EXPECT_THAT(Scan(40), SizeIs(1));
     EXPECT_THAT(Scan(39), IsEmpty());
 }
 
-TEST_F(DirectoryScanTest, HasTheFilesOfAFolderBeforeThoseOfItsSubfolders)
+TEST_F(DirectoryScanTest, ListsTheFilesOfAFolderBeforeThoseOfItsSubfolders)
 {
-    folder.Write(QStringLiteral("a/b/1.txt"));
-    folder.Write(QStringLiteral("a/z.txt"));
-    folder.Write(QStringLiteral("a/y.txt"));
-    folder.Write(QStringLiteral("z.txt"));
+    Write({"a/b/1.txt", "a/z.txt", "a/y.txt", "z.txt"});
 
     const Texts found = Scan(2);
 
@@ -158,30 +145,26 @@ TEST_F(DirectoryScanTest, HasTheFilesOfAFolderBeforeThoseOfItsSubfolders)
 
 TEST_F(DirectoryScanTest, NeverListsAFolder)
 {
-    folder.MakeFolder(QStringLiteral("a.txt"));
-    folder.MakeFolder(QStringLiteral("sub/b.txt"));
+    folder.MakeFolder("a.txt");
+    folder.MakeFolder("sub/b.txt");
 
     EXPECT_THAT(Scan(0), IsEmpty());
     EXPECT_THAT(Scan(5), IsEmpty());
-    EXPECT_THAT(Scan(5, {QStringLiteral("*.txt")}), IsEmpty());
+    EXPECT_THAT(Scan(5, {"*.txt"}), IsEmpty());
 }
 
 TEST_F(DirectoryScanTest, SkipsHiddenFilesAndHiddenFolders)
 {
-    folder.Write(QStringLiteral(".hidden.txt"));
-    folder.Write(QStringLiteral(".hidden/a.txt"));
-    folder.Write(QStringLiteral("sub/.hidden.txt"));
-    folder.Write(QStringLiteral("sub/.hidden/b.txt"));
-    folder.Write(QStringLiteral("sub/c.txt"));
+    Write({".hidden.txt", ".hidden/a.txt", "sub/.hidden.txt", "sub/.hidden/b.txt", "sub/c.txt"});
 
     EXPECT_THAT(Scan(everyLevel), ElementsAre("sub/c.txt"));
-    EXPECT_THAT(Scan(everyLevel, {QStringLiteral(".*")}), IsEmpty());
+    EXPECT_THAT(Scan(everyLevel, {".*"}), IsEmpty());
 }
 
 TEST_F(DirectoryScanTest, ListsALinkToAFileUnderItsOwnName)
 {
-    folder.Write(QStringLiteral("out/of/reach.txt"));
-    folder.Link(QStringLiteral("out/of/reach.txt"), QStringLiteral("link.txt"));
+    Write("out/of/reach.txt");
+    folder.Link("out/of/reach.txt", "link.txt");
 
     EXPECT_THAT(Scan(0), ElementsAre("link.txt"));
 }
@@ -189,53 +172,52 @@ TEST_F(DirectoryScanTest, ListsALinkToAFileUnderItsOwnName)
 TEST_F(DirectoryScanTest, EntersALinkToAFolder)
 {
     const TempFolder elsewhere;
-    elsewhere.Write(QStringLiteral("a.txt"));
-    folder.Link(elsewhere.Path(), QStringLiteral("link"));
+    elsewhere.Write("a.txt");
+    folder.Link(elsewhere.Path(), "link");
 
     EXPECT_THAT(Scan(0), IsEmpty());
     EXPECT_THAT(Scan(1), ElementsAre("link/a.txt"));
 }
 
-TEST_F(DirectoryScanTest, LeavesACycleOfLinksAtTheDepth)
+TEST_F(DirectoryScanTest, EndsACycleOfLinksAtTheDepth)
 {
-    folder.Write(QStringLiteral("a.txt"));
-    folder.Link(folder.Path(), QStringLiteral("loop"));
+    Write("a.txt");
+    folder.Link(folder.Path(), "loop");
 
     EXPECT_THAT(Scan(3), ElementsAre("a.txt", "loop/a.txt", "loop/loop/a.txt", "loop/loop/loop/a.txt"));
 }
 
-TEST_F(DirectoryScanTest, LeavesACycleOfLinksAtTheLargestDepthToo)
+TEST_F(DirectoryScanTest, EndsACycleOfLinksAtTheLargestDepth)
 {
-    folder.Write(QStringLiteral("a.txt"));
-    folder.Link(folder.Path(), QStringLiteral("loop"));
+    Write("a.txt");
+    folder.Link(folder.Path(), "loop");
 
     // The system follows only so many links in one path.
     EXPECT_THAT(Scan(everyLevel),
                 ElementsAreArray(PathsOf(PlainScan(folder.Path(), {}, everyLevel), folder.Path())));
 }
 
-TEST_F(DirectoryScanTest, SkipsLinksThatLeadNowhere)
+TEST_F(DirectoryScanTest, SkipsDanglingAndLoopingLinks)
 {
-    folder.Link(QStringLiteral("missing.txt"), QStringLiteral("dangling.txt"));
-    folder.Link(QStringLiteral("self.txt"), QStringLiteral("self.txt"));
-    folder.Link(QStringLiteral("there.txt"), QStringLiteral("back.txt"));
-    folder.Link(QStringLiteral("back.txt"), QStringLiteral("there.txt"));
+    folder.Link("missing.txt", "dangling.txt");
+    folder.Link("self.txt", "self.txt");
+    folder.Link("there.txt", "back.txt");
+    folder.Link("back.txt", "there.txt");
 
     EXPECT_THAT(Scan(2), IsEmpty());
 }
 
 TEST_F(DirectoryScanTest, SkipsWhatIsNeitherFileNorFolder)
 {
-    Require(::mkfifo(Native(folder.Path(QStringLiteral("fifo"))).c_str(), 0600) == 0, "make a fifo");
-    Require(::mknod(Native(folder.Path(QStringLiteral("socket"))).c_str(), S_IFSOCK | 0600, 0) == 0,
-            "make a socket");
+    ASSERT_EQ(::mkfifo(Native(Path("fifo")).c_str(), 0600), 0);
+    ASSERT_EQ(::mknod(Native(Path("socket")).c_str(), S_IFSOCK | 0600, 0), 0);
 
     EXPECT_THAT(Scan(2), IsEmpty());
 }
 
 TEST_F(DirectoryScanTest, ListsALinkToWhatIsNeitherFileNorFolder)
 {
-    folder.Link(QStringLiteral("/dev/null"), QStringLiteral("null.txt"));
+    folder.Link("/dev/null", "null.txt");
 
     EXPECT_THAT(Scan(0), ElementsAre("null.txt"));
 }
@@ -246,9 +228,9 @@ TEST_F(DirectoryScanTest, FindsNothingInAnEmptyFolder)
     EXPECT_THAT(Scan(3), IsEmpty());
 }
 
-TEST_F(DirectoryScanTest, FindsNothingInAFolderThatIsMissing)
+TEST_F(DirectoryScanTest, FindsNothingInAMissingFolder)
 {
-    const QString missing = folder.Path(QStringLiteral("missing"));
+    const QString missing = Path("missing");
 
     EXPECT_THAT(ScanFiles(missing, {}, 3), IsEmpty());
     EXPECT_THAT(ScanSortedFiles(missing, {}, 3), IsEmpty());
@@ -256,48 +238,46 @@ TEST_F(DirectoryScanTest, FindsNothingInAFolderThatIsMissing)
 
 TEST_F(DirectoryScanTest, FindsNothingBelowAFile)
 {
-    const QString file = folder.Write(QStringLiteral("a.txt"));
+    const QString file = folder.Write("a.txt");
 
     EXPECT_THAT(ScanFiles(file, {}, 3), IsEmpty());
 }
 
 TEST_F(DirectoryScanTest, FindsNothingInAFolderThatItMayNotRead)
 {
-    folder.Write(QStringLiteral("a.txt"));
-    folder.SetPermissions(QStringLiteral("."), 0111);
+    Write("a.txt");
+    folder.SetPermissions(".", 0111);
 
-    const Unprivileged nobody;
+    const Unprivileged otherUser;
 
     EXPECT_THAT(Scan(3), IsEmpty());
 }
 
 TEST_F(DirectoryScanTest, SkipsASubfolderThatItMayNotRead)
 {
-    folder.Write(QStringLiteral("closed/a.txt"));
-    folder.Write(QStringLiteral("open/b.txt"));
-    folder.SetPermissions(QStringLiteral("closed"), 0);
-    folder.SetPermissions(QStringLiteral("."), 0755);
+    Write({"closed/a.txt", "open/b.txt"});
+    folder.SetPermissions("closed", 0);
+    folder.SetPermissions(".", 0755);
 
-    const Unprivileged nobody;
+    const Unprivileged otherUser;
 
     EXPECT_THAT(Scan(3), ElementsAre("open/b.txt"));
 }
 
 TEST_F(DirectoryScanTest, ListsAFileThatItMayNotOpen)
 {
-    folder.Write(QStringLiteral("a.txt"));
-    folder.SetPermissions(QStringLiteral("a.txt"), 0);
-    folder.SetPermissions(QStringLiteral("."), 0755);
+    Write("a.txt");
+    folder.SetPermissions("a.txt", 0);
+    folder.SetPermissions(".", 0755);
 
-    const Unprivileged nobody;
+    const Unprivileged otherUser;
 
     EXPECT_THAT(Scan(0), ElementsAre("a.txt"));
 }
 
-TEST_F(DirectoryScanTest, TakesAnEmptyPathForTheCurrentFolder)
+TEST_F(DirectoryScanTest, TreatsAnEmptyPathAsTheCurrentFolder)
 {
-    folder.Write(QStringLiteral("a.txt"));
-    folder.Write(QStringLiteral("sub/b.txt"));
+    Write({"a.txt", "sub/b.txt"});
     const CurrentFolder here(folder.Path());
 
     const Texts found = PathsOf(ScanFiles(QString(), {}, 1));
@@ -308,27 +288,25 @@ TEST_F(DirectoryScanTest, TakesAnEmptyPathForTheCurrentFolder)
 
 TEST_F(DirectoryScanTest, KeepsARelativeRootInThePathsOfItsOwnFilesOnly)
 {
-    folder.Write(QStringLiteral("root/a.txt"));
-    folder.Write(QStringLiteral("root/sub/b.txt"));
+    Write({"root/a.txt", "root/sub/b.txt"});
     const CurrentFolder here(folder.Path());
 
     const Texts found = PathsOf(ScanFiles(QStringLiteral("root"), {}, 1));
 
-    EXPECT_THAT(found,
-                ElementsAre("root/a.txt", folder.Path(QStringLiteral("root/sub/b.txt")).toStdString()));
+    EXPECT_THAT(found, ElementsAre("root/a.txt", Path("root/sub/b.txt").toStdString()));
 }
 
-class DirectoryScanRootTest : public DirectoryScanTest, public testing::WithParamInterface<const char*>
+class RootSpellingTest : public DirectoryScanTest, public testing::WithParamInterface<const char*>
 {
 };
 
-TEST_P(DirectoryScanRootTest, MayBeWrittenInManyWays)
+TEST_P(RootSpellingTest, GivesTheFilesOfAPlainScan)
 {
-    folder.Write(QStringLiteral("root/a.txt"));
-    folder.Write(QStringLiteral("root/sub/b.txt"));
-    folder.Link(QStringLiteral("root"), QStringLiteral("link"));
-    const CurrentFolder here(folder.Path(QStringLiteral("root")));
-    const QString root = QString::fromUtf8(GetParam());
+    Write({"root/a.txt", "root/sub/b.txt"});
+    folder.Link("root", "link");
+    const CurrentFolder here(Path("root"));
+    const QString spelling = QString::fromUtf8(GetParam());
+    const QString root = spelling.startsWith(QLatin1Char('/')) ? folder.Path() + spelling : spelling;
 
     const Texts found = PathsOf(ScanFiles(root, {}, 1));
 
@@ -336,47 +314,28 @@ TEST_P(DirectoryScanRootTest, MayBeWrittenInManyWays)
     EXPECT_THAT(found, SizeIs(2));
 }
 
-INSTANTIATE_TEST_SUITE_P(Relative, DirectoryScanRootTest,
+INSTANTIATE_TEST_SUITE_P(Relative, RootSpellingTest,
                          testing::Values("", ".", "./", "../root", "..//root/", "../link", "sub/..",
                                          "../link/../root/."));
-
-class AbsoluteRootTest : public DirectoryScanRootTest
-{
-};
-
-TEST_P(AbsoluteRootTest, MayBeWrittenInManyWays)
-{
-    folder.Write(QStringLiteral("root/a.txt"));
-    folder.Write(QStringLiteral("root/sub/b.txt"));
-    folder.Link(QStringLiteral("root"), QStringLiteral("link"));
-    const QString root = folder.Path() + QString::fromUtf8(GetParam());
-
-    const Texts found = PathsOf(ScanFiles(root, {}, 1));
-
-    EXPECT_THAT(found, ElementsAreArray(PathsOf(PlainScan(root, {}, 1))));
-    EXPECT_THAT(found, SizeIs(2));
-}
-
-INSTANTIATE_TEST_SUITE_P(Absolute, AbsoluteRootTest,
+INSTANTIATE_TEST_SUITE_P(Absolute, RootSpellingTest,
                          testing::Values("/root", "/root/", "//root///", "/./root/.", "/root/../root",
                                          "/link", "/link/"));
 
-TEST_F(DirectoryScanTest, MayBeginAtTheTopOfAll)
+TEST_F(DirectoryScanTest, ScansTheRootOfTheFileSystem)
 {
     const Texts found = PathsOf(ScanFiles(QStringLiteral("/"), {}, 0));
 
     EXPECT_THAT(found, ElementsAreArray(PathsOf(PlainScan(QStringLiteral("/"), {}, 0))));
 }
 
-TEST_F(DirectoryScanTest, ListsWhatItCanOfAFolderThatItMayNotEnter)
+TEST_F(DirectoryScanTest, ListsAFolderThatItMayNotEnterAsQtDoes)
 {
-    folder.Write(QStringLiteral("listed/a.txt"));
-    folder.Write(QStringLiteral("listed/sub/b.txt"));
-    folder.Link(QStringLiteral("a.txt"), QStringLiteral("listed/link.txt"));
-    folder.SetPermissions(QStringLiteral("listed"), 0444);
-    folder.SetPermissions(QStringLiteral("."), 0755);
+    Write({"listed/a.txt", "listed/sub/b.txt"});
+    folder.Link("a.txt", "listed/link.txt");
+    folder.SetPermissions("listed", 0444);
+    folder.SetPermissions(".", 0755);
 
-    const Unprivileged nobody;
+    const Unprivileged otherUser;
 
     EXPECT_THAT(Scan(3), ElementsAreArray(PathsOf(PlainScan(folder.Path(), {}, 3), folder.Path())));
 }
@@ -384,13 +343,13 @@ TEST_F(DirectoryScanTest, ListsWhatItCanOfAFolderThatItMayNotEnter)
 struct FilterRow
 {
     const char* name;
-    QStringList nameFilters;
+    NameFilters nameFilters;
     Texts expected;
 };
 
 std::ostream& operator<<(std::ostream& stream, const FilterRow& row)
 {
-    return stream << row.nameFilters.join(QLatin1Char(' ')).toStdString();
+    return stream << row.name;
 }
 
 class NameFilterTest : public DirectoryScanTest, public testing::WithParamInterface<FilterRow>
@@ -401,7 +360,7 @@ TEST_P(NameFilterTest, KeepsTheFilesThatMatch)
 {
     for (const char* name :
          {"a.mp4", "B.MP4", "c.mov", "mp4", "a[1].txt", "clips.old/d.mp4", "clips.old/e.mov"})
-        folder.Write(QString::fromLatin1(name));
+        folder.Write(name);
 
     EXPECT_THAT(Scan(1, GetParam().nameFilters), UnorderedElementsAreArray(GetParam().expected));
 }
@@ -412,56 +371,60 @@ INSTANTIATE_TEST_SUITE_P(
         FilterRow{
             "None", {}, {"a.mp4", "B.MP4", "c.mov", "mp4", "a[1].txt", "clips.old/d.mp4", "clips.old/e.mov"}},
         FilterRow{"Star",
-                  {QStringLiteral("*")},
+                  {"*"},
                   {"a.mp4", "B.MP4", "c.mov", "mp4", "a[1].txt", "clips.old/d.mp4", "clips.old/e.mov"}},
-        FilterRow{"CaseDoesNotMatter", {QStringLiteral("*.mp4")}, {"a.mp4", "B.MP4", "clips.old/d.mp4"}},
-        FilterRow{"UpperCaseFilter", {QStringLiteral("*.MP4")}, {"a.mp4", "B.MP4", "clips.old/d.mp4"}},
-        FilterRow{"Several",
-                  {QStringLiteral("c*"), QStringLiteral("?.mp4")},
-                  {"a.mp4", "B.MP4", "c.mov", "clips.old/d.mp4"}},
-        FilterRow{"WholeName", {QStringLiteral("mp4")}, {"mp4"}},
-        FilterRow{"Set", {QStringLiteral("[ad].mp4")}, {"a.mp4", "clips.old/d.mp4"}},
-        FilterRow{"AFoldersName", {QStringLiteral("clips*")}, {}},
-        FilterRow{"APath", {QStringLiteral("clips.old/*.mp4")}, {}},
-        FilterRow{"NoneMatches", {QStringLiteral("*.avi")}, {}}),
+        FilterRow{"CaseDoesNotMatter", {"*.mp4"}, {"a.mp4", "B.MP4", "clips.old/d.mp4"}},
+        FilterRow{"UpperCaseFilter", {"*.MP4"}, {"a.mp4", "B.MP4", "clips.old/d.mp4"}},
+        FilterRow{"Several", {"c*", "?.mp4"}, {"a.mp4", "B.MP4", "c.mov", "clips.old/d.mp4"}},
+        FilterRow{"WholeName", {"mp4"}, {"mp4"}},
+        FilterRow{"Set", {"[ad].mp4"}, {"a.mp4", "clips.old/d.mp4"}},
+        FilterRow{"AFoldersName", {"clips*"}, {}}, FilterRow{"APath", {"clips.old/*.mp4"}, {}},
+        FilterRow{"NoneMatches", {"*.avi"}, {}}),
     [](const auto& testInfo) { return testInfo.param.name; });
 
-class OddNameTest : public DirectoryScanTest,
-                    public testing::WithParamInterface<std::pair<const char*, QString>>
+struct OddName
+{
+    const char* description;
+    std::string name;
+};
+
+std::ostream& operator<<(std::ostream& stream, const OddName& row)
+{
+    return stream << row.description;
+}
+
+class OddNameTest : public DirectoryScanTest, public testing::WithParamInterface<OddName>
 {
 };
 
 TEST_P(OddNameTest, IsFoundAsAFileAndAsAFolder)
 {
-    const QString name = GetParam().second;
-    folder.Write(name);
-    folder.Write(QStringLiteral("sub/") + name + QLatin1Char('/') + name);
+    const std::string& name = GetParam().name;
+    const std::string below = "sub/" + name + '/' + name;
+    Write(name);
+    Write(below);
 
-    EXPECT_THAT(Scan(2),
-                ElementsAre(name.toStdString(),
-                            (QStringLiteral("sub/") + name + QLatin1Char('/') + name).toStdString()));
+    EXPECT_THAT(Scan(2), ElementsAre(name, below));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Names, OddNameTest,
-    testing::Values(
-        std::pair("Spaces", QStringLiteral(" two  words ")),
-        std::pair("LineBreak", QStringLiteral("one\ntwo")), std::pair("Tab", QStringLiteral("\t")),
-        std::pair("Wildcards", QStringLiteral("*?[a]")), std::pair("Backslash", QStringLiteral("a\\b")),
-        std::pair("Quotes", QStringLiteral("'\"`")), std::pair("Markup", QStringLiteral("<b>&amp;")),
-        std::pair("Umlaut", QStringLiteral("\u00c4.txt")),
-        std::pair("DecomposedUmlaut", QStringLiteral("A\u0308.txt")),
-        std::pair("Donkey", QStringLiteral("\U0001FACF")), std::pair("Percent", QStringLiteral("%1%n")),
-        std::pair("Colon", QStringLiteral("a:b")), std::pair("Tilde", QStringLiteral("~")),
-        std::pair("TwoHundredFiftyFiveBytes", QString(255, QLatin1Char('x'))),
-        std::pair("TwoHundredFiftyFiveBytesOfUmlauts", QString(127, QChar(0xfc)) + QLatin1Char('x'))),
-    [](const auto& testInfo) { return testInfo.param.first; });
+INSTANTIATE_TEST_SUITE_P(Names, OddNameTest,
+                         testing::Values(OddName{"Spaces", " two  words "}, OddName{"LineBreak", "one\ntwo"},
+                                         OddName{"Tab", "\t"}, OddName{"Wildcards", "*?[a]"},
+                                         OddName{"Backslash", "a\\b"}, OddName{"Quotes", "'\"`"},
+                                         OddName{"Markup", "<b>&amp;"}, OddName{"Umlaut", "\u00c4.txt"},
+                                         OddName{"DecomposedUmlaut", "A\u0308.txt"},
+                                         OddName{"Emoji", "\U0001FACF"}, OddName{"Percent", "%1%n"},
+                                         OddName{"Colon", "a:b"}, OddName{"Tilde", "~"},
+                                         OddName{"TwoHundredFiftyFiveBytes", std::string(255, 'x')},
+                                         OddName{"TwoHundredFiftyFiveBytesOfUmlauts",
+                                                 QString(127, QChar(0xfc)).toStdString() + 'x'}),
+                         [](const auto& testInfo) { return testInfo.param.description; });
 
-TEST(ByteNameTest, OfAFileOrAFolderThatIsNotTextDoesNoHarm)
+TEST(NonUtf8NameTest, IsListedAsQtListsIt)
 {
     const ByteFolder folder;
-    folder.Write("a.txt");
-    for (const char* name : {"\xff\xfe.txt", "\xc3", "\xed\xa0\x80", "sub\xff/b.txt", "\xff/\xfe/c.txt"})
+    for (const char* name :
+         {"a.txt", "\xff\xfe.txt", "\xc3", "\xed\xa0\x80", "sub\xff/b.txt", "\xff/\xfe/c.txt"})
         folder.Write(name);
     const QString root = QFile::decodeName(folder.Path().c_str());
 
@@ -471,80 +434,7 @@ TEST(ByteNameTest, OfAFileOrAFolderThatIsNotTextDoesNoHarm)
     EXPECT_THAT(found, testing::Contains(folder.Path("a.txt")));
 }
 
-/// A chain of folders in which one file's path is as long as the system allows, and others are longer.
-///
-/// Made and removed step by step, since no call takes the longer paths.
-class DeepFolder
-{
-public:
-    DeepFolder()
-    {
-        const std::string link(200, 'd');
-        std::string path = Native(folder.Path());
-        const auto room = [&] { return PATH_MAX - 1 - path.size() - 1; };
-        Enter(path);
-        while (room() > 255) {
-            Enter(link);
-            path += '/' + link;
-        }
-        longestPath = path + '/' + std::string(room(), 'f');
-        MakeFile(std::string(room(), 'f'));
-        for (int level = 0; level < 3; ++level) {
-            Enter(link);
-            MakeFile("beyond");
-        }
-    }
-
-    ~DeepFolder()
-    {
-        while (!levels.empty()) {
-            const Level last = levels.back();
-            levels.pop_back();
-            ::unlinkat(last.descriptor, last.file.c_str(), 0);
-            ::close(last.descriptor);
-            if (!levels.empty())
-                ::unlinkat(levels.back().descriptor, last.name.c_str(), AT_REMOVEDIR);
-        }
-    }
-
-    DeepFolder(const DeepFolder&) = delete;
-    DeepFolder& operator=(const DeepFolder&) = delete;
-
-    QString Path() const { return folder.Path(); }
-    const std::string& LongestPath() const { return longestPath; }
-
-private:
-    struct Level
-    {
-        std::string name;
-        int descriptor;
-        std::string file; ///< the one file in it
-    };
-
-    int Current() const { return levels.empty() ? AT_FDCWD : levels.back().descriptor; }
-
-    void Enter(const std::string& name)
-    {
-        ::mkdirat(Current(), name.c_str(), 0700);
-        const int descriptor = ::openat(Current(), name.c_str(), O_DIRECTORY | O_RDONLY | O_CLOEXEC);
-        Require(descriptor >= 0, "enter " + name);
-        levels.push_back({name, descriptor, {}});
-    }
-
-    void MakeFile(const std::string& name)
-    {
-        const int file = ::openat(Current(), name.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600);
-        Require(file >= 0, "make " + name);
-        ::close(file);
-        levels.back().file = name;
-    }
-
-    TempFolder folder;
-    std::vector<Level> levels;
-    std::string longestPath;
-};
-
-TEST(DeepFolderTest, IsFoundAsFarAsPathsReach)
+TEST(DeepFolderTest, IsScannedUpToTheLongestPath)
 {
     const DeepFolder deep;
     ASSERT_EQ(deep.LongestPath().size(), PATH_MAX - 1);
@@ -555,19 +445,14 @@ TEST(DeepFolderTest, IsFoundAsFarAsPathsReach)
     EXPECT_THAT(found, ElementsAreArray(PathsOf(PlainScan(deep.Path(), {}, everyLevel))));
 }
 
-class WildFolderTest : public testing::TestWithParam<unsigned int>
+class RandomFolderTest : public testing::TestWithParam<unsigned int>
 {
 protected:
-    static const QList<QStringList>& NameFilters()
+    static const std::vector<NameFilters>& Filters()
     {
-        static const QList<QStringList> nameFilters{{},
-                                                    {QStringLiteral("*.mp4")},
-                                                    {QStringLiteral("A*"), QStringLiteral("?.txt")},
-                                                    {QStringLiteral("[0-9]*")},
-                                                    {QStringLiteral(".*")},
-                                                    {QString()},
-                                                    {QStringLiteral("*\u00c4*")}};
-        return nameFilters;
+        static const std::vector<NameFilters> filters{
+            {}, {"*.mp4"}, {"A*", "?.txt"}, {"[0-9]*"}, {".*"}, {QStringList{QString()}}, {"*\u00c4*"}};
+        return filters;
     }
 
     static void ExpectThePlainScan(const QString& path, const QStringList& nameFilters, unsigned int depth)
@@ -581,31 +466,29 @@ protected:
 
         EXPECT_THAT(PathsOf(scanned), ElementsAreArray(PathsOf(expected)));
         EXPECT_THAT(PathsOf(sorted), UnorderedElementsAreArray(PathsOf(expected)));
-        EXPECT_TRUE(std::is_sorted(sorted.begin(), sorted.end(), [](const QFileInfo& a, const QFileInfo& b) {
-            return a.fileName() < b.fileName();
-        }));
+        EXPECT_TRUE(AreSortedByName(sorted));
     }
 };
 
-TEST_P(WildFolderTest, IsScannedAsByOneListingForFilesAndOneForFolders)
+TEST_P(RandomFolderTest, HasTheSameFilesAsInAPlainScan)
 {
-    const WildFolder wild(GetParam(), true);
+    const RandomFolder folder(GetParam(), true);
 
-    for (const QStringList& nameFilters : NameFilters()) {
+    for (const NameFilters& nameFilters : Filters()) {
         for (const unsigned int depth : {0U, 1U, 3U})
-            ExpectThePlainScan(wild.Path(), nameFilters, depth);
+            ExpectThePlainScan(folder.Path(), nameFilters, depth);
     }
 }
 
-TEST_P(WildFolderTest, IsScannedToItsBottom)
+TEST_P(RandomFolderTest, HasTheSameFilesAsInAPlainScanOfEveryLevel)
 {
-    const WildFolder wild(GetParam(), false);
+    const RandomFolder folder(GetParam(), false);
 
-    for (const QStringList& nameFilters : NameFilters())
-        ExpectThePlainScan(wild.Path(), nameFilters, everyLevel);
+    for (const NameFilters& nameFilters : Filters())
+        ExpectThePlainScan(folder.Path(), nameFilters, everyLevel);
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, WildFolderTest, testing::Range(1U, 13U));
+INSTANTIATE_TEST_SUITE_P(Seeds, RandomFolderTest, testing::Range(1U, 13U));
 
 class SortedScanTest : public DirectoryScanTest
 {
@@ -619,94 +502,81 @@ protected:
 TEST_F(SortedScanTest, ComparesNamesByTheirCodeUnits)
 {
     // In this order: digits, upper case, lower case, umlauts; and an emoji, whose code units are surrogates,
-    // before a character that has a smaller number than it.
-    const QStringList inOrder{
-        QStringLiteral(" a"),         QStringLiteral("10"),     QStringLiteral("9"),
-        QStringLiteral("A"),          QStringLiteral("A1"),     QStringLiteral("A\u0308"),
-        QStringLiteral("B.mov"),      QStringLiteral("Z"),      QStringLiteral("a"),
-        QStringLiteral("a.mov"),      QStringLiteral("aB"),     QStringLiteral("ab"),
-        QStringLiteral("z"),          QStringLiteral("\u00c4"), QStringLiteral("\u00e4"),
-        QStringLiteral("\U0001F600"), QStringLiteral("\uff5e")};
-    Texts expected;
-    for (const QString& name : inOrder) {
-        folder.Write(name);
-        expected.push_back(name.toStdString());
-    }
+    // before a character with a smaller code point.
+    const Texts inOrder{" a",    "10", "9",  "A", "A1",     "A\u0308", "B.mov",      "Z",     "a",
+                        "a.mov", "aB", "ab", "z", "\u00c4", "\u00e4",  "\U0001F600", "\uff5e"};
+    for (const std::string& name : inOrder)
+        Write(name);
 
-    EXPECT_THAT(SortedScan(0), ElementsAreArray(expected));
+    EXPECT_THAT(SortedScan(0), ElementsAreArray(inOrder));
 }
 
-TEST_F(SortedScanTest, ComparesNothingButTheNames)
+TEST_F(SortedScanTest, ComparesOnlyNames)
 {
-    folder.Write(QStringLiteral("a/c.txt"));
-    folder.Write(QStringLiteral("b/b.txt"));
-    folder.Write(QStringLiteral("c/a.txt"));
-    folder.Write(QStringLiteral("A.txt"));
-    folder.Write(QStringLiteral("d.txt"));
+    Write({"a/c.txt", "b/b.txt", "c/a.txt", "A.txt", "d.txt"});
 
     EXPECT_THAT(SortedScan(0), ElementsAre("A.txt", "d.txt"));
     EXPECT_THAT(SortedScan(1), ElementsAre("A.txt", "c/a.txt", "b/b.txt", "a/c.txt", "d.txt"));
 }
 
-class SortOrderTest : public SortedScanTest,
-                      public testing::WithParamInterface<std::pair<const char*, QStringList>>
+struct NameList
+{
+    const char* description;
+    Texts names;
+};
+
+std::ostream& operator<<(std::ostream& stream, const NameList& row)
+{
+    return stream << row.description;
+}
+
+class SortOrderTest : public SortedScanTest, public testing::WithParamInterface<NameList>
 {
 };
 
-TEST_P(SortOrderTest, IsThatOfTheirNamesAsTexts)
+TEST_P(SortOrderTest, EqualsThatOfQStrings)
 {
-    QStringList names = GetParam().second;
-    for (const QString& name : qAsConst(names))
-        folder.Write(name);
+    for (const std::string& name : GetParam().names)
+        Write(name);
+    QStringList names = ToQStringList(GetParam().names);
     std::sort(names.begin(), names.end());
 
-    Texts expected;
-    for (const QString& name : qAsConst(names))
-        expected.push_back(name.toStdString());
-    EXPECT_THAT(SortedScan(0), ElementsAreArray(expected));
+    EXPECT_THAT(SortedScan(0), ElementsAreArray(ToTexts(names)));
 }
 
-QStringList Numbered(const QString& pattern, int count)
+Texts Numbered(const std::string& before, const std::string& after)
 {
-    QStringList names;
-    for (int number = 0; number < count; ++number)
-        names.append(pattern.arg(number * 7919 % 100003));
+    Texts names;
+    for (int number = 0; number < 300; ++number)
+        names.push_back(before + std::to_string(number * 7919 % 100003) + after);
     return names;
 }
 
-QStringList Prefixes(const QString& text)
+Texts Prefixes(const std::string& text)
 {
-    QStringList names;
-    for (int length = 1; length <= text.size(); ++length)
-        names.append(text.left(length));
+    Texts names;
+    for (std::size_t length = 1; length <= text.size(); ++length)
+        names.push_back(text.substr(0, length));
     return names;
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Names, SortOrderTest,
     testing::Values(
-        std::pair("ThatBeginAlike", Numbered(QStringLiteral("Recording %1.mp4"), 300)),
-        std::pair("ThatEndAlike", Numbered(QStringLiteral("%1 - a recording.mp4"), 300)),
-        std::pair("ThatAreTheBeginningOfOneAnother", Prefixes(QStringLiteral("abcdefghijklmnop"))),
-        std::pair("ThatDifferLate", QStringList{QStringLiteral("abcdefgh"), QStringLiteral("abcdefgH"),
-                                                QStringLiteral("abcdefg"), QStringLiteral("b")}),
-        std::pair("ThatDifferInTheLastOfFourCharacters",
-                  QStringList{QStringLiteral("x123"), QStringLiteral("y124"), QStringLiteral("x124"),
-                              QStringLiteral("x12"), QStringLiteral("x1230")}),
-        std::pair("BeyondTheFirstByte",
-                  QStringList{QStringLiteral("\u0100a"), QStringLiteral("\u00ffb"), QStringLiteral("a\uff5e"),
-                              QStringLiteral("a\U0001F600"), QStringLiteral("ab")}),
-        std::pair("WithAllBitsOfACharacter",
-                  QStringList{QStringLiteral("\u4e00"), QStringLiteral("\u3042"), QStringLiteral("\uac00"),
-                              QStringLiteral("b\uff5e"), QStringLiteral("ca"), QStringLiteral("bb\uff5e"),
-                              QStringLiteral("bca"), QStringLiteral("bbb\uff5e"), QStringLiteral("bbca")}),
-        std::pair("OfWhichThereIsOne", QStringList{QStringLiteral("a")})),
-    [](const auto& testInfo) { return testInfo.param.first; });
+        NameList{"WithACommonPrefix", Numbered("Recording ", ".mp4")},
+        NameList{"WithACommonSuffix", Numbered("", " - a recording.mp4")},
+        NameList{"ThatArePrefixesOfEachOther", Prefixes("abcdefghijklmnop")},
+        NameList{"ThatDifferLate", Texts{"abcdefgh", "abcdefgH", "abcdefg", "b"}},
+        NameList{"ThatDifferInTheLastOfFourCharacters", Texts{"x123", "y124", "x124", "x12", "x1230"}},
+        NameList{"BeyondTheFirstByte", Texts{"\u0100a", "\u00ffb", "a\uff5e", "a\U0001F600", "ab"}},
+        NameList{"WithAllBitsOfACharacter", Texts{"\u4e00", "\u3042", "\uac00", "b\uff5e", "ca", "bb\uff5e",
+                                                  "bca", "bbb\uff5e", "bbca"}},
+        NameList{"OnlyOne", Texts{"a"}}),
+    [](const auto& testInfo) { return testInfo.param.description; });
 
 TEST_F(SortedScanTest, KeepsFilesOfOneNameTogether)
 {
-    for (const char* path : {"1/b.txt", "2/b.txt", "3/b.txt", "1/a.txt", "2/c.txt", "b.txt"})
-        folder.Write(QString::fromLatin1(path));
+    Write({"1/b.txt", "2/b.txt", "3/b.txt", "1/a.txt", "2/c.txt", "b.txt"});
 
     const QList<QFileInfo> sorted = ScanSortedFiles(folder.Path(), {}, 1);
 
@@ -715,38 +585,35 @@ TEST_F(SortedScanTest, KeepsFilesOfOneNameTogether)
                 UnorderedElementsAre("1/a.txt", "1/b.txt", "2/b.txt", "3/b.txt", "b.txt", "2/c.txt"));
 }
 
-TEST_F(SortedScanTest, TakesTheNameFilters)
+TEST_F(SortedScanTest, AppliesTheNameFilters)
 {
-    folder.Write(QStringLiteral("b.mp4"));
-    folder.Write(QStringLiteral("a.mov"));
-    folder.Write(QStringLiteral("sub/a.mp4"));
+    Write({"b.mp4", "a.mov", "sub/a.mp4"});
 
-    const QList<QFileInfo> sorted = ScanSortedFiles(folder.Path(), {QStringLiteral("*.mp4")}, 1);
+    const QList<QFileInfo> sorted = ScanSortedFiles(folder.Path(), {"*.mp4"}, 1);
 
     EXPECT_THAT(NamesOf(sorted), ElementsAre("a.mp4", "b.mp4"));
 }
 
 TEST_F(DirectoryScanTest, LeavesOutKnownFilesInEveryFolder)
 {
-    for (const char* path : {"a.txt", "b.txt", "sub/a.txt", "sub/b.txt"})
-        folder.Write(QString::fromLatin1(path));
-    const QSet<QString> known{folder.Path(QStringLiteral("b.txt")), folder.Path(QStringLiteral("sub/a.txt"))};
+    Write({"a.txt", "b.txt", "sub/a.txt", "sub/b.txt"});
+    const QSet<QString> known{Path("b.txt"), Path("sub/a.txt")};
     ListingOptions options;
     options.known = &known;
 
     const SortedFiles files = GetSortedFilesInDirRecursively(folder.Path(), 1, options);
 
     ASSERT_EQ(files.size(), 2);
-    EXPECT_EQ(files.at(0).info.filePath(), folder.Path(QStringLiteral("a.txt")));
-    EXPECT_EQ(files.at(1).info.filePath(), folder.Path(QStringLiteral("sub/b.txt")));
+    EXPECT_EQ(files.at(0).info.filePath(), Path("a.txt"));
+    EXPECT_EQ(files.at(1).info.filePath(), Path("sub/b.txt"));
 }
 
-TEST_F(DirectoryScanTest, TellsWhetherItMetALinkAnywhere)
+TEST_F(DirectoryScanTest, TellsWhetherThereIsALinkAtAnyLevel)
 {
-    folder.Write(QStringLiteral("1/2/a.txt"));
+    Write("1/2/a.txt");
     EXPECT_FALSE(GetFilesInDirRecursively(folder.Path(), 3, {}).hasLinks);
 
-    folder.Link(QStringLiteral("a.txt"), QStringLiteral("1/2/b.txt"));
+    folder.Link("a.txt", "1/2/b.txt");
 
     EXPECT_FALSE(GetFilesInDirRecursively(folder.Path(), 1, {}).hasLinks);
     EXPECT_TRUE(GetFilesInDirRecursively(folder.Path(), 3, {}).hasLinks);

@@ -2,11 +2,12 @@
 
 #include "Lib/Util/FS/DirectoryChecker.h"
 #include "Lib/Util/FS/DirectoryWatcher.h"
+#include "Tests/Support/FolderFixture.h"
 #include "Tests/Support/LogCapture.h"
 #include "Tests/Support/QtVersion.h"
 #include "Tests/Support/SignalLog.h"
 #include "Tests/Support/Surroundings.h"
-#include "Tests/Support/TempFolder.h"
+#include "Tests/Support/VirtualSlot.h"
 
 #include <QMetaMethod>
 #include <QMetaObject>
@@ -14,29 +15,25 @@
 
 #include <gmock/gmock.h>
 
-#include <cstdint>
+#include <array>
+#include <cstddef>
 #include <cstring>
-#include <functional>
 #include <memory>
 #include <ostream>
 #include <string>
 #include <type_traits>
 
-namespace {
-
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
-using Tests::LogCapture;
-using Tests::SignalLog;
-using Tests::TempFolder;
 using Zendra::LW::DirectoryChecker;
 using Zendra::LW::DirectoryWatcher;
 using Zendra::LW::IDirectoryWatcher;
 
-using Predicate = std::function<bool(const QFileInfo&)>;
+namespace Tests {
+namespace {
 
-// The interface as callers compile against it.
+// The interface that other code compiles against.
 static_assert(std::is_convertible_v<IDirectoryWatcher*, QObject*>);
 static_assert(std::is_abstract_v<IDirectoryWatcher>);
 static_assert(std::has_virtual_destructor_v<IDirectoryWatcher>);
@@ -68,11 +65,18 @@ constexpr bool
 static_assert(!hasHandlers<IDirectoryWatcher>, "each implementation has handlers of its own");
 
 template <typename Watcher>
-constexpr bool
-    isImplementation = std::is_convertible_v<Watcher*, IDirectoryWatcher*>&&
-                           std::is_default_constructible_v<Watcher> && !std::is_constructible_v<Watcher, QObject*> && !std::is_copy_constructible_v<Watcher> && std::is_same_v<decltype(&Watcher::OnDirectoryChanged), void (Watcher::*)(const QString&)> && std::is_same_v<decltype(&Watcher::OnFileChanged), void (Watcher::*)(const QString&)>;
-static_assert(isImplementation<DirectoryWatcher>);
-static_assert(isImplementation<DirectoryChecker>);
+constexpr bool IsImplementation()
+{
+    static_assert(std::is_convertible_v<Watcher*, IDirectoryWatcher*>);
+    static_assert(std::is_default_constructible_v<Watcher>);
+    static_assert(!std::is_constructible_v<Watcher, QObject*>);
+    static_assert(!std::is_copy_constructible_v<Watcher>);
+    static_assert(std::is_same_v<decltype(&Watcher::OnDirectoryChanged), void (Watcher::*)(const QString&)>);
+    static_assert(std::is_same_v<decltype(&Watcher::OnFileChanged), void (Watcher::*)(const QString&)>);
+    return true;
+}
+static_assert(IsImplementation<DirectoryWatcher>());
+static_assert(IsImplementation<DirectoryChecker>());
 static_assert(std::is_same_v<decltype(&DirectoryChecker::CheckFolder), void (DirectoryChecker::*)()>);
 
 struct SignalRow
@@ -91,7 +95,7 @@ class WatcherSignalTest : public testing::TestWithParam<SignalRow>
 {
 };
 
-TEST_P(WatcherSignalTest, IsInTheMetaObjectAtItsIndexWithNothingButItsType)
+TEST_P(WatcherSignalTest, HasItsIndexAndItsTypeInTheMetaObject)
 {
     const SignalRow& row = GetParam();
     const QMetaObject& metaObject = IDirectoryWatcher::staticMetaObject;
@@ -132,7 +136,7 @@ TEST(WatcherMetaObjectTest, HasTheBuiltInTypeForThePath)
     EXPECT_EQ(metaObject.method(metaObject.methodOffset() + 5).parameterType(0), QMetaType::QString);
 }
 
-/// What a class adds to the meta-object of the one that it derives from.
+/// What a class adds to the meta-object of its base class.
 struct OwnMembers
 {
     int methods;
@@ -178,6 +182,7 @@ TEST(WatcherMetaObjectTest, OfTheWatcherAddsNothingToTheInterface)
 
     EXPECT_STREQ(metaObject.className(), "Zendra::LW::DirectoryWatcher");
     EXPECT_EQ(metaObject.superClass(), &IDirectoryWatcher::staticMetaObject);
+    EXPECT_EQ(DirectoryWatcher().metaObject(), &metaObject);
     EXPECT_EQ(OwnMembersOf(metaObject), (OwnMembers{0, 0, 0, 0, 0}));
 }
 
@@ -187,45 +192,30 @@ TEST(WatcherMetaObjectTest, OfTheCheckerAddsNothingToTheInterface)
 
     EXPECT_STREQ(metaObject.className(), "Zendra::LW::DirectoryChecker");
     EXPECT_EQ(metaObject.superClass(), &IDirectoryWatcher::staticMetaObject);
+    EXPECT_EQ(DirectoryChecker().metaObject(), &metaObject);
     EXPECT_EQ(OwnMembersOf(metaObject), (OwnMembers{0, 0, 0, 0, 0}));
 }
 
-/// How a pointer to a member function is laid out by the C++ ABI of Linux and macOS: for a virtual function
-/// the offset of its slot in the table, with a mark that tells it from an address.
-struct MemberPointer
+/// Whether a member function is virtual. The C++ ABI of Linux and macOS marks pointers to virtual functions
+/// with a bit whose position depends on the processor.
+template <typename Function>
+bool IsVirtual(Function function)
 {
 #ifdef __aarch64__
-    static constexpr bool markIsInAdjustment = true;
+    constexpr std::size_t markedWord = 1;
 #else
-    static constexpr bool markIsInAdjustment = false;
+    constexpr std::size_t markedWord = 0;
 #endif
-    std::intptr_t value = 0;
-    std::intptr_t adjustment = 0;
-
-    template <typename Function>
-    explicit MemberPointer(Function function)
-    {
-        static_assert(std::is_member_function_pointer_v<Function>);
-        static_assert(sizeof(function) == 2 * sizeof(std::intptr_t));
-        std::memcpy(&value, &function, sizeof(value));
-        std::memcpy(&adjustment, reinterpret_cast<const char*>(&function) + sizeof(value),
-                    sizeof(adjustment));
-    }
-
-    bool IsVirtual() const
-    {
-        return ((markIsInAdjustment ? adjustment : value) & 1) != 0;
-    }
-    std::intptr_t Slot() const
-    {
-        return value / static_cast<std::intptr_t>(sizeof(void*));
-    }
-};
+    std::array<std::size_t, 2> words;
+    static_assert(std::is_member_function_pointer_v<Function> && sizeof(function) == sizeof(words));
+    std::memcpy(words.data(), &function, sizeof(words));
+    return (words[markedWord] & 1) != 0;
+}
 
 /// Gives access to the last virtual function of QObject.
 struct ObjectProbe : QObject
 {
-    static MemberPointer LastVirtual() { return MemberPointer(&ObjectProbe::disconnectNotify); }
+    static std::size_t LastVirtualSlot() { return VirtualSlot(&ObjectProbe::disconnectNotify); }
 };
 
 template <typename Watcher>
@@ -236,43 +226,36 @@ class WatcherTableTest : public testing::Test
 using AllClasses = testing::Types<IDirectoryWatcher, DirectoryWatcher, DirectoryChecker>;
 TYPED_TEST_SUITE(WatcherTableTest, AllClasses, );
 
-TYPED_TEST(WatcherTableTest, HasTheFourOperationsInOrderAfterThoseOfQObject)
+TYPED_TEST(WatcherTableTest, HasTheFourFunctionsInOrderAfterThoseOfQObject)
 {
-    const std::intptr_t last = ObjectProbe::LastVirtual().Slot();
+    const std::size_t last = ObjectProbe::LastVirtualSlot();
 
-    EXPECT_EQ(MemberPointer(&TypeParam::StartWatching).Slot(), last + 1);
-    EXPECT_EQ(MemberPointer(&TypeParam::StopWatching).Slot(), last + 2);
-    EXPECT_EQ(MemberPointer(&TypeParam::GetWatchedDirPath).Slot(), last + 3);
-    EXPECT_EQ(MemberPointer(&TypeParam::GetFileInfoList).Slot(), last + 4);
+    EXPECT_EQ(VirtualSlot(&TypeParam::StartWatching), last + 1);
+    EXPECT_EQ(VirtualSlot(&TypeParam::StopWatching), last + 2);
+    EXPECT_EQ(VirtualSlot(&TypeParam::GetWatchedDirPath), last + 3);
+    EXPECT_EQ(VirtualSlot(&TypeParam::GetFileInfoList), last + 4);
 }
 
 TEST(WatcherHandlersTest, AreNotVirtual)
 {
-    ASSERT_TRUE(MemberPointer(&DirectoryWatcher::StopWatching).IsVirtual());
+    ASSERT_TRUE(IsVirtual(&DirectoryWatcher::StopWatching));
 
-    EXPECT_FALSE(MemberPointer(&DirectoryWatcher::OnDirectoryChanged).IsVirtual());
-    EXPECT_FALSE(MemberPointer(&DirectoryWatcher::OnFileChanged).IsVirtual());
-    EXPECT_FALSE(MemberPointer(&DirectoryChecker::OnDirectoryChanged).IsVirtual());
-    EXPECT_FALSE(MemberPointer(&DirectoryChecker::OnFileChanged).IsVirtual());
-    EXPECT_FALSE(MemberPointer(&DirectoryChecker::CheckFolder).IsVirtual());
+    EXPECT_FALSE(IsVirtual(&DirectoryWatcher::OnDirectoryChanged));
+    EXPECT_FALSE(IsVirtual(&DirectoryWatcher::OnFileChanged));
+    EXPECT_FALSE(IsVirtual(&DirectoryChecker::OnDirectoryChanged));
+    EXPECT_FALSE(IsVirtual(&DirectoryChecker::OnFileChanged));
+    EXPECT_FALSE(IsVirtual(&DirectoryChecker::CheckFolder));
 }
 
-/// What every watcher promises, through the interface.
+/// What the interface promises, for both implementations.
 template <typename Watcher>
-class EveryWatcherTest : public testing::Test
+class EveryWatcherTest : public FolderFixture
 {
 protected:
     bool Start() { return watcher->StartWatching(folder.Path(), {}, {}, 0); }
 
-    QStringList Names() const
-    {
-        QStringList names;
-        for (const QFileInfo& info : watcher->GetFileInfoList())
-            names.append(info.fileName());
-        return names;
-    }
+    Texts FileNames() const { return NamesOf(watcher->GetFileInfoList()); }
 
-    TempFolder folder;
     std::unique_ptr<IDirectoryWatcher> watcher = std::make_unique<Watcher>();
     SignalLog signalLog{*watcher, folder.Path()};
 };
@@ -280,7 +263,7 @@ protected:
 using Implementations = testing::Types<DirectoryWatcher, DirectoryChecker>;
 TYPED_TEST_SUITE(EveryWatcherTest, Implementations, );
 
-TYPED_TEST(EveryWatcherTest, IsIdleWithoutAParentAtFirst)
+TYPED_TEST(EveryWatcherTest, IsIdleAndWithoutAParentAtFirst)
 {
     EXPECT_EQ(this->watcher->parent(), nullptr);
     EXPECT_THAT(this->watcher->children(), IsEmpty());
@@ -288,7 +271,7 @@ TYPED_TEST(EveryWatcherTest, IsIdleWithoutAParentAtFirst)
     EXPECT_THAT(this->watcher->GetFileInfoList(), IsEmpty());
 }
 
-TYPED_TEST(EveryWatcherTest, IsKnownByItsClassInThisLibraryToo)
+TYPED_TEST(EveryWatcherTest, CanBeCastToItsClass)
 {
     EXPECT_NE(dynamic_cast<TypeParam*>(this->watcher.get()), nullptr);
     EXPECT_NE(qobject_cast<TypeParam*>(this->watcher.get()), nullptr);
@@ -297,20 +280,19 @@ TYPED_TEST(EveryWatcherTest, IsKnownByItsClassInThisLibraryToo)
 
 TYPED_TEST(EveryWatcherTest, HasTheFilesInTheOrderOfTheirNames)
 {
-    if (const std::string why = Tests::WhyCaseIsLost(); !why.empty())
+    if (const std::string why = WhyCaseIsIgnored(); !why.empty())
         GTEST_SKIP() << why;
-    for (const char* name : {"b.txt", "A.txt", "a.txt", "C.txt"})
-        this->folder.Write(QString::fromLatin1(name));
+    this->Write({"b.txt", "A.txt", "a.txt", "C.txt"});
 
     EXPECT_TRUE(this->Start());
 
     EXPECT_EQ(this->watcher->GetWatchedDirPath(), this->folder.Path());
-    EXPECT_EQ(this->Names().join(QLatin1Char(' ')), QStringLiteral("A.txt C.txt a.txt b.txt"));
+    EXPECT_THAT(this->FileNames(), ElementsAre("A.txt", "C.txt", "a.txt", "b.txt"));
 }
 
-TYPED_TEST(EveryWatcherTest, HasItsSnapshotBeforeItSaysThatWatchingStarted)
+TYPED_TEST(EveryWatcherTest, HasItsSnapshotBeforeItEmitsWatchingStarted)
 {
-    this->folder.Write(QStringLiteral("a.txt"));
+    this->Write("a.txt");
     QList<QFileInfo>::size_type filesAtStart = -1;
     QObject::connect(this->watcher.get(), &IDirectoryWatcher::WatchingStarted,
                      [&] { filesAtStart = this->watcher->GetFileInfoList().size(); });
@@ -324,48 +306,51 @@ TYPED_TEST(EveryWatcherTest, HasItsSnapshotBeforeItSaysThatWatchingStarted)
 
 TYPED_TEST(EveryWatcherTest, GivesACopyOfItsSnapshot)
 {
-    this->folder.Write(QStringLiteral("a.txt"));
+    this->Write("a.txt");
     this->Start();
 
     this->watcher->GetFileInfoList().clear();
-    QList<QFileInfo> copy = this->watcher->GetFileInfoList();
-    copy.clear();
+    QList<QFileInfo> cleared = this->watcher->GetFileInfoList();
+    cleared.clear();
+    const QList<QFileInfo> copy = this->watcher->GetFileInfoList();
+    this->Write("b.txt");
+    static_cast<TypeParam&>(*this->watcher).OnDirectoryChanged(this->folder.Path());
 
-    EXPECT_THAT(this->watcher->GetFileInfoList(), SizeIs(1));
+    EXPECT_THAT(copy, SizeIs(1));
+    EXPECT_THAT(this->FileNames(), ElementsAre("a.txt", "b.txt"));
 }
 
 TYPED_TEST(EveryWatcherTest, RefusesToStartTwiceAndChangesNothing)
 {
-    this->folder.Write(QStringLiteral("a.txt"));
-    this->folder.Write(QStringLiteral("other/b.txt"));
+    this->Write({"a.txt", "other/b.txt"});
     this->Start();
     this->signalLog.Clear();
 
-    EXPECT_FALSE(this->watcher->StartWatching(this->folder.Path(QStringLiteral("other")), {}, {}, 3));
+    EXPECT_FALSE(this->watcher->StartWatching(this->Path("other"), {}, {}, 3));
 
     EXPECT_EQ(this->watcher->GetWatchedDirPath(), this->folder.Path());
-    EXPECT_EQ(this->Names(), QStringList{QStringLiteral("a.txt")});
+    EXPECT_THAT(this->FileNames(), ElementsAre("a.txt"));
     EXPECT_THAT(this->signalLog.Entries(), IsEmpty());
 }
 
 TYPED_TEST(EveryWatcherTest, StartsInAFolderThatIsMissing)
 {
-    EXPECT_TRUE(this->watcher->StartWatching(this->folder.Path(QStringLiteral("missing")), {}, {}, 0));
+    EXPECT_TRUE(this->watcher->StartWatching(this->Path("missing"), {}, {}, 0));
 
     EXPECT_THAT(this->watcher->GetFileInfoList(), IsEmpty());
     EXPECT_THAT(this->signalLog.EntriesOf("WatchingStarted"), SizeIs(1));
 }
 
-TYPED_TEST(EveryWatcherTest, SaysNothingWhenItIsStoppedBeforeItWasStarted)
+TYPED_TEST(EveryWatcherTest, EmitsNothingWhenItIsStoppedBeforeAnyStart)
 {
     this->watcher->StopWatching();
 
     EXPECT_THAT(this->signalLog.Entries(), IsEmpty());
 }
 
-TYPED_TEST(EveryWatcherTest, StopsOnceAndForgetsItsFilesFirst)
+TYPED_TEST(EveryWatcherTest, StopsOnceAndClearsItsSnapshotFirst)
 {
-    this->folder.Write(QStringLiteral("a.txt"));
+    this->Write("a.txt");
     this->Start();
     this->signalLog.Clear();
     QList<QFileInfo>::size_type filesAtStop = -1;
@@ -380,22 +365,22 @@ TYPED_TEST(EveryWatcherTest, StopsOnceAndForgetsItsFilesFirst)
     EXPECT_THAT(this->signalLog.Entries(), ElementsAre("WatchingStopped"));
 }
 
-TYPED_TEST(EveryWatcherTest, LooksAfreshWhenItIsStartedAgain)
+TYPED_TEST(EveryWatcherTest, ScansTheFolderAgainWhenItIsRestarted)
 {
-    this->folder.Write(QStringLiteral("a.txt"));
+    this->Write("a.txt");
     this->Start();
     this->watcher->StopWatching();
-    this->folder.Remove(QStringLiteral("a.txt"));
-    this->folder.Write(QStringLiteral("b.txt"));
+    this->Remove("a.txt");
+    this->Write("b.txt");
 
     EXPECT_TRUE(this->Start());
 
-    EXPECT_EQ(this->Names(), QStringList{QStringLiteral("b.txt")});
+    EXPECT_THAT(this->FileNames(), ElementsAre("b.txt"));
 }
 
-TYPED_TEST(EveryWatcherTest, GoesWithoutASignal)
+TYPED_TEST(EveryWatcherTest, EmitsNothingWhenItIsDestroyed)
 {
-    this->folder.Write(QStringLiteral("a.txt"));
+    this->Write("a.txt");
     this->Start();
     this->signalLog.Clear();
 
@@ -420,19 +405,21 @@ TYPED_TEST(EveryWatcherTest, LogsNothingButRefusals)
 
 TYPED_TEST(EveryWatcherTest, RegistersNoMetaType)
 {
-    this->folder.Write(QStringLiteral("a.txt"));
+    this->Write("a.txt");
     this->Start();
     auto& implementation = static_cast<TypeParam&>(*this->watcher);
-    this->folder.Write(QStringLiteral("b.txt"));
+    this->Write("b.txt");
     implementation.OnDirectoryChanged(this->folder.Path());
-    this->folder.Touch(QStringLiteral("b.txt"));
-    implementation.OnFileChanged(this->folder.Path(QStringLiteral("b.txt")));
-    this->folder.Remove(QStringLiteral("b.txt"));
-    implementation.OnFileChanged(this->folder.Path(QStringLiteral("b.txt")));
+    this->Touch("b.txt");
+    implementation.OnFileChanged(this->Path("b.txt"));
+    this->Remove("b.txt");
+    implementation.OnFileChanged(this->Path("b.txt"));
 
     EXPECT_THAT(this->signalLog.Infos(), SizeIs(3));
-    // Asking a signal for the meta-type of its argument would register it, so no test here may do that.
-    EXPECT_FALSE(Tests::IsMetaType("QFileInfo"));
+    // QMetaMethod::parameterType() would register QFileInfo, so no test here may call it for the signals of
+    // files.
+    EXPECT_FALSE(IsMetaType("QFileInfo"));
 }
 
 } // namespace
+} // namespace Tests

@@ -1,6 +1,7 @@
 #include "Lib/Interfaces/InstanceRegistry.h"
 #include "Lib/Interfaces/AutoInstanceRegistrator.h"
 #include "Tests/Support/MutexLog.h"
+#include "Tests/Support/Threads.h"
 
 #include <gmock/gmock.h>
 
@@ -28,7 +29,7 @@ bool demanglerHasNoMemory = false;
 
 } // namespace
 
-// The linker's names for the function in place of another (--wrap) and for the one replaced.
+// The linker's names for the replacement of a function (--wrap) and for the replaced function.
 // NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" char* __real___cxa_demangle(const char* mangled, char* buffer, std::size_t* length, int* status);
 extern "C" char* __wrap___cxa_demangle(const char* mangled, char* buffer, std::size_t* length, int* status);
@@ -84,7 +85,7 @@ static_assert(
     !std::is_move_constructible_v<InstanceRegistry> && !std::is_move_assignable_v<InstanceRegistry>);
 
 using Registrator = AutoInstanceRegistrator<IService>;
-static_assert(sizeof(Registrator) == sizeof(IService*), "one field, and no virtual function");
+static_assert(sizeof(Registrator) == sizeof(IService*), "one member, and no virtual function");
 static_assert(!std::is_copy_constructible_v<Registrator> && !std::is_copy_assignable_v<Registrator>);
 static_assert(!std::is_convertible_v<IService*, Registrator>);
 static_assert(std::is_nothrow_destructible_v<Registrator>);
@@ -102,7 +103,7 @@ protected:
 
 // The process-wide registry
 
-TEST(InstanceRegistryInstanceTest, ThereIsNoneWithoutAnObject)
+TEST(InstanceRegistryInstanceTest, IsNullWithoutAnObject)
 {
     EXPECT_EQ(InstanceRegistry::Instance(), nullptr);
 }
@@ -117,7 +118,7 @@ TEST(InstanceRegistryInstanceTest, AnObjectIsTheRegistryWhileItLives)
     EXPECT_EQ(InstanceRegistry::Instance(), nullptr);
 }
 
-TEST(InstanceRegistryInstanceTest, ASecondOneIsRefusedAndTheFirstStays)
+TEST(InstanceRegistryInstanceTest, ASecondOneThrowsAndTheFirstStays)
 {
     InstanceRegistry registry;
     int instance = 0;
@@ -129,7 +130,7 @@ TEST(InstanceRegistryInstanceTest, ASecondOneIsRefusedAndTheFirstStays)
     EXPECT_EQ(registry.DoFind("key"), &instance);
 }
 
-TEST(InstanceRegistryInstanceTest, ANewOneMayFollowAndKnowsNothingOfTheFirst)
+TEST(InstanceRegistryInstanceTest, ALaterOneStartsEmpty)
 {
     auto registry = std::make_unique<InstanceRegistry>();
     int instance = 0;
@@ -142,7 +143,7 @@ TEST(InstanceRegistryInstanceTest, ANewOneMayFollowAndKnowsNothingOfTheFirst)
     EXPECT_EQ(next.DoFind("key"), nullptr);
 }
 
-TEST(InstanceRegistryInstanceTest, IsSeenFromEveryThread)
+TEST(InstanceRegistryInstanceTest, IsTheSameOnEveryThread)
 {
     const InstanceRegistry registry;
     InstanceRegistry* seen = nullptr;
@@ -152,7 +153,7 @@ TEST(InstanceRegistryInstanceTest, IsSeenFromEveryThread)
     EXPECT_EQ(seen, &registry);
 }
 
-TEST(InstanceRegistryInstanceTest, OfSeveralThreadsOneMakesTheRegistry)
+TEST(InstanceRegistryInstanceTest, OnlyOneOfSeveralThreadsCreatesTheRegistry)
 {
     constexpr int count = 4;
     std::promise<void> allDone;
@@ -189,14 +190,14 @@ TEST_F(InstanceRegistryTest, FindsNothingWhenItIsNew)
     EXPECT_EQ(registry.DoFind("key"), nullptr);
 }
 
-TEST_F(InstanceRegistryTest, FindsWhatWasRegistered)
+TEST_F(InstanceRegistryTest, FindsARegisteredInstance)
 {
     registry.DoRegister("key", &first);
 
     EXPECT_EQ(registry.DoFind("key"), &first);
 }
 
-TEST_F(InstanceRegistryTest, KeepsKeysApart)
+TEST_F(InstanceRegistryTest, TellsKeysApart)
 {
     registry.DoRegister("key", &first);
     registry.DoRegister("other key", &second);
@@ -222,7 +223,7 @@ TEST_F(InstanceRegistryTest, FindsTheNewestAndThenTheOneBeforeIt)
     EXPECT_EQ(registry.DoFind("key"), nullptr);
 }
 
-TEST_F(InstanceRegistryTest, AnOlderOneMayGoFirst)
+TEST_F(InstanceRegistryTest, AnOlderOneMayBeUnregisteredFirst)
 {
     registry.DoRegister("key", &first);
     registry.DoRegister("key", &second);
@@ -235,7 +236,7 @@ TEST_F(InstanceRegistryTest, AnOlderOneMayGoFirst)
     EXPECT_EQ(registry.DoFind("key"), &first);
 }
 
-TEST_F(InstanceRegistryTest, AnInstanceRegisteredAgainIsTheNewestAndIsWithdrawnAsOften)
+TEST_F(InstanceRegistryTest, AnInstanceRegisteredAgainIsTheNewestAndIsUnregisteredAsOften)
 {
     registry.DoRegister("key", &first);
     registry.DoRegister("key", &second);
@@ -249,7 +250,7 @@ TEST_F(InstanceRegistryTest, AnInstanceRegisteredAgainIsTheNewestAndIsWithdrawnA
     EXPECT_EQ(registry.DoFind("key"), &first);
 }
 
-TEST_F(InstanceRegistryTest, OneInstanceMayStandUnderTwoKeys)
+TEST_F(InstanceRegistryTest, OneInstanceMayHaveTwoKeys)
 {
     registry.DoRegister("key", &first);
     registry.DoRegister("other key", &first);
@@ -260,7 +261,7 @@ TEST_F(InstanceRegistryTest, OneInstanceMayStandUnderTwoKeys)
     EXPECT_EQ(registry.DoFind("other key"), &first);
 }
 
-TEST_F(InstanceRegistryTest, WithdrawingAnUnknownPairChangesNothing)
+TEST_F(InstanceRegistryTest, UnregisteringAnUnknownPairChangesNothing)
 {
     registry.DoRegister("key", &first);
     registry.DoRegister("other key", &second);
@@ -274,7 +275,7 @@ TEST_F(InstanceRegistryTest, WithdrawingAnUnknownPairChangesNothing)
     EXPECT_EQ(registry.DoFind("unknown key"), nullptr);
 }
 
-TEST_F(InstanceRegistryTest, NullIsNeitherRegisteredNorMissed)
+TEST_F(InstanceRegistryTest, IgnoresNull)
 {
     registry.DoRegister("key", &first);
 
@@ -316,7 +317,7 @@ TEST_F(InstanceRegistryTest, TheKeyIsTheReadableNameOfTheInterface)
     EXPECT_EQ(registry.DoFind("Application::IService"), static_cast<IService*>(&service));
 }
 
-TEST_F(InstanceRegistryTest, KeepsOneServiceUnderEachOfItsInterfaces)
+TEST_F(InstanceRegistryTest, FindsOneServiceByEachOfItsInterfaces)
 {
     Service service;
     registry.Register<IService>(&service);
@@ -328,7 +329,7 @@ TEST_F(InstanceRegistryTest, KeepsOneServiceUnderEachOfItsInterfaces)
     EXPECT_EQ(registry.Find<IOther>(), &service);
 }
 
-TEST_F(InstanceRegistryTest, TheNewestServiceHidesTheOneBeforeItUntilItGoes)
+TEST_F(InstanceRegistryTest, FindsTheNewestServiceUntilItIsUnregistered)
 {
     Service older("older");
     Service newer("newer");
@@ -341,7 +342,7 @@ TEST_F(InstanceRegistryTest, TheNewestServiceHidesTheOneBeforeItUntilItGoes)
     EXPECT_EQ(registry.Find<IService>()->Name(), "older");
 }
 
-TEST_F(InstanceRegistryTest, NullOfATypeChangesNothing)
+TEST_F(InstanceRegistryTest, IgnoresNullOfAType)
 {
     registry.Register<IService>(nullptr);
     registry.Unregister<IService>(nullptr);
@@ -371,7 +372,7 @@ class DemangleTest : public testing::TestWithParam<NameCase>
 
 } // namespace
 
-TEST_P(DemangleTest, GivesTheReadableName)
+TEST_P(DemangleTest, ReturnsTheReadableName)
 {
     EXPECT_EQ(InstanceRegistry::Demangle(GetParam().given), GetParam().readable);
 }
@@ -382,12 +383,12 @@ INSTANTIATE_TEST_SUITE_P(
                     NameCase{"Template", typeid(Application::Box<IService>).name(),
                              "Application::Box<Application::IService>"},
                     NameCase{"BuiltIn", typeid(int).name(), "int"},
-                    NameCase{"ReadableAlready", "Application::IService", "Application::IService"},
-                    NameCase{"NoName", "a key of its own", "a key of its own"},
+                    NameCase{"AlreadyReadable", "Application::IService", "Application::IService"},
+                    NameCase{"NotAMangledName", "a key of its own", "a key of its own"},
                     NameCase{"Truncated", "N11Application", "N11Application"}, NameCase{"Empty", "", ""}),
     [](const auto& row) { return row.param.title; });
 
-TEST_F(InstanceRegistryTest, WithoutMemoryForANameNothingIsRegistered)
+TEST_F(InstanceRegistryTest, RegistersNothingWithoutMemoryForTheName)
 {
     Service service;
 
@@ -401,7 +402,7 @@ TEST_F(InstanceRegistryTest, WithoutMemoryForANameNothingIsRegistered)
 
 // Threads
 
-TEST_F(InstanceRegistryTest, EveryOperationLocksOnceAndLetsGo)
+TEST_F(InstanceRegistryTest, EveryOperationLocksAndUnlocksOnce)
 {
     int locks = 0;
     int unlocks = 0;
@@ -420,35 +421,27 @@ TEST_F(InstanceRegistryTest, EveryOperationLocksOnceAndLetsGo)
     EXPECT_EQ(unlocks, 3);
 }
 
-TEST_F(InstanceRegistryTest, SeveralThreadsRegisterFindAndWithdraw)
+TEST_F(InstanceRegistryTest, SeveralThreadsRegisterFindAndUnregister)
 {
     constexpr int rounds = 200;
-    std::promise<void> start;
-    const std::shared_future<void> started = start.get_future().share();
     std::vector<Service> services(4);
-    std::vector<std::thread> threads;
 
-    for (Service& service : services) {
-        threads.emplace_back([this, started, &service] {
-            started.wait();
-            for (int round = 0; round < rounds; ++round) {
-                registry.Register<IService>(&service);
-                // At least this thread's own service is there.
-                EXPECT_NE(registry.Find<IService>(), nullptr);
-                registry.Unregister<IService>(&service);
-            }
-        });
-    }
-    start.set_value();
-    for (std::thread& thread : threads)
-        thread.join();
+    Tests::RunOnThreads(4, [&](int thread) {
+        Service& service = services[static_cast<std::size_t>(thread)];
+        for (int round = 0; round < rounds; ++round) {
+            registry.Register<IService>(&service);
+            // There is at least this thread's own service.
+            EXPECT_NE(registry.Find<IService>(), nullptr);
+            registry.Unregister<IService>(&service);
+        }
+    });
 
     EXPECT_EQ(registry.Find<IService>(), nullptr);
 }
 
 // AutoInstanceRegistrator
 
-TEST_F(InstanceRegistryTest, ARegistratorPublishesWhileItLives)
+TEST_F(InstanceRegistryTest, ARegistratorRegistersItsInstanceWhileItLives)
 {
     Service service;
 
@@ -459,7 +452,7 @@ TEST_F(InstanceRegistryTest, ARegistratorPublishesWhileItLives)
     EXPECT_EQ(registry.Find<IService>(), nullptr);
 }
 
-TEST_F(InstanceRegistryTest, ARegistratorWithdrawsItsOwnInstanceOnly)
+TEST_F(InstanceRegistryTest, ARegistratorUnregistersOnlyItsOwnInstance)
 {
     Service older("older");
     Service newer("newer");
@@ -471,7 +464,7 @@ TEST_F(InstanceRegistryTest, ARegistratorWithdrawsItsOwnInstanceOnly)
     EXPECT_EQ(registry.Find<IService>(), &newer);
 }
 
-TEST(AutoInstanceRegistratorTest, ARegistratorMadeBeforeTheRegistryPublishesNothing)
+TEST(AutoInstanceRegistratorTest, ARegistratorCreatedBeforeTheRegistryRegistersNothing)
 {
     Service service;
     const Registrator registrator(&service);
@@ -481,7 +474,7 @@ TEST(AutoInstanceRegistratorTest, ARegistratorMadeBeforeTheRegistryPublishesNoth
     EXPECT_EQ(registry.Find<IService>(), nullptr);
 }
 
-TEST(AutoInstanceRegistratorTest, TheRegistryMayGoFirst)
+TEST(AutoInstanceRegistratorTest, TheRegistryMayBeDestroyedFirst)
 {
     Service service;
     auto registry = std::make_unique<InstanceRegistry>();
@@ -493,7 +486,7 @@ TEST(AutoInstanceRegistratorTest, TheRegistryMayGoFirst)
     EXPECT_EQ(InstanceRegistry::Instance(), nullptr);
 }
 
-TEST(AutoInstanceRegistratorTest, WithdrawsFromTheRegistryOfTheMoment)
+TEST(AutoInstanceRegistratorTest, UnregistersFromTheCurrentRegistry)
 {
     Service service;
     auto registrator = std::make_unique<Registrator>(&service);
@@ -505,7 +498,7 @@ TEST(AutoInstanceRegistratorTest, WithdrawsFromTheRegistryOfTheMoment)
     EXPECT_EQ(registry.Find<IService>(), nullptr);
 }
 
-TEST_F(InstanceRegistryTest, ARegistratorThatCannotWithdrawEndsTheProcess)
+TEST_F(InstanceRegistryTest, ARegistratorThatCannotUnregisterEndsTheProcess)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     Service service;

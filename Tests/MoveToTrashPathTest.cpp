@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-// What the system's part of MoveToTrash() is asked, with a stand-in for that part.
+// The paths that MoveToTrash() passes on to MoveEntryToTrash(), which is replaced here.
 
 using namespace std::string_literals;
 using testing::ElementsAre;
@@ -18,15 +18,15 @@ using Zendra::Core::MoveToTrash;
 
 namespace {
 
-std::vector<std::string> asked;
-bool answer = true;
+std::vector<std::string> passedOn;
+bool result = true;
 
 } // namespace
 
 bool Zendra::Core::MoveEntryToTrash(const std::string& entry)
 {
-    asked.push_back(entry);
-    return answer;
+    passedOn.push_back(entry);
+    return result;
 }
 
 namespace {
@@ -36,8 +36,8 @@ class MoveToTrashPathTest : public testing::Test, protected Tests::ByteFolder
 protected:
     MoveToTrashPathTest()
     {
-        asked.clear();
-        answer = true;
+        passedOn.clear();
+        result = true;
         MakeFolder("work/folder/below");
         MakeFolder("elsewhere/deep");
         Write("work/file");
@@ -65,11 +65,11 @@ class MoveToTrashEntryTest : public MoveToTrashPathTest, public testing::WithPar
 {
 };
 
-TEST_P(MoveToTrashEntryTest, AsksForTheEntryItselfWithoutALinkAbove)
+TEST_P(MoveToTrashEntryTest, PassesOnTheEntryWithoutLinksInItsParents)
 {
     EXPECT_TRUE(MoveToTrash(GetParam().path));
 
-    EXPECT_THAT(asked, ElementsAre(GetParam().entry == "." ? Path() : Path(GetParam().entry)));
+    EXPECT_THAT(passedOn, ElementsAre(GetParam().entry == "." ? Path() : Path(GetParam().entry)));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -86,7 +86,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Row{"loop", "work/loop"}, Row{"toElsewhere/../file", "elsewhere/file"},
                     Row{"toElsewhere/..", "elsewhere"}, Row{"toElsewhere/../", "elsewhere"}));
 
-TEST_F(MoveToTrashPathTest, TakesAbsolutePathsAsTheyAre)
+TEST_F(MoveToTrashPathTest, AcceptsAbsolutePaths)
 {
     EXPECT_TRUE(MoveToTrash(Path("work/file")));
     EXPECT_TRUE(MoveToTrash("/" + Path("work/toElsewhere/../file")));
@@ -95,41 +95,41 @@ TEST_F(MoveToTrashPathTest, TakesAbsolutePathsAsTheyAre)
     EXPECT_TRUE(MoveToTrash("//"));
     EXPECT_TRUE(MoveToTrash("/dev"));
 
-    EXPECT_THAT(asked, ElementsAre(Path("work/file"), Path("elsewhere/file"), "/", "/", "/", "/dev"));
+    EXPECT_THAT(passedOn, ElementsAre(Path("work/file"), Path("elsewhere/file"), "/", "/", "/", "/dev"));
 }
 
 TEST_F(MoveToTrashPathTest, KeepsEveryByteOfAName)
 {
-    if (const std::string why = Tests::WhyBytesAreRefused(); !why.empty())
+    if (const std::string why = Tests::WhyOnlyUtf8IsAccepted(); !why.empty())
         GTEST_SKIP() << why;
     const std::string name = " \xFC%41\n\\\"#" + std::string(200, 'x');
     Write("work/" + name);
 
     EXPECT_TRUE(MoveToTrash(name));
 
-    EXPECT_THAT(asked, ElementsAre(Path("work/" + name)));
+    EXPECT_THAT(passedOn, ElementsAre(Path("work/" + name)));
 }
 
-TEST_F(MoveToTrashPathTest, PassesTheAnswerBack)
+TEST_F(MoveToTrashPathTest, ReturnsTheResult)
 {
     EXPECT_TRUE(MoveToTrash("file"));
-    answer = false;
+    result = false;
     EXPECT_FALSE(MoveToTrash("file"));
 
-    EXPECT_EQ(asked.size(), 2U);
+    EXPECT_EQ(passedOn.size(), 2U);
 }
 
-TEST_F(MoveToTrashPathTest, AsksForNothingWhenThePathNamesNothing)
+TEST_F(MoveToTrashPathTest, PassesNothingOnForAPathWithoutAnEntry)
 {
     for (const std::string& path :
          {""s, "missing"s, "missing/../file"s, "file/"s, "file/."s, "file/x"s, "toFile/"s, "dangling/"s,
           "dangling/x"s, "loop/"s, "file\0"s, "file\0x"s, std::string(256, 'x'), std::string(20000, 'x')})
         EXPECT_FALSE(MoveToTrash(path)) << path;
 
-    EXPECT_THAT(asked, IsEmpty());
+    EXPECT_THAT(passedOn, IsEmpty());
 }
 
-TEST_F(MoveToTrashPathTest, AsksForNothingThatItCannotLocate)
+TEST_F(MoveToTrashPathTest, PassesNothingOnWhenTheCurrentFolderIsGone)
 {
     std::filesystem::current_path(MakeFolder("work/gone"));
     std::filesystem::remove(Path("work/gone"));
@@ -137,7 +137,7 @@ TEST_F(MoveToTrashPathTest, AsksForNothingThatItCannotLocate)
     EXPECT_FALSE(MoveToTrash("."));
     EXPECT_FALSE(MoveToTrash("../file"));
 
-    EXPECT_THAT(asked, IsEmpty());
+    EXPECT_THAT(passedOn, IsEmpty());
 }
 
 } // namespace

@@ -1,10 +1,10 @@
 #include "Core/FileOperations.h"
 
 #include "Tests/Support/ByteFolder.h"
+#include "Tests/Support/Surroundings.h"
+#include "Tests/Support/Threads.h"
 
 #include <QByteArray>
-#include <QDir>
-#include <QStorageInfo>
 
 #include <gmock/gmock.h>
 
@@ -12,11 +12,9 @@
 #include <atomic>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <map>
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <glib.h>
@@ -26,6 +24,7 @@
 #endif
 
 using testing::Each;
+using Tests::RunOnThreads;
 using Zendra::Core::MoveToTrash;
 
 namespace fs = std::filesystem;
@@ -40,15 +39,13 @@ std::string ContentOf(const fs::path& file)
     return std::string(std::istreambuf_iterator<char>(std::ifstream(file).rdbuf()), {});
 }
 
-/// The trash is the same for all tests: GLib looks at the environment once in a process.
+/// All tests use the same trash, since GLib reads the environment only once in a process.
 class MoveToTrashThreadsTest : public testing::Test
 {
 protected:
     static void SetUpTestSuite()
     {
-        // Temporary folders often lie in memory, and nothing in memory is ever trashed.
-        if (QStorageInfo(QDir::tempPath()).fileSystemType() == "tmpfs")
-            qputenv("TMPDIR", "/var/tmp");
+        Tests::PreferATemporaryFolderWithATrash();
         folder = std::make_unique<Tests::ByteFolder>();
         qputenv("HOME", QByteArray::fromStdString(folder->Path()));
         qputenv("XDG_DATA_HOME", QByteArray::fromStdString(folder->Path("data")));
@@ -58,31 +55,15 @@ protected:
 
     void SetUp() override
     {
-        if (QStorageInfo(QString::fromStdString(folder->Path())).fileSystemType() == "tmpfs")
-            GTEST_SKIP() << "both the temporary folder and /var/tmp lie in memory";
+        if (const std::string why = Tests::WhyNothingIsTrashed(); !why.empty())
+            GTEST_SKIP() << why;
         ASSERT_EQ(g_get_user_data_dir(), folder->Path("data"));
         fs::remove_all(folder->Path("data"));
         fs::remove_all(folder->Path("work"));
     }
 
-    /// Runs it in all threads at once, with the number of the thread.
-    static void RunInThreads(const std::function<void(int)>& run)
-    {
-        std::atomic<int> waiting = threadCount;
-        std::vector<std::thread> threads;
-        for (int thread = 0; thread < threadCount; ++thread) {
-            threads.emplace_back([&, thread] {
-                for (--waiting; waiting > 0;)
-                    std::this_thread::yield();
-                run(thread);
-            });
-        }
-        for (std::thread& thread : threads)
-            thread.join();
-    }
-
-    /// The contents of the files in the trash, by the paths that they are restored to. The files without a
-    /// note of that are listed under their names.
+    /// The contents of the files in the trash, by their original paths. Files without an info are listed by
+    /// their names.
     static std::map<std::string, std::string> Trashed()
     {
         std::map<std::string, std::string> trashed;
@@ -91,7 +72,7 @@ protected:
             const std::string name = file.path().filename();
             const std::string info = ContentOf(trash / "info" / (name + ".trashinfo"));
             const size_t start = info.find("\nPath=");
-            // Encoded as in a URI.
+            // Percent-encoded.
             const std::string rest = start == std::string::npos ? std::string() : info.substr(start + 6);
             const std::string path =
                 QByteArray::fromPercentEncoding(QByteArray::fromStdString(rest.substr(0, rest.find('\n'))))
@@ -112,7 +93,7 @@ protected:
 
 std::unique_ptr<Tests::ByteFolder> MoveToTrashThreadsTest::folder;
 
-TEST_F(MoveToTrashThreadsTest, FilesOfOneNameAreAllKept)
+TEST_F(MoveToTrashThreadsTest, KeepsAllFilesWithTheSameName)
 {
     std::array<std::vector<std::string>, threadCount> files;
     std::map<std::string, std::string> expected;
@@ -124,7 +105,7 @@ TEST_F(MoveToTrashThreadsTest, FilesOfOneNameAreAllKept)
     }
     std::atomic<int> moved = 0;
 
-    RunInThreads([&](int thread) {
+    RunOnThreads(threadCount, [&](int thread) {
         for (const std::string& file : files[static_cast<size_t>(thread)])
             moved += MoveToTrash(file);
     });
@@ -134,7 +115,7 @@ TEST_F(MoveToTrashThreadsTest, FilesOfOneNameAreAllKept)
     EXPECT_EQ(InfoCount(), expected.size());
 }
 
-TEST_F(MoveToTrashThreadsTest, AFileIsMovedByOneOfThem)
+TEST_F(MoveToTrashThreadsTest, OneThreadMovesAFile)
 {
     std::vector<std::string> files;
     std::map<std::string, std::string> expected;
@@ -145,10 +126,10 @@ TEST_F(MoveToTrashThreadsTest, AFileIsMovedByOneOfThem)
     }
     std::array<std::atomic<int>, filesOfAThread> moved = {};
 
-    RunInThreads([&](int /*thread*/) {
+    RunOnThreads(threadCount, [&](int /*thread*/) {
 #ifdef __SANITIZE_ADDRESS__
-        // GIO forgets a string or two when it refuses a file.
-        const __lsan::ScopedDisabler passOverItsLeaks;
+        // GIO leaks a few strings when it refuses a file.
+        const __lsan::ScopedDisabler ignoreLeaks;
 #endif
         for (size_t file = 0; file < files.size(); ++file)
             moved[file] += MoveToTrash(files[file]);
@@ -159,7 +140,7 @@ TEST_F(MoveToTrashThreadsTest, AFileIsMovedByOneOfThem)
     EXPECT_EQ(InfoCount(), expected.size());
 }
 
-TEST_F(MoveToTrashThreadsTest, HardLinksToOneFileAreAllKept)
+TEST_F(MoveToTrashThreadsTest, KeepsAllHardLinksToOneFile)
 {
     const std::string original = folder->Write("work/original", "one file");
     std::array<std::string, threadCount> links;
@@ -172,7 +153,7 @@ TEST_F(MoveToTrashThreadsTest, HardLinksToOneFileAreAllKept)
     }
     std::atomic<int> moved = 0;
 
-    RunInThreads([&](int thread) { moved += MoveToTrash(links[static_cast<size_t>(thread)]); });
+    RunOnThreads(threadCount, [&](int thread) { moved += MoveToTrash(links[static_cast<size_t>(thread)]); });
 
     EXPECT_EQ(moved, threadCount);
     EXPECT_EQ(Trashed(), expected);

@@ -12,14 +12,15 @@
 #include <string>
 #include <vector>
 
-// Every grammar and flag of a pattern, beside the rules written down with std::smatch and path::filename().
+// Compares every grammar and flag of a pattern with a plain implementation of the rules.
 
 using Zendra::ioPath;
 using Zendra::LW::GetNextAvaliableIndex;
 
 namespace {
 
-std::string Transcription(const ioPath& folder, const std::regex& pattern)
+/// The rules in terms of std::smatch and path::filename().
+std::string ReferenceNextIndex(const ioPath& folder, const std::regex& pattern)
 {
     boost::multiprecision::cpp_int maximum = 0;
     for (auto entry = folder.iterator(); entry != boost::filesystem::directory_iterator(); ++entry) {
@@ -52,7 +53,7 @@ class NextIndexGrammarTest : public testing::TestWithParam<Row>
 {
 };
 
-TEST_P(NextIndexGrammarTest, CountsWhatTheTranscriptionCounts)
+TEST_P(NextIndexGrammarTest, CountsAsTheReferenceDoes)
 {
     const Tests::ByteFolder folder;
     for (const std::string& entry : GetParam().entries)
@@ -61,17 +62,17 @@ TEST_P(NextIndexGrammarTest, CountsWhatTheTranscriptionCounts)
 
     const std::string next = GetNextAvaliableIndex(folder.Path(), pattern);
 
-    EXPECT_EQ(next, Transcription(folder.Path(), pattern));
+    EXPECT_EQ(next, ReferenceNextIndex(folder.Path(), pattern));
     EXPECT_EQ(next, GetParam().next);
 }
 
 const std::vector<std::string> takes = {"a1", "a22", "A333", "b4444", "a5\nb6", "a(7)", "a+8", "a", "9"};
-const std::vector<std::string> twins = {"11", "12", "33", "2121", "4343", "a7-7", "a8-9"};
+const std::vector<std::string> repetitions = {"11", "12", "33", "2121", "4343", "a7-7", "a8-9"};
 
 const std::vector<Row> grammars = {
     {"ECMAScript", takes, R"(a(\d+))", std::regex::ECMAScript, "23"},
     {"Basic", takes, R"(a\([0-9]*\))", std::regex::basic, "23"},
-    {"BasicTakesAPlusLiterally", takes, R"(a+\([0-9]*\))", std::regex::basic, "9"},
+    {"BasicMatchesAPlusLiterally", takes, R"(a+\([0-9]*\))", std::regex::basic, "9"},
     {"Extended", takes, "[ab]([0-9]+)", std::regex::extended, "4445"},
     {"ExtendedAlternatives", takes, "(a|b)([0-9]+)|([0-9]+)", std::regex::extended | std::regex::nosubs, "1"},
     {"ExtendedInterval", takes, "[ab]([0-9]{2})", std::regex::extended, "23"},
@@ -89,17 +90,18 @@ const std::vector<Row> flags = {
     {"Optimized", takes, R"(a(\d+))", std::regex::optimize, "23"},
     {"Collating", takes, R"([a-b](\d+))", std::regex::collate, "4445"},
     {"CollatingIgnoresCase", takes, R"([a-b](\d+))", std::regex::collate | std::regex::icase, "4445"},
-    {"EndOfALineInTheName", takes, R"(a(\d+)$\n^b\d)", std::regex::ECMAScript | std::regex::multiline, "6"},
-    {"NoEndOfALineInTheName", takes, R"(a(\d+)$\n^b\d)", std::regex::ECMAScript, "1"},
+    {"MultilineAnchorsMatchInsideTheName", takes, R"(a(\d+)$\n^b\d)",
+     std::regex::ECMAScript | std::regex::multiline, "6"},
+    {"AnchorsDoNotMatchInsideTheName", takes, R"(a(\d+)$\n^b\d)", std::regex::ECMAScript, "1"},
 };
 
 const std::vector<Row> groups = {
-    {"BackReference", twins, R"((\d)\1)", std::regex::ECMAScript, "4"},
-    {"BackReferenceInBasic", twins, R"(\([0-9]\)\1)", std::regex::basic, "4"},
-    {"BackReferenceInGrep", twins, R"(\([0-9][0-9]\)\1)", std::regex::grep, "44"},
-    {"BackReferenceBehind", twins, R"(a(\d)-\1)", std::regex::ECMAScript, "8"},
-    {"AGroupThatTakesNoPart", takes, R"((?:a(\d)|b\d+|.*))", std::regex::ECMAScript, "2"},
-    {"AnotherGroupThatTakesNoPart", takes, R"((?:x(\d)|a(\d+)))", std::regex::ECMAScript, "1"},
+    {"BackReference", repetitions, R"((\d)\1)", std::regex::ECMAScript, "4"},
+    {"BackReferenceInBasic", repetitions, R"(\([0-9]\)\1)", std::regex::basic, "4"},
+    {"BackReferenceInGrep", repetitions, R"(\([0-9][0-9]\)\1)", std::regex::grep, "44"},
+    {"BackReferenceAfterOtherText", repetitions, R"(a(\d)-\1)", std::regex::ECMAScript, "8"},
+    {"AGroupThatDoesNotMatch", takes, R"((?:a(\d)|b\d+|.*))", std::regex::ECMAScript, "2"},
+    {"AnotherGroupThatDoesNotMatch", takes, R"((?:x(\d)|a(\d+)))", std::regex::ECMAScript, "1"},
     {"AnOptionalGroup", takes, R"(a(\d+)?)", std::regex::ECMAScript, "23"},
     {"AGroupInAnother", takes, "b(([0-9])[0-9])[0-9]+", std::regex::extended, "45"},
     {"TheLastOfARepeatedGroup", takes, R"(b(\d)*)", std::regex::ECMAScript, "5"},

@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-// Random texts in the place of the number, beside an oracle that reads them without a number type.
+// Compares random texts in place of the number with an oracle that parses them without a number type.
 
 using Tests::NextNumber;
 using Tests::NumberAnswer;

@@ -1,5 +1,6 @@
 #include "Lib/Util/FS/DirectoryUtils.h"
 
+#include "Tests/Support/NextFunction.h"
 #include "Tests/Support/TempFolder.h"
 
 #include <boost/filesystem/directory.hpp>
@@ -12,19 +13,18 @@
 #include <utility>
 
 #include <dirent.h>
-#include <dlfcn.h>
 
 namespace {
 
-/// How many more entries can be read before the disk fails.
+/// How many more entries can be read before reading fails.
 int readableEntries = std::numeric_limits<int>::max();
 
-/// How many reads there were in all.
+/// The number of reads.
 int reads = 0;
 
 } // namespace
 
-/// Takes the system's place for the whole program.
+/// Replaces the function of the system.
 extern "C" dirent64* readdir64(DIR* folder)
 {
     ++reads;
@@ -33,7 +33,7 @@ extern "C" dirent64* readdir64(DIR* folder)
         return nullptr;
     }
     --readableEntries;
-    static const auto system = reinterpret_cast<dirent64* (*)(DIR*)>(::dlsym(RTLD_NEXT, "readdir64"));
+    static const auto system = Tests::NextFunction<dirent64*(DIR*)>("readdir64");
     return system(folder);
 }
 
@@ -45,7 +45,7 @@ protected:
     NextIndexReadErrorTest()
     {
         for (const char* name : {"a1", "a2", "a3"})
-            folder.Write(QLatin1String(name));
+            folder.Write(name);
     }
 
     ~NextIndexReadErrorTest() override { readableEntries = std::numeric_limits<int>::max(); }
@@ -62,18 +62,18 @@ TEST_F(NextIndexReadErrorTest, ThrowsWhenReadingTheFolderFailsMidway)
 {
     ASSERT_EQ(Next(), "4");
 
-    // Three entries, the folder itself and its parent: the fourth is behind at least one file.
+    // Three files, the folder itself and its parent: at least one file comes before the failure.
     readableEntries = 4;
 
     try {
         Next();
-        FAIL() << "the failure was taken for the end of the folder";
+        FAIL() << "the failure was treated as the end of the folder";
     } catch (const boost::filesystem::filesystem_error& error) {
         EXPECT_EQ(error.code().value(), EIO);
     }
 }
 
-TEST_F(NextIndexReadErrorTest, GivesTheNumberAgainOnceTheFolderCanBeRead)
+TEST_F(NextIndexReadErrorTest, ReturnsTheNumberOnceTheFolderCanBeReadAgain)
 {
     readableEntries = 4;
     ASSERT_THROW(Next(), boost::filesystem::filesystem_error);

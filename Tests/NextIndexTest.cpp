@@ -1,9 +1,9 @@
 #include "Lib/Util/FS/DirectoryUtils.h"
 
-#include "Tests/Support/TempFolder.h"
+#include "Tests/Support/ByteFolder.h"
+#include "Tests/Support/CurrentFolder.h"
+#include "Tests/Support/Threads.h"
 #include "Tests/Support/Unprivileged.h"
-
-#include <QFile>
 
 #include <boost/exception/exception.hpp>
 #include <boost/filesystem/exception.hpp>
@@ -12,14 +12,11 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
-#include <cerrno>
-#include <cstdio>
-#include <fstream>
+#include <filesystem>
 #include <locale>
 #include <regex>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <type_traits>
 #include <vector>
 
@@ -30,7 +27,7 @@
 
 namespace {
 
-using Tests::TempFolder;
+using Tests::ByteFolder;
 using Tests::Unprivileged;
 using Zendra::ioPath;
 using Zendra::LW::GetNextAvaliableIndex;
@@ -38,55 +35,32 @@ using Zendra::LW::GetNextAvaliableIndex;
 static_assert(
     std::is_same_v<decltype(&GetNextAvaliableIndex), std::string (*)(const ioPath&, const std::regex&)>);
 
-std::string Native(const QString& path)
+std::string NextIn(const std::string& folder, const std::string& pattern)
 {
-    return QFile::encodeName(path).toStdString();
+    return GetNextAvaliableIndex(folder, std::regex(pattern));
 }
 
-/// A folder whose entries have just these bytes as their names.
-class NumberedFolder
+/// A folder with these entries.
+class NumberedFolder : public ByteFolder
 {
 public:
-    NumberedFolder() = default;
     explicit NumberedFolder(const std::vector<std::string>& entries)
     {
-        for (const std::string& name : entries)
-            Add(name);
-    }
-    ~NumberedFolder()
-    {
-        // Qt could not: some of the names are no text.
-        for (const std::string& path : paths)
-            std::remove(path.c_str());
-    }
-    NumberedFolder(const NumberedFolder&) = delete;
-    NumberedFolder& operator=(const NumberedFolder&) = delete;
-
-    void Add(const std::string& name)
-    {
-        paths.push_back(Path() + '/' + name);
-        std::ofstream file(paths.back());
-        if (!file && errno != EILSEQ)
-            throw std::runtime_error("cannot make " + paths.back());
-        isRefused = isRefused || !file;
+        for (const std::string& name : entries) {
+            if (CanStore(name))
+                Write(name);
+            else
+                isIncomplete = true;
+        }
     }
 
-    /// Whether there is a name that the file system does not take: not every one takes other bytes than
-    /// UTF-8.
-    bool IsRefused() const { return isRefused; }
+    /// Whether the file system cannot store some of the names.
+    bool IsIncomplete() const { return isIncomplete; }
 
-    std::string Path() const { return Native(folder.Path()); }
-    const TempFolder& Folder() const { return folder; }
-
-    std::string Next(const std::string& pattern) const
-    {
-        return GetNextAvaliableIndex(Path(), std::regex(pattern));
-    }
+    std::string Next(const std::string& pattern) const { return NextIn(Path(), pattern); }
 
 private:
-    TempFolder folder;
-    std::vector<std::string> paths;
-    bool isRefused = false;
+    bool isIncomplete = false;
 };
 
 const std::string nines(250, '9');
@@ -111,20 +85,20 @@ std::string RuleName(const testing::TestParamInfo<Rule>& info)
     return info.param.name;
 }
 
-class NextIndexRules : public testing::TestWithParam<NumberRule>
+class NextIndexRuleTest : public testing::TestWithParam<NumberRule>
 {
 };
 
-TEST_P(NextIndexRules, GivesOneMoreThanTheLargestNumber)
+TEST_P(NextIndexRuleTest, ReturnsOneMoreThanTheLargestNumber)
 {
     const NumberedFolder folder(GetParam().entries);
-    if (folder.IsRefused())
-        GTEST_SKIP() << "this file system takes no names but UTF-8";
+    if (folder.IsIncomplete())
+        GTEST_SKIP() << "this file system only stores names in UTF-8";
 
     EXPECT_EQ(folder.Next(GetParam().pattern), GetParam().next);
 }
 
-INSTANTIATE_TEST_SUITE_P(Counting, NextIndexRules,
+INSTANTIATE_TEST_SUITE_P(Counting, NextIndexRuleTest,
                          testing::ValuesIn(std::vector<NumberRule>{
                              {"AnEmptyFolderStartsAtOne", {}, R"(a(\d+))", "1"},
                              {"NeitherTheFolderItselfNorItsParentIsAnEntry", {}, R"((.*))", "1"},
@@ -139,21 +113,21 @@ INSTANTIATE_TEST_SUITE_P(Counting, NextIndexRules,
                          }),
                          RuleName<NumberRule>);
 
-INSTANTIATE_TEST_SUITE_P(Matching, NextIndexRules,
+INSTANTIATE_TEST_SUITE_P(Matching, NextIndexRuleTest,
                          testing::ValuesIn(std::vector<NumberRule>{
-                             {"ARestBehindTheMatchIsNoMatch", {"a12.txt", "a3"}, R"(a(\d+))", "4"},
-                             {"ARestBeforeTheMatchIsNoMatch", {"ba12", "a3"}, R"(a(\d+))", "4"},
+                             {"TextAfterTheMatchIsNoMatch", {"a12.txt", "a3"}, R"(a(\d+))", "4"},
+                             {"TextBeforeTheMatchIsNoMatch", {"ba12", "a3"}, R"(a(\d+))", "4"},
                              {"APatternWithoutAGroup", {"a5"}, R"(a\d+)", "1"},
                              {"AGroupThatDoesNotCapture", {"a5"}, R"(a(?:\d+))", "1"},
                              {"AnEmptyGroupIsSkipped", {"a"}, R"(a(\d*))", "1"},
                              {"AnEmptyGroupBesideANumber", {"a", "a4"}, R"(a(\d*))", "5"},
-                             {"AGroupThatTookNoPart", {"ab", "a3b"}, R"(a(\d+)?b)", "4"},
-                             {"OnlyTheSecondGroupTookPart", {"a2", "b9"}, R"(a(\d+)|b(\d+))", "3"},
+                             {"AGroupThatDidNotMatch", {"ab", "a3b"}, R"(a(\d+)?b)", "4"},
+                             {"OnlyTheSecondGroupMatched", {"a2", "b9"}, R"(a(\d+)|b(\d+))", "3"},
                              {"FurtherGroupsAreIgnored", {"a3-99"}, R"(a(\d+)-(\d+))", "4"},
                              {"TheOuterOfTwoGroups", {"a12"}, R"(a(1(\d)))", "13"},
-                             {"TheLastRoundOfARepeatedGroup", {"a71"}, R"(a(\d)+)", "2"},
-                             {"TheNameBeginsAndEndsForAnchors", {"a5"}, R"(^a(\d+)$)", "6"},
-                             {"TheNameBeginsAndEndsForWords", {"a5"}, R"(\ba(\d+)\b)", "6"},
+                             {"TheLastMatchOfARepeatedGroup", {"a71"}, R"(a(\d)+)", "2"},
+                             {"AnchorsMatchTheEndsOfTheName", {"a5"}, R"(^a(\d+)$)", "6"},
+                             {"WordBoundariesMatchTheEndsOfTheName", {"a5"}, R"(\ba(\d+)\b)", "6"},
                              {"UpperCaseIsNotLowerCase", {"A5"}, R"(a(\d+))", "1"},
                              {"AHiddenName", {".a5"}, R"(\.a(\d+))", "6"},
                              {"TheDotOfAHiddenNameIsPartOfIt", {".a5"}, R"(a(\d+))", "1"},
@@ -181,12 +155,12 @@ INSTANTIATE_TEST_SUITE_P(Matching, NextIndexRules,
                          RuleName<NumberRule>);
 
 INSTANTIATE_TEST_SUITE_P(
-    Reading, NextIndexRules,
+    Reading, NextIndexRuleTest,
     testing::ValuesIn(std::vector<NumberRule>{
         {"OctalSeven", {"a007"}, R"(a(\d+))", "8"},
         {"OctalEight", {"a010"}, R"(a(\d+))", "9"},
         {"OctalEightyThree", {"a0123"}, R"(a(\d+))", "84"},
-        {"OctalLosesAgainstDecimal", {"a010", "a9"}, R"(a(\d+))", "10"},
+        {"OctalIsLessThanDecimal", {"a010", "a9"}, R"(a(\d+))", "10"},
         {"ManyZeros", {"a00"}, R"(a(\d+))", "1"},
         {"ALongOctal", {"a0" + std::string(30, '7')}, R"(a(\d+))", "1237940039285380274899124224"},
         {"Hexadecimal", {"a0x1f"}, R"(a(.+))", "32"},
@@ -213,28 +187,28 @@ INSTANTIATE_TEST_SUITE_P(
 const char* const inDecimal = "Unexpected character encountered in input.";
 const char* const inOtherBases = "Unexpected content found while parsing character string.";
 
-struct UnreadableNumber
+struct InvalidNumber
 {
     std::string name;
     std::string text;
     std::string error;
 };
 
-void PrintTo(const UnreadableNumber& number, std::ostream* stream)
+void PrintTo(const InvalidNumber& number, std::ostream* stream)
 {
     *stream << number.text;
 }
 
-class NextIndexErrors : public testing::TestWithParam<UnreadableNumber>
+class NextIndexErrorTest : public testing::TestWithParam<InvalidNumber>
 {
 protected:
     const NumberedFolder folder{{"a1", "a" + GetParam().text, "a99"}};
 };
 
-TEST_P(NextIndexErrors, OneNumberThatCannotBeReadFailsTheCall)
+TEST_P(NextIndexErrorTest, OneInvalidNumberFailsTheCall)
 {
-    if (folder.IsRefused())
-        GTEST_SKIP() << "this file system takes no names but UTF-8";
+    if (folder.IsIncomplete())
+        GTEST_SKIP() << "this file system only stores names in UTF-8";
     std::string error;
 
     try {
@@ -246,23 +220,23 @@ TEST_P(NextIndexErrors, OneNumberThatCannotBeReadFailsTheCall)
     EXPECT_EQ(error, GetParam().error);
 }
 
-TEST_P(NextIndexErrors, ComesAsABoostExceptionToo)
+TEST_P(NextIndexErrorTest, IsABoostExceptionToo)
 {
-    if (folder.IsRefused())
-        GTEST_SKIP() << "this file system takes no names but UTF-8";
+    if (folder.IsIncomplete())
+        GTEST_SKIP() << "this file system only stores names in UTF-8";
     EXPECT_THROW(folder.Next(R"(a(.+))"), boost::exception);
 }
 
-INSTANTIATE_TEST_SUITE_P(Numbers, NextIndexErrors,
-                         testing::ValuesIn(std::vector<UnreadableNumber>{
-                             {"ALetterBehindTheDigits", "12b", inDecimal},
-                             {"ALetterBehindDigitsOfMoreThanAWord", "18446744073709551616b", inDecimal},
-                             {"ALetterBehindANegative", "-12b", inDecimal},
+INSTANTIATE_TEST_SUITE_P(Numbers, NextIndexErrorTest,
+                         testing::ValuesIn(std::vector<InvalidNumber>{
+                             {"ALetterAfterTheDigits", "12b", inDecimal},
+                             {"ALetterAfterDigitsOfMoreThanAWord", "18446744073709551616b", inDecimal},
+                             {"ALetterAfterANegative", "-12b", inDecimal},
                              {"ALetterAlone", "b", inDecimal},
                              {"APlus", "+5", inDecimal},
                              {"TwoSigns", "--5", inDecimal},
                              {"ASpaceBefore", " 5", inDecimal},
-                             {"ASpaceBehind", "5 ", inDecimal},
+                             {"ASpaceAfter", "5 ", inDecimal},
                              {"AFraction", "1.5", inDecimal},
                              {"AnExtension", "12.txt", inDecimal},
                              {"HexadecimalWithoutPrefix", "1f", inDecimal},
@@ -276,80 +250,62 @@ INSTANTIATE_TEST_SUITE_P(Numbers, NextIndexErrors,
                              {"ALetterInHexadecimal", "0x1g", inOtherBases},
                              {"ALetterInCapitalHexadecimal", "0X1G", inOtherBases},
                          }),
-                         RuleName<UnreadableNumber>);
+                         RuleName<InvalidNumber>);
 
-TEST(NextIndexTest, CountsEveryKindOfEntry)
+class NextIndexTest : public testing::Test, protected ByteFolder
 {
-    const auto nextAfter = [](void (*add)(const TempFolder&)) {
-        const TempFolder folder;
-        folder.Write(QStringLiteral("a1"));
-        add(folder);
-        return GetNextAvaliableIndex(Native(folder.Path()), std::regex(R"(a(\d+))"));
-    };
+};
 
-    EXPECT_EQ(nextAfter([](const TempFolder& folder) { folder.MakeFolder(QStringLiteral("a5")); }), "6");
-    EXPECT_EQ(nextAfter([](const TempFolder& folder) { folder.Link(folder.Path(), QStringLiteral("a6")); }),
-              "7");
-    EXPECT_EQ(nextAfter([](const TempFolder& folder) {
-                  folder.Link(QStringLiteral("none"), QStringLiteral("a7"));
-              }),
-              "8");
-    EXPECT_EQ(
-        nextAfter([](const TempFolder& folder) { folder.Link(QStringLiteral("a8"), QStringLiteral("a8")); }),
-        "9");
-    EXPECT_EQ(nextAfter([](const TempFolder& folder) {
-                  ASSERT_EQ(::mkfifo(Native(folder.Path(QStringLiteral("a9"))).c_str(), 0600), 0);
-              }),
-              "10");
+TEST_F(NextIndexTest, CountsEveryKindOfEntry)
+{
+    Write("a1");
+    const auto next = [this] { return NextIn(Path(), R"(a(\d+))"); };
+
+    MakeFolder("a5");
+    EXPECT_EQ(next(), "6");
+    Link(Path(), "a6");
+    EXPECT_EQ(next(), "7");
+    Link("none", "a7");
+    EXPECT_EQ(next(), "8");
+    Link("a8", "a8");
+    EXPECT_EQ(next(), "9");
+    ASSERT_EQ(::mkfifo(Path("a9").c_str(), 0600), 0);
+    EXPECT_EQ(next(), "10");
 }
 
-TEST(NextIndexTest, DoesNotEnterSubfolders)
+TEST_F(NextIndexTest, DoesNotEnterSubfolders)
 {
-    const TempFolder folder;
-    folder.Write(QStringLiteral("sub/a5"));
-    folder.Write(QStringLiteral("a2/a7"));
+    Write("sub/a5");
+    Write("a2/a7");
 
-    EXPECT_EQ(GetNextAvaliableIndex(Native(folder.Path()), std::regex(R"(a(\d+))")), "3");
+    EXPECT_EQ(NextIn(Path(), R"(a(\d+))"), "3");
 }
 
-TEST(NextIndexTest, TakesNoNumberFromTheFolderItself)
+TEST_F(NextIndexTest, IgnoresTheNameOfTheFolderItself)
 {
-    const TempFolder folder;
-    const std::string path = Native(folder.MakeFolder(QStringLiteral("a99")));
-    folder.Write(QStringLiteral("a99/b"));
+    Write("a99/b");
 
-    EXPECT_EQ(GetNextAvaliableIndex(path, std::regex(R"(a(\d+)|.*a(\d+).*)")), "1");
+    EXPECT_EQ(NextIn(Path("a99"), R"(a(\d+)|.*a(\d+).*)"), "1");
 }
 
-TEST(NextIndexTest, TakesTheFolderInEverySpelling)
+TEST_F(NextIndexTest, AcceptsTheFolderInEverySpelling)
 {
-    const TempFolder folder;
-    folder.Write(QStringLiteral("sub/a4"));
-    folder.Link(QStringLiteral("sub"), QStringLiteral("link"));
-    const std::regex pattern(R"(a(\d+))");
-    const std::string path = Native(folder.Path());
+    Write("sub/a4");
+    Link("sub", "link");
 
-    EXPECT_EQ(GetNextAvaliableIndex(path + "/sub/", pattern), "5");
-    EXPECT_EQ(GetNextAvaliableIndex(path + "//sub//", pattern), "5");
-    EXPECT_EQ(GetNextAvaliableIndex(path + "/sub/.", pattern), "5");
-    EXPECT_EQ(GetNextAvaliableIndex(path + "/sub/../sub", pattern), "5");
-    EXPECT_EQ(GetNextAvaliableIndex(path + "/link", pattern), "5");
+    for (const char* spelling : {"sub/", "/sub//", "sub/.", "sub/../sub", "link"})
+        EXPECT_EQ(NextIn(Path(spelling), R"(a(\d+))"), "5") << spelling;
 }
 
-TEST(NextIndexTest, TakesARelativeFolderFromTheCurrentOne)
+TEST_F(NextIndexTest, AcceptsAFolderRelativeToTheCurrentOne)
 {
-    const TempFolder folder;
-    folder.Write(QStringLiteral("sub/a4"));
-    const QString before = QDir::currentPath();
-    ASSERT_TRUE(QDir::setCurrent(folder.Path()));
+    Write("sub/a4");
+    const Tests::CurrentFolder current(Path());
 
-    const std::string next = GetNextAvaliableIndex("sub", std::regex(R"(a(\d+))"));
-    ASSERT_TRUE(QDir::setCurrent(before));
-
-    EXPECT_EQ(next, "5");
+    EXPECT_EQ(NextIn("sub", R"(a(\d+))"), "5");
 }
 
-TEST(NextIndexTest, UsesThePatternWithItsFlags)
+TEST_F(NextIndexTest, UsesThePatternWithItsFlags)
 {
     const NumberedFolder folder({"A5"});
 
@@ -359,7 +315,7 @@ TEST(NextIndexTest, UsesThePatternWithItsFlags)
     EXPECT_EQ(GetNextAvaliableIndex(folder.Path(), std::regex()), "1");
 }
 
-/// Capitals and small letters, of which one cannot be told.
+/// Upper and lower case, with one letter for which the conversion fails.
 class FailingLetters : public std::ctype<char>
 {
 protected:
@@ -371,7 +327,7 @@ protected:
     }
 };
 
-TEST(NextIndexTest, PassesOnWhatMatchingThrows)
+TEST_F(NextIndexTest, PassesOnAnExceptionOfTheMatch)
 {
     const NumberedFolder folder({"a1", "x2"});
     std::regex pattern;
@@ -384,73 +340,63 @@ TEST(NextIndexTest, PassesOnWhatMatchingThrows)
     EXPECT_EQ(GetNextAvaliableIndex(readable.Path(), pattern), "2");
 }
 
-TEST(NextIndexTest, ReservesNothing)
+TEST_F(NextIndexTest, ReservesNothing)
 {
-    const NumberedFolder folder({"a1"});
+    Write("a1");
 
-    EXPECT_EQ(folder.Next(R"(a(\d+))"), "2");
-    EXPECT_EQ(folder.Next(R"(a(\d+))"), "2");
-    EXPECT_EQ(folder.Folder().Entries(), QStringList(QStringLiteral("a1")));
+    EXPECT_EQ(NextIn(Path(), R"(a(\d+))"), "2");
+    EXPECT_EQ(NextIn(Path(), R"(a(\d+))"), "2");
+    EXPECT_THAT(Tree(), testing::ElementsAre("a1"));
 }
 
-TEST(NextIndexTest, FollowsWhatIsInTheFolder)
+TEST_F(NextIndexTest, FollowsChangesOfTheFolder)
 {
-    NumberedFolder folder({"a1", "a2"});
-    ASSERT_EQ(folder.Next(R"(a(\d+))"), "3");
+    Write("a1");
+    Write("a2");
+    ASSERT_EQ(NextIn(Path(), R"(a(\d+))"), "3");
 
-    folder.Add("a3");
-    EXPECT_EQ(folder.Next(R"(a(\d+))"), "4");
+    Write("a3");
+    EXPECT_EQ(NextIn(Path(), R"(a(\d+))"), "4");
 
-    folder.Folder().Remove(QStringLiteral("a3"));
-    folder.Folder().Remove(QStringLiteral("a2"));
-    EXPECT_EQ(folder.Next(R"(a(\d+))"), "2");
+    std::filesystem::remove(Path("a3"));
+    std::filesystem::remove(Path("a2"));
+    EXPECT_EQ(NextIn(Path(), R"(a(\d+))"), "2");
 }
 
-TEST(NextIndexTest, FindsTheLargestAmongManyNames)
+TEST_F(NextIndexTest, FindsTheLargestNumberAmongManyNames)
 {
-    NumberedFolder folder;
     for (int number = 1; number <= 2000; ++number)
-        folder.Add("a" + std::to_string(number));
+        Write("a" + std::to_string(number));
 
-    EXPECT_EQ(folder.Next(R"(a(\d+))"), "2001");
+    EXPECT_EQ(NextIn(Path(), R"(a(\d+))"), "2001");
 }
 
-TEST(NextIndexTest, MayRunOnSeveralThreadsAtOnce)
+TEST_F(NextIndexTest, MayRunOnSeveralThreadsAtOnce)
 {
     const NumberedFolder folder({"a1", "a20", "a010", "a18446744073709551616"});
     const std::regex pattern(R"(a(\d+))");
     std::atomic<int> right = 0;
 
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < 4; ++thread)
-        threads.emplace_back([&] {
-            for (int round = 0; round < 50; ++round)
-                right += GetNextAvaliableIndex(folder.Path(), pattern) == "18446744073709551617";
-        });
-    for (std::thread& thread : threads)
-        thread.join();
+    Tests::RunOnThreads(4, [&](int /*thread*/) {
+        for (int round = 0; round < 50; ++round)
+            right += GetNextAvaliableIndex(folder.Path(), pattern) == "18446744073709551617";
+    });
 
     EXPECT_EQ(right, 200);
 }
 
-TEST(NextIndexTest, ThrowsForAFolderThatIsMissing)
+TEST_F(NextIndexTest, ThrowsForAMissingFolder)
 {
-    const TempFolder folder;
-
-    EXPECT_THROW(GetNextAvaliableIndex(Native(folder.Path(QStringLiteral("none"))), std::regex("a")),
-                 boost::filesystem::filesystem_error);
-    EXPECT_THROW(GetNextAvaliableIndex("", std::regex("a")), boost::filesystem::filesystem_error);
+    EXPECT_THROW(NextIn(Path("none"), "a"), boost::filesystem::filesystem_error);
+    EXPECT_THROW(NextIn("", "a"), boost::filesystem::filesystem_error);
 }
 
-TEST(NextIndexTest, ThrowsForAFile)
+TEST_F(NextIndexTest, ThrowsForAFile)
 {
-    const TempFolder folder;
-    const std::string file = Native(folder.Write(QStringLiteral("file")));
-
-    EXPECT_THROW(GetNextAvaliableIndex(file, std::regex("a")), boost::filesystem::filesystem_error);
+    EXPECT_THROW(NextIn(Write("file"), "a"), boost::filesystem::filesystem_error);
 }
 
-/// While it lives, memory that is handed out holds no zeros.
+/// Fills allocated memory with other bytes than zero while it lives.
 class DirtyMemory
 {
 public:
@@ -474,10 +420,10 @@ class LongOctalTest : public testing::TestWithParam<unsigned int>
 {
 };
 
-// Each of these numbers has one bit, in the first digit, and that bit is the first of a machine word.
+// Each of these numbers has one bit, in its first digit, which is the lowest bit of a machine word.
 INSTANTIATE_TEST_SUITE_P(Exponents, LongOctalTest, testing::Values(64u, 128u, 256u, 320u));
 
-TEST_P(LongOctalTest, IsReadAsItStandsThere)
+TEST_P(LongOctalTest, IsReadExactly)
 {
     const unsigned int exponent = GetParam();
     const std::string digits = std::to_string(1u << exponent % 3) + std::string(exponent / 3, '0');
@@ -490,16 +436,13 @@ TEST_P(LongOctalTest, IsReadAsItStandsThere)
     EXPECT_EQ(next, cpp_int((cpp_int(1) << exponent) + 1).str());
 }
 
-TEST(NextIndexTest, ThrowsForAFolderThatMayNotBeRead)
+TEST_F(NextIndexTest, ThrowsForAFolderThatMayNotBeRead)
 {
-    const TempFolder folder;
-    folder.Write(QStringLiteral("closed/a1"));
-    folder.SetPermissions(QString(), 0755);
-    folder.SetPermissions(QStringLiteral("closed"), 0311);
-    const std::string path = Native(folder.Path(QStringLiteral("closed")));
+    Write("closed/a1");
+    SetMode("closed", 0311);
 
     const Unprivileged user;
-    EXPECT_THROW(GetNextAvaliableIndex(path, std::regex(R"(a(\d+))")), boost::filesystem::filesystem_error);
+    EXPECT_THROW(NextIn(Path("closed"), R"(a(\d+))"), boost::filesystem::filesystem_error);
 }
 
 } // namespace

@@ -1,8 +1,8 @@
-// What the validation says and leaves behind when the system fails it. A program that puts functions in the
-// place of the system's has a place of its own.
+// The validation when system calls fail. A program of its own, since it replaces functions of the system.
 
 #include "Util/PathValidation.h"
 
+#include "Tests/Support/NextFunction.h"
 #include "Tests/Support/PathValidationFixture.h"
 #include "Tests/Support/TempFolder.h"
 
@@ -23,7 +23,6 @@
 #include <vector>
 
 #include <dirent.h>
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <sched.h>
 #include <sys/mount.h>
@@ -35,14 +34,15 @@ using namespace Tests;
 
 namespace {
 
-/// What a test does to the system calls of the program; 0 is the number of no error.
+/// The faults that a test injects into the system calls of the program, and a log of these calls. An error of
+/// 0 is none.
 struct SystemCalls
 {
-    /// Runs once, before the first file is made in a folder, and gets the name that it will have.
-    std::function<void(const QString&)> beforeMaking;
-    /// No call looks at it.
+    /// Runs once, before the first file is created in a folder, and gets its name.
+    std::function<void(const QString&)> beforeCreating;
+    /// Of no call.
     int errorOfNothing = 0;
-    int errorOfMaking = 0;
+    int errorOfCreating = 0;
     int errorOfWriting = 0;
     int errorOfClosing = 0;
     int errorOfRemoving = 0;
@@ -52,17 +52,17 @@ struct SystemCalls
 
     std::vector<std::string> made;
     std::vector<unsigned int> modes;
-    /// Whether a program that is started meanwhile would get a descriptor of the folder or of the file.
+    /// Whether a program that is started meanwhile would inherit a descriptor of the folder or the file.
     bool leaksIntoPrograms = false;
     std::vector<std::string> removed;
     bool removesOpenFile = false;
     int bytesWritten = 0;
-    /// The file made last, until it is closed.
+    /// The file created last, until it is closed.
     int file = -1;
 };
 
-/// Null when no test meddles.
-SystemCalls* meddler = nullptr;
+/// Null while no faults are injected.
+SystemCalls* injected = nullptr;
 
 int Fail(int error)
 {
@@ -72,7 +72,7 @@ int Fail(int error)
 
 } // namespace
 
-// The library's calls arrive here, since a program's symbols come before those of the C library.
+// The library calls these, since the symbols of a program come before those of the C library.
 extern "C" {
 
 int openat(int folder, const char* name, int flags, ...)
@@ -84,7 +84,7 @@ int openat(int folder, const char* name, int flags, ...)
         mode = va_arg(arguments, unsigned int);
         va_end(arguments);
     }
-    SystemCalls* const calls = meddler;
+    SystemCalls* const calls = injected;
     if (!calls)
         return static_cast<int>(::syscall(SYS_openat, folder, name, flags, mode));
 
@@ -92,23 +92,23 @@ int openat(int folder, const char* name, int flags, ...)
     calls->modes.push_back(mode);
     if (!(flags & O_CLOEXEC))
         calls->leaksIntoPrograms = true;
-    if (const auto prepare = std::exchange(calls->beforeMaking, nullptr)) {
-        meddler = nullptr;
+    if (const auto prepare = std::exchange(calls->beforeCreating, nullptr)) {
+        injected = nullptr;
         prepare(QString::fromLatin1(name));
-        meddler = calls;
+        injected = calls;
     }
-    if (calls->errorOfMaking != 0)
-        return Fail(calls->errorOfMaking);
+    if (calls->errorOfCreating != 0)
+        return Fail(calls->errorOfCreating);
     calls->file = static_cast<int>(::syscall(SYS_openat, folder, name, flags, mode));
     return calls->file;
 }
 
 ssize_t write(int file, const void* bytes, size_t size)
 {
-    if (meddler && file == meddler->file) {
-        if (meddler->errorOfWriting != 0)
-            return Fail(meddler->errorOfWriting);
-        meddler->bytesWritten += static_cast<int>(size);
+    if (injected && file == injected->file) {
+        if (injected->errorOfWriting != 0)
+            return Fail(injected->errorOfWriting);
+        injected->bytesWritten += static_cast<int>(size);
     }
     return ::syscall(SYS_write, file, bytes, size);
 }
@@ -116,46 +116,44 @@ ssize_t write(int file, const void* bytes, size_t size)
 int close(int file)
 {
     const int result = static_cast<int>(::syscall(SYS_close, file));
-    if (!meddler || file != meddler->file)
+    if (!injected || file != injected->file)
         return result;
-    meddler->file = -1;
-    return meddler->errorOfClosing != 0 ? Fail(meddler->errorOfClosing) : result;
+    injected->file = -1;
+    return injected->errorOfClosing != 0 ? Fail(injected->errorOfClosing) : result;
 }
 
 int unlinkat(int folder, const char* name, int flags) noexcept
 {
-    if (meddler) {
-        meddler->removed.emplace_back(name);
-        meddler->removesOpenFile = meddler->file >= 0;
-        if (meddler->errorOfRemoving != 0)
-            return Fail(meddler->errorOfRemoving);
+    if (injected) {
+        injected->removed.emplace_back(name);
+        injected->removesOpenFile = injected->file >= 0;
+        if (injected->errorOfRemoving != 0)
+            return Fail(injected->errorOfRemoving);
     }
     return static_cast<int>(::syscall(SYS_unlinkat, folder, name, flags));
 }
 
 struct dirent* readdir(DIR* folder)
 {
-    if (meddler && meddler->errorOfListing != 0) {
-        errno = meddler->errorOfListing;
+    if (injected && injected->errorOfListing != 0) {
+        errno = injected->errorOfListing;
         return nullptr;
     }
-    if (meddler && meddler->listsNothing)
+    if (injected && injected->listsNothing)
         return nullptr;
-    using Function = struct dirent* (*)(DIR*);
-    static const auto original = reinterpret_cast<Function>(::dlsym(RTLD_NEXT, "readdir"));
+    static const auto original = NextFunction<struct dirent*(DIR*)>("readdir");
     return original(folder);
 }
 
 DIR* fdopendir(int folder)
 {
-    if (meddler && meddler->errorOfFdopendir != 0) {
-        errno = meddler->errorOfFdopendir;
+    if (injected && injected->errorOfFdopendir != 0) {
+        errno = injected->errorOfFdopendir;
         return nullptr;
     }
-    if (meddler && !(::fcntl(folder, F_GETFD) & FD_CLOEXEC))
-        meddler->leaksIntoPrograms = true;
-    using Function = DIR* (*)(int);
-    static const auto original = reinterpret_cast<Function>(::dlsym(RTLD_NEXT, "fdopendir"));
+    if (injected && !(::fcntl(folder, F_GETFD) & FD_CLOEXEC))
+        injected->leaksIntoPrograms = true;
+    static const auto original = NextFunction<DIR*(int)>("fdopendir");
     return original(folder);
 }
 
@@ -163,14 +161,14 @@ DIR* fdopendir(int folder)
 
 namespace {
 
-/// System calls that are meddled with while it lives.
-class Meddling : public SystemCalls
+/// Injects its faults while it lives.
+class InjectedFaults : public SystemCalls
 {
 public:
-    Meddling() { meddler = this; }
-    ~Meddling() { meddler = nullptr; }
-    Meddling(const Meddling&) = delete;
-    Meddling& operator=(const Meddling&) = delete;
+    InjectedFaults() { injected = this; }
+    ~InjectedFaults() { injected = nullptr; }
+    InjectedFaults(const InjectedFaults&) = delete;
+    InjectedFaults& operator=(const InjectedFaults&) = delete;
 };
 
 /// The numbers of the descriptors that the process has open.
@@ -190,14 +188,14 @@ protected:
     }
 };
 
-TEST_F(PathValidationFaultsTest, RefusesAFolderThatTakesNoFilesWhateverItsPermissionsSay)
+TEST_F(PathValidationFaultsTest, RefusesAFolderThatCannotHoldFilesDespiteItsPermissions)
 {
-    EXPECT_EQ(Validate(QStringLiteral("/proc")), Unwritable());
+    EXPECT_EQ(Validate("/proc"), Unwritable());
 }
 
-TEST_F(PathValidationFaultsTest, TriesWithOneHiddenFileThatNobodyElseMayRead)
+TEST_F(PathValidationFaultsTest, TriesWithOneHiddenFileThatOnlyTheOwnerMayRead)
 {
-    Meddling calls;
+    InjectedFaults calls;
 
     Validate(folder.Path());
 
@@ -208,9 +206,9 @@ TEST_F(PathValidationFaultsTest, TriesWithOneHiddenFileThatNobodyElseMayRead)
     EXPECT_EQ(calls.removed, calls.made);
 }
 
-TEST_F(PathValidationFaultsTest, NamesTheHiddenFileDifferentlyEachTime)
+TEST_F(PathValidationFaultsTest, UsesAnotherNameEachTime)
 {
-    Meddling calls;
+    InjectedFaults calls;
 
     Validate(folder.Path());
     Validate(folder.Path());
@@ -219,39 +217,39 @@ TEST_F(PathValidationFaultsTest, NamesTheHiddenFileDifferentlyEachTime)
     EXPECT_NE(calls.made.front(), calls.made.back());
 }
 
-TEST_F(PathValidationFaultsTest, TriesAnotherNameWhenAFileHasTheOneItChose)
+TEST_F(PathValidationFaultsTest, TriesAnotherNameWhenAFileHasTheChosenOne)
 {
     QString existing;
-    Meddling calls;
-    calls.beforeMaking = [&](const QString& name) {
+    InjectedFaults calls;
+    calls.beforeCreating = [&](const QString& name) {
         existing = name;
         folder.Write(name, "precious");
     };
 
-    const Said said = Validate(folder.Path());
+    const Validation validation = Validate(folder.Path());
 
-    EXPECT_EQ(said, Valid());
+    EXPECT_EQ(validation, Valid());
     EXPECT_EQ(calls.made.size(), 2U);
     EXPECT_EQ(folder.Entries(), QStringList(existing));
     EXPECT_EQ(ContentOf(existing), QByteArray("precious"));
 }
 
-TEST_F(PathValidationFaultsTest, DoesNotFollowALinkThatHasTheNameItChose)
+TEST_F(PathValidationFaultsTest, DoesNotFollowALinkThatHasTheChosenName)
 {
-    Meddling calls;
-    calls.beforeMaking = [&](const QString& name) { folder.Link(QStringLiteral("elsewhere"), name); };
+    InjectedFaults calls;
+    calls.beforeCreating = [&](const QString& name) { folder.Link("elsewhere", name); };
 
-    const Said said = Validate(folder.Path());
+    const Validation validation = Validate(folder.Path());
 
-    EXPECT_EQ(said, Valid());
+    EXPECT_EQ(validation, Valid());
     EXPECT_EQ(folder.Entries().size(), 1);
-    EXPECT_FALSE(QFile::exists(folder.Path(QStringLiteral("elsewhere"))));
+    EXPECT_FALSE(QFile::exists(folder.Path("elsewhere")));
 }
 
-TEST_F(PathValidationFaultsTest, GivesUpWhenEveryNameItChoosesIsTaken)
+TEST_F(PathValidationFaultsTest, StopsTryingWhenAllNamesAreTaken)
 {
-    Meddling calls;
-    calls.errorOfMaking = EEXIST;
+    InjectedFaults calls;
+    calls.errorOfCreating = EEXIST;
 
     EXPECT_EQ(Validate(folder.Path()), Unwritable());
     EXPECT_GT(calls.made.size(), 1U);
@@ -261,7 +259,7 @@ TEST_F(PathValidationFaultsTest, GivesUpWhenEveryNameItChoosesIsTaken)
 struct ErrorAndVerdict
 {
     int error;
-    Said expected;
+    Validation expected;
     const char* name;
 };
 
@@ -270,7 +268,7 @@ std::string NameOf(const testing::TestParamInfo<ErrorAndVerdict>& row)
     return row.param.name;
 }
 
-/// What the system says when something cannot be written.
+/// Errors of the system when something cannot be written.
 const auto writingErrors = testing::Values(
     ErrorAndVerdict{ENOSPC, DiskFull(), "NoSpace"}, ErrorAndVerdict{EDQUOT, DiskFull(), "QuotaUsedUp"},
     ErrorAndVerdict{EROFS, Unwritable(), "ReadOnly"}, ErrorAndVerdict{EPERM, Unwritable(), "NotPermitted"},
@@ -281,27 +279,27 @@ class PathValidationWritingTest : public PathValidationFaultsTest,
 {
 };
 
-TEST_P(PathValidationWritingTest, TellsWhyTheFileCannotBeMade)
+TEST_P(PathValidationWritingTest, GivesTheReasonWhenTheFileCannotBeCreated)
 {
-    Meddling calls;
-    calls.errorOfMaking = GetParam().error;
+    InjectedFaults calls;
+    calls.errorOfCreating = GetParam().error;
 
     EXPECT_EQ(Validate(folder.Path()), GetParam().expected);
     EXPECT_EQ(calls.made.size(), 1U);
 }
 
-TEST_P(PathValidationWritingTest, TellsWhyTheFileCannotBeWrittenAndRemovesIt)
+TEST_P(PathValidationWritingTest, GivesTheReasonWhenTheFileCannotBeWrittenAndRemovesIt)
 {
-    Meddling calls;
+    InjectedFaults calls;
     calls.errorOfWriting = GetParam().error;
 
     EXPECT_EQ(Validate(folder.Path()), GetParam().expected);
     EXPECT_TRUE(folder.Entries().isEmpty());
 }
 
-TEST_P(PathValidationWritingTest, TellsWhyTheFileCannotBeWrittenThoughTheSystemOnlySaysSoWhenItIsClosed)
+TEST_P(PathValidationWritingTest, GivesTheReasonWhenOnlyClosingTheFileReportsTheError)
 {
-    Meddling calls;
+    InjectedFaults calls;
     calls.errorOfClosing = GetParam().error;
 
     EXPECT_EQ(Validate(folder.Path()), GetParam().expected);
@@ -310,9 +308,9 @@ TEST_P(PathValidationWritingTest, TellsWhyTheFileCannotBeWrittenThoughTheSystemO
 
 INSTANTIATE_TEST_SUITE_P(EveryError, PathValidationWritingTest, writingErrors, NameOf);
 
-TEST_F(PathValidationFaultsTest, TellsWhyWritingFailedAndNotWhyClosingDidAfterwards)
+TEST_F(PathValidationFaultsTest, GivesTheReasonOfWritingWhenClosingFailsToo)
 {
-    Meddling calls;
+    InjectedFaults calls;
     calls.errorOfWriting = ENOSPC;
     calls.errorOfClosing = EIO;
 
@@ -321,15 +319,15 @@ TEST_F(PathValidationFaultsTest, TellsWhyWritingFailedAndNotWhyClosingDidAfterwa
 
 TEST_F(PathValidationFaultsTest, RefusesAFolderFromWhichFilesCannotBeRemoved)
 {
-    Meddling calls;
+    InjectedFaults calls;
     calls.errorOfRemoving = EPERM;
 
     EXPECT_EQ(Validate(folder.Path()), Unwritable());
 }
 
-TEST_F(PathValidationFaultsTest, LeavesOneHiddenFileForEveryCheckOfAFolderFromWhichFilesCannotBeRemoved)
+TEST_F(PathValidationFaultsTest, LeavesOneHiddenFileForEachCheckWhenFilesCannotBeRemoved)
 {
-    Meddling calls;
+    InjectedFaults calls;
     calls.errorOfRemoving = EPERM;
 
     Validate(folder.Path());
@@ -343,7 +341,7 @@ TEST_F(PathValidationFaultsTest, LeavesOneHiddenFileForEveryCheckOfAFolderFromWh
     }
 }
 
-/// A folder in which files can be made and not removed, while it lives; made so by chattr.
+/// Lets chattr make a folder append-only while it lives: files in it can be created but not removed.
 class AppendOnly
 {
 public:
@@ -377,9 +375,9 @@ TEST_F(PathValidationFaultsTest, RefusesAnAppendOnlyFolderAndLeavesItsFileThere)
     EXPECT_EQ(folder.Entries().size(), 1);
 }
 
-TEST_F(PathValidationFaultsTest, TellsOfAFullDiskEvenWhenTheFileCannotBeRemoved)
+TEST_F(PathValidationFaultsTest, ReportsAFullDiskEvenWhenTheFileCannotBeRemoved)
 {
-    Meddling calls;
+    InjectedFaults calls;
     calls.errorOfWriting = ENOSPC;
     calls.errorOfRemoving = EPERM;
 
@@ -388,18 +386,17 @@ TEST_F(PathValidationFaultsTest, TellsOfAFullDiskEvenWhenTheFileCannotBeRemoved)
 
 TEST_F(PathValidationFaultsTest, RefusesAFolderThatOpensButCannotBeListed)
 {
-    Meddling calls;
+    InjectedFaults calls;
     calls.errorOfListing = EIO;
 
     EXPECT_EQ(Validate(folder.Path()), Unreadable());
     EXPECT_TRUE(calls.made.empty());
 }
 
-// Network file systems keep an open file that is removed, under another name, and don't tell of errors any
-// more.
-TEST_F(PathValidationFaultsTest, RemovesTheFileOnceItIsClosed)
+// Network file systems keep an open file that is removed under another name, and no longer report its errors.
+TEST_F(PathValidationFaultsTest, RemovesTheFileAfterClosingIt)
 {
-    Meddling calls;
+    InjectedFaults calls;
 
     Validate(folder.Path());
 
@@ -407,18 +404,18 @@ TEST_F(PathValidationFaultsTest, RemovesTheFileOnceItIsClosed)
     EXPECT_FALSE(calls.removesOpenFile);
 }
 
-TEST_F(PathValidationFaultsTest, AcceptsAFolderThatListsNotEvenItself)
+TEST_F(PathValidationFaultsTest, AcceptsAFolderThatListsNoEntriesAtAll)
 {
-    Meddling calls;
+    InjectedFaults calls;
     calls.listsNothing = true;
     errno = EIO;
 
     EXPECT_EQ(Validate(folder.Path()), Valid());
 }
 
-TEST_F(PathValidationFaultsTest, KeepsWhatItOpensFromProgramsThatAreStartedMeanwhile)
+TEST_F(PathValidationFaultsTest, DoesNotLeakDescriptorsIntoStartedPrograms)
 {
-    Meddling calls;
+    InjectedFaults calls;
 
     Validate(folder.Path());
 
@@ -426,9 +423,9 @@ TEST_F(PathValidationFaultsTest, KeepsWhatItOpensFromProgramsThatAreStartedMeanw
     EXPECT_FALSE(calls.leaksIntoPrograms);
 }
 
-TEST_F(PathValidationFaultsTest, RefusesAFolderThatOpensButTakesTooMuchMemoryToList)
+TEST_F(PathValidationFaultsTest, RefusesAFolderWhenThereIsNoMemoryToListIt)
 {
-    Meddling calls;
+    InjectedFaults calls;
     calls.errorOfFdopendir = ENOMEM;
 
     EXPECT_EQ(Validate(folder.Path()), Unreadable());
@@ -440,9 +437,9 @@ class PathValidationDescriptorTest : public PathValidationFaultsTest,
 {
 };
 
-TEST_P(PathValidationDescriptorTest, ClosesWhatItOpened)
+TEST_P(PathValidationDescriptorTest, ClosesItsDescriptors)
 {
-    Meddling calls;
+    InjectedFaults calls;
     calls.*GetParam() = EIO;
     const QStringList before = OpenDescriptors();
 
@@ -451,25 +448,25 @@ TEST_P(PathValidationDescriptorTest, ClosesWhatItOpened)
     EXPECT_EQ(OpenDescriptors(), before);
 }
 
-INSTANTIATE_TEST_SUITE_P(WhateverFails, PathValidationDescriptorTest,
+INSTANTIATE_TEST_SUITE_P(EveryFailure, PathValidationDescriptorTest,
                          testing::Values(&SystemCalls::errorOfNothing, &SystemCalls::errorOfFdopendir,
-                                         &SystemCalls::errorOfListing, &SystemCalls::errorOfMaking,
+                                         &SystemCalls::errorOfListing, &SystemCalls::errorOfCreating,
                                          &SystemCalls::errorOfWriting, &SystemCalls::errorOfRemoving));
 
-/// Runs with a disk of its own mounted on a folder, which nobody else on the machine can see.
+/// Runs a function with a disk mounted on a folder, which no other process can see.
 ///
-/// @return why that cannot be done here; empty when it was done
-std::string OnADiskOfItsOwn(const QString& path, unsigned long flags, const char* options,
-                            const std::function<void()>& run)
+/// @return why this is not possible here; empty if it was done
+std::string RunWithDisk(const QString& path, unsigned long flags, const char* options,
+                        const std::function<void()>& run)
 {
     std::string refusal;
-    // What a thread mounts after it has left the others stays with it, and goes when it ends.
+    // In a mount namespace of its own, a thread's mounts are private to it and end with it.
     std::thread([&] {
         const QByteArray name = QFile::encodeName(path);
         if (::unshare(CLONE_NEWNS) != 0)
-            refusal = "cannot leave the machine's mounts";
+            refusal = "cannot make a mount namespace";
         else if (::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)
-            refusal = "cannot keep mounts private";
+            refusal = "cannot make mounts private";
         else if (::mount("tmpfs", name.constData(), "tmpfs", flags, options) != 0)
             refusal = "cannot mount a disk in memory";
         if (refusal.empty())
@@ -482,48 +479,48 @@ std::string OnADiskOfItsOwn(const QString& path, unsigned long flags, const char
 
 TEST_F(PathValidationFaultsTest, RefusesAReadOnlyMount)
 {
-    const QString disk = folder.MakeFolder(QStringLiteral("disk"));
-    Said said;
+    const QString disk = folder.MakeFolder("disk");
+    Validation validation;
 
-    const std::string refusal = OnADiskOfItsOwn(disk, MS_RDONLY, "", [&] { said = Validate(disk); });
+    const std::string refusal = RunWithDisk(disk, MS_RDONLY, "", [&] { validation = Validate(disk); });
 
     if (!refusal.empty())
         GTEST_SKIP() << refusal;
-    EXPECT_EQ(said, Unwritable());
+    EXPECT_EQ(validation, Unwritable());
 }
 
-TEST_F(PathValidationFaultsTest, TellsAFullDiskThatStillTakesEmptyFiles)
+TEST_F(PathValidationFaultsTest, ReportsAFullDiskThatStillStoresEmptyFiles)
 {
-    const QString disk = folder.MakeFolder(QStringLiteral("disk"));
+    const QString disk = folder.MakeFolder("disk");
     const QString filler = disk + QStringLiteral("/filler");
-    Said said;
+    Validation validation;
     QStringList entries;
 
-    const std::string refusal = OnADiskOfItsOwn(disk, 0, "size=64k", [&] {
+    const std::string refusal = RunWithDisk(disk, 0, "size=64k", [&] {
         QFile file(filler);
         file.open(QIODevice::WriteOnly | QIODevice::Unbuffered);
         while (file.write(QByteArray(4096, 'x')) > 0) {
         }
-        said = Validate(disk);
-        entries = folder.Entries(QStringLiteral("disk"));
+        validation = Validate(disk);
+        entries = folder.Entries("disk");
     });
 
     if (!refusal.empty())
         GTEST_SKIP() << refusal;
-    EXPECT_EQ(said, DiskFull());
+    EXPECT_EQ(validation, DiskFull());
     EXPECT_EQ(entries, QStringList(QStringLiteral("filler")));
 }
 
-TEST_F(PathValidationFaultsTest, TellsAFullDiskThatTakesNoMoreFiles)
+TEST_F(PathValidationFaultsTest, ReportsAFullDiskThatStoresNoMoreFiles)
 {
-    const QString disk = folder.MakeFolder(QStringLiteral("disk"));
-    Said said;
+    const QString disk = folder.MakeFolder("disk");
+    Validation validation;
 
-    const std::string refusal = OnADiskOfItsOwn(disk, 0, "nr_inodes=1", [&] { said = Validate(disk); });
+    const std::string refusal = RunWithDisk(disk, 0, "nr_inodes=1", [&] { validation = Validate(disk); });
 
     if (!refusal.empty())
         GTEST_SKIP() << refusal;
-    EXPECT_EQ(said, DiskFull());
+    EXPECT_EQ(validation, DiskFull());
 }
 
 } // namespace

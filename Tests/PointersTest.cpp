@@ -23,7 +23,7 @@ struct Value
 using Pointer = PropagateConstPtr<Value, UniquePtr>;
 
 static_assert(std::is_same_v<UniquePtr<Value>, std::unique_ptr<Value>>);
-static_assert(sizeof(Pointer) == sizeof(std::unique_ptr<Value>), "nothing beside the pointer");
+static_assert(sizeof(Pointer) == sizeof(std::unique_ptr<Value>), "only the pointer");
 static_assert(!std::is_copy_constructible_v<Pointer> && !std::is_copy_assignable_v<Pointer>);
 static_assert(!std::is_move_constructible_v<Pointer> && !std::is_move_assignable_v<Pointer>);
 
@@ -37,7 +37,7 @@ static_assert(std::is_same_v<decltype(std::declval<const Pointer&>().get()), con
 static_assert(
     std::is_same_v<decltype(PropogateConstCreator<std::unique_ptr<Value>>()()), std::unique_ptr<Value>>);
 
-/// Has no constructor, and lies in memory that held something else before.
+/// Has no constructor, and its memory is filled with other bytes than zero.
 struct Plain
 {
     static void* operator new(std::size_t size)
@@ -73,7 +73,7 @@ struct Special
     int number = 0;
 };
 
-/// Keeps its data out of sight, as the classes do that PropagateConstPtr is for.
+/// Hides its data, as the classes that use PropagateConstPtr do.
 class Hidden
 {
 public:
@@ -118,7 +118,7 @@ struct PropogateConstCreator<std::unique_ptr<Special>>
 
 } // namespace Zendra::details
 
-TEST(PointersTest, MakesItsObjectAtOnce)
+TEST(PointersTest, CreatesItsObject)
 {
     const Pointer pointer;
 
@@ -142,7 +142,7 @@ TEST(PointersTest, TheCreatorValueInitialises)
     EXPECT_EQ(plain->pointer, nullptr);
 }
 
-TEST(PointersTest, TheObjectComesFromTheCreator)
+TEST(PointersTest, UsesTheCreatorForTheObject)
 {
     const PropagateConstPtr<Special, UniquePtr> pointer;
 
@@ -183,7 +183,7 @@ TEST(PointersTest, DeletesItsObject)
     EXPECT_EQ(Counted::alive, 0);
 }
 
-TEST(PointersTest, LetsTheConstructorsExceptionPass)
+TEST(PointersTest, PassesOnAnExceptionOfTheConstructor)
 {
     using FailingPointer = PropagateConstPtr<Failing, UniquePtr>;
 

@@ -1,7 +1,8 @@
-// The library's source, with a validator and an alert box of the test's own in place of the real ones.
+// The library with stand-ins for the validation and the alert box.
 
 #include "Lib/Util/FS/DirectoryUtils.h"
 
+#include "Tests/Support/CurrentFolder.h"
 #include "Tests/Support/LogCapture.h"
 #include "Tests/Support/TempFolder.h"
 #include "Util/AlertBox.h"
@@ -37,7 +38,7 @@ struct Check
     const QString* pathAddress;
     bool hasReason;
     bool reasonWasNull;
-    bool folderWasThere;
+    bool folderExisted;
 };
 
 struct Alert
@@ -50,10 +51,10 @@ struct Alert
     int flags;
 };
 
-/// What the two functions asked of the stand-ins, and what the stand-ins are to do.
-struct Stage
+/// What the stand-ins do, and a log of the calls to them.
+struct StandIns
 {
-    bool verdict = false;
+    bool isValid = false;
     QString reason = QStringLiteral("bad");
     bool checkThrows = false;
     bool boxThrows = false;
@@ -65,17 +66,17 @@ struct Stage
     std::vector<Alert> alerts;
 };
 
-Stage* stage = nullptr;
+StandIns* standIns = nullptr;
 
-/// How often the system was asked to make a folder.
-int folderMakings = 0;
+/// Calls of mkdir().
+int mkdirCalls = 0;
 
 } // namespace
 
-/// Takes the system's place for the whole program.
+/// Replaces the function of the system.
 extern "C" int mkdir(const char* path, mode_t mode)
 {
-    ++folderMakings;
+    ++mkdirCalls;
     return ::mkdirat(AT_FDCWD, path, mode);
 }
 
@@ -83,79 +84,79 @@ namespace Zendra::Util {
 
 bool IsThisPathValid(const QString& path, QString* reason)
 {
-    stage->calls.emplace_back("check");
-    stage->checks.push_back(
+    standIns->calls.emplace_back("check");
+    standIns->checks.push_back(
         {path, &path, reason != nullptr, reason != nullptr && reason->isNull(), QFileInfo(path).isDir()});
-    if (stage->checkThrows)
+    if (standIns->checkThrows)
         throw std::runtime_error("check");
     if (reason != nullptr)
-        *reason = stage->reason;
-    return stage->verdict;
+        *reason = standIns->reason;
+    return standIns->isValid;
 }
 
 AlertBox::AlertBox(Level level, const QString& title, const QString& text,
                    QFlags<QMessageBox::StandardButton> buttons, QWidget* parent, QFlags<Qt::WindowType> flags)
 {
-    stage->calls.emplace_back("box");
-    stage->alerts.push_back(
+    standIns->calls.emplace_back("box");
+    standIns->alerts.push_back(
         {static_cast<int>(level), title, text, static_cast<int>(buttons), parent, static_cast<int>(flags)});
-    if (stage->boxThrows)
+    if (standIns->boxThrows)
         throw std::runtime_error("box");
 }
 
 AlertBox::~AlertBox()
 {
-    stage->calls.emplace_back("gone");
+    standIns->calls.emplace_back("destroyed");
 }
 
 QMessageBox::StandardButton AlertBox::Exec()
 {
-    stage->calls.emplace_back("exec");
-    if (stage->execThrows)
+    standIns->calls.emplace_back("exec");
+    if (standIns->execThrows)
         throw std::runtime_error("exec");
-    return stage->pressed;
+    return standIns->pressed;
 }
 
 } // namespace Zendra::Util
 
 namespace {
 
-/// Both functions end in the same check.
+/// Both functions end with the same check.
 class AlertOfBothTest : public testing::TestWithParam<bool (*)(const QString&, QWidget*)>
 {
 protected:
-    AlertOfBothTest() { stage = &script; }
-    ~AlertOfBothTest() override { stage = nullptr; }
+    AlertOfBothTest() { standIns = &script; }
+    ~AlertOfBothTest() override { standIns = nullptr; }
 
     bool Run(const QString& path, QWidget* parent = nullptr) const { return GetParam()(path, parent); }
 
     const Tests::TempFolder folder;
-    Stage script;
+    StandIns script;
 };
 
 INSTANTIATE_TEST_SUITE_P(Functions, AlertOfBothTest,
                          testing::Values(&CheckPathAndAnnoyUserIfInvalid, &PrepareFolder),
                          [](const auto& function) { return function.index == 0 ? "Check" : "Prepare"; });
 
-TEST_P(AlertOfBothTest, AsksOnceAndShowsNothingWhenThePathIsGood)
+TEST_P(AlertOfBothTest, ChecksOnceAndShowsNothingWhenThePathIsValid)
 {
-    script.verdict = true;
+    script.isValid = true;
 
     EXPECT_TRUE(Run(folder.Path()));
 
     EXPECT_THAT(script.calls, ElementsAre("check"));
 }
 
-TEST_P(AlertOfBothTest, AsksOnceThenShowsOneAlertAndDestroysItBeforeItReturns)
+TEST_P(AlertOfBothTest, ChecksOnceThenShowsOneAlertAndDestroysIt)
 {
     EXPECT_FALSE(Run(folder.Path()));
 
-    EXPECT_THAT(script.calls, ElementsAre("check", "box", "exec", "gone"));
+    EXPECT_THAT(script.calls, ElementsAre("check", "box", "exec", "destroyed"));
 }
 
-TEST_P(AlertOfBothTest, ChecksThePathAsItWasGiven)
+TEST_P(AlertOfBothTest, PassesThePathUnchangedToTheCheck)
 {
-    script.verdict = true;
+    script.isValid = true;
     const QString path = folder.Path() + QStringLiteral("//.//../") + QFileInfo(folder.Path()).fileName()
                          + QStringLiteral("/ ");
 
@@ -166,7 +167,7 @@ TEST_P(AlertOfBothTest, ChecksThePathAsItWasGiven)
     EXPECT_EQ(script.checks[0].pathAddress, &path);
 }
 
-TEST_P(AlertOfBothTest, GivesTheCheckANullTextForItsReason)
+TEST_P(AlertOfBothTest, PassesANullTextForTheReason)
 {
     EXPECT_FALSE(Run(folder.Path()));
 
@@ -175,7 +176,7 @@ TEST_P(AlertOfBothTest, GivesTheCheckANullTextForItsReason)
     EXPECT_TRUE(script.checks[0].reasonWasNull);
 }
 
-TEST_P(AlertOfBothTest, MakesTheAlertAsDescribed)
+TEST_P(AlertOfBothTest, PassesTheDocumentedArgumentsToTheAlert)
 {
     QWidget window;
 
@@ -190,7 +191,7 @@ TEST_P(AlertOfBothTest, MakesTheAlertAsDescribed)
     EXPECT_EQ(script.alerts[0].flags, 0x103);
 }
 
-TEST_P(AlertOfBothTest, TakesNoParent)
+TEST_P(AlertOfBothTest, AcceptsNoParent)
 {
     EXPECT_FALSE(Run(folder.Path(), nullptr));
 
@@ -207,7 +208,7 @@ TEST_P(AlertOfBothTest, ReturnsFalseWhateverTheUserPressed)
     }
 }
 
-TEST_P(AlertOfBothTest, PassesOnWhatTheCheckThrows)
+TEST_P(AlertOfBothTest, PassesOnAnExceptionOfTheCheck)
 {
     script.checkThrows = true;
 
@@ -216,16 +217,16 @@ TEST_P(AlertOfBothTest, PassesOnWhatTheCheckThrows)
     EXPECT_THAT(script.calls, ElementsAre("check"));
 }
 
-TEST_P(AlertOfBothTest, PassesOnWhatTheAlertThrows)
+TEST_P(AlertOfBothTest, PassesOnAnExceptionOfTheAlert)
 {
     script.execThrows = true;
 
     EXPECT_THROW(Run(folder.Path()), std::runtime_error);
 
-    EXPECT_THAT(script.calls, ElementsAre("check", "box", "exec", "gone"));
+    EXPECT_THAT(script.calls, ElementsAre("check", "box", "exec", "destroyed"));
 }
 
-TEST_P(AlertOfBothTest, PassesOnWhatMakingTheAlertThrows)
+TEST_P(AlertOfBothTest, PassesOnAnExceptionOfTheAlertsConstructor)
 {
     script.boxThrows = true;
 
@@ -238,9 +239,9 @@ TEST_P(AlertOfBothTest, LogsNothing)
 {
     const Tests::LogCapture log;
 
-    EXPECT_FALSE(Run(folder.Path(QStringLiteral("output"))));
-    script.verdict = true;
-    EXPECT_TRUE(Run(folder.Path(QStringLiteral("other"))));
+    EXPECT_FALSE(Run(folder.Path("output")));
+    script.isValid = true;
+    EXPECT_TRUE(Run(folder.Path("other")));
 
     EXPECT_THAT(log.Messages(), IsEmpty());
 }
@@ -248,63 +249,56 @@ TEST_P(AlertOfBothTest, LogsNothing)
 class AlertTextTest : public testing::Test
 {
 protected:
-    AlertTextTest() { stage = &script; }
-    ~AlertTextTest() override { stage = nullptr; }
+    AlertTextTest() { standIns = &script; }
+    ~AlertTextTest() override { standIns = nullptr; }
 
-    Stage script;
+    StandIns script;
 };
 
 struct TextRule
 {
     std::string name;
-    QString reason;
-    QString path;
-    QString text;
+    std::string reason;
+    std::string path;
+    std::string text;
 };
 
 void PrintTo(const TextRule& rule, std::ostream* stream)
 {
-    *stream << rule.text.toStdString();
+    *stream << rule.text;
 }
 
-class AlertTextRules : public AlertTextTest, public testing::WithParamInterface<TextRule>
+class AlertTextRuleTest : public AlertTextTest, public testing::WithParamInterface<TextRule>
 {
 };
 
-TEST_P(AlertTextRules, FillInTheReasonAndThenThePath)
+TEST_P(AlertTextRuleTest, FillsInTheReasonAndThenThePath)
 {
-    script.reason = GetParam().reason;
+    script.reason = QString::fromStdString(GetParam().reason);
 
-    EXPECT_FALSE(CheckPathAndAnnoyUserIfInvalid(GetParam().path, nullptr));
+    EXPECT_FALSE(CheckPathAndAnnoyUserIfInvalid(QString::fromStdString(GetParam().path), nullptr));
 
     ASSERT_EQ(script.alerts.size(), 1U);
-    EXPECT_EQ(script.alerts[0].text, GetParam().text);
+    EXPECT_EQ(script.alerts[0].text.toStdString(), GetParam().text);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Texts, AlertTextRules,
-    testing::ValuesIn(std::vector<TextRule>{
-        {"APlainReason", QStringLiteral("Not there"), QStringLiteral("/a"), QStringLiteral("Not there: /a")},
-        {"NoReason", QString(), QStringLiteral("/a"), QStringLiteral(": /a")},
-        {"NoPath", QStringLiteral("Not there"), QString(), QStringLiteral("Not there: ")},
-        {"APercentSign", QStringLiteral("100 % full"), QStringLiteral("/a%"),
-         QStringLiteral("100 % full: /a%")},
-        {"AMarkerInThePathStays", QStringLiteral("bad"), QStringLiteral("/%1%2%3"),
-         QStringLiteral("bad: /%1%2%3")},
-        {"AMarkerInTheReasonTakesThePath", QStringLiteral("bad %1"), QStringLiteral("/a"),
-         QStringLiteral("bad /a: %2")},
-        {"TheSecondMarkerInTheReasonTakesItToo", QStringLiteral("bad %2"), QStringLiteral("/a"),
-         QStringLiteral("bad /a: /a")},
-        {"AThirdMarkerInTheReasonStays", QStringLiteral("bad %3"), QStringLiteral("/a"),
-         QStringLiteral("bad %3: /a")},
-        {"Markup", QStringLiteral("<b>bad</b>"), QStringLiteral("/<i>&amp;"),
-         QStringLiteral("<b>bad</b>: /<i>&amp;")},
-        {"LineBreaksAndOtherScripts", QStringLiteral("schlecht\n\u00fc"), QStringLiteral("/\u6587\n"),
-         QStringLiteral("schlecht\n\u00fc: /\u6587\n")},
-    }),
-    [](const auto& rule) { return rule.param.name; });
+INSTANTIATE_TEST_SUITE_P(Texts, AlertTextRuleTest,
+                         testing::ValuesIn(std::vector<TextRule>{
+                             {"APlainReason", "Not there", "/a", "Not there: /a"},
+                             {"NoReason", "", "/a", ": /a"},
+                             {"NoPath", "Not there", "", "Not there: "},
+                             {"APercentSign", "100 % full", "/a%", "100 % full: /a%"},
+                             {"AMarkerInThePathIsKept", "bad", "/%1%2%3", "bad: /%1%2%3"},
+                             {"AMarkerInTheReasonIsReplacedByThePath", "bad %1", "/a", "bad /a: %2"},
+                             {"TheSecondMarkerInTheReasonIsReplacedToo", "bad %2", "/a", "bad /a: /a"},
+                             {"AThirdMarkerInTheReasonIsKept", "bad %3", "/a", "bad %3: /a"},
+                             {"Markup", "<b>bad</b>", "/<i>&amp;", "<b>bad</b>: /<i>&amp;"},
+                             {"LineBreaksAndOtherScripts", "schlecht\n\u00fc", "/\u6587\n",
+                              "schlecht\n\u00fc: /\u6587\n"},
+                         }),
+                         [](const auto& rule) { return rule.param.name; });
 
-/// Notes how it is asked for the alert's text.
+/// Records how the alert's text is looked up.
 class Translator : public QTranslator
 {
 public:
@@ -323,7 +317,7 @@ public:
     mutable bool plain = true;
 };
 
-TEST_F(AlertTextTest, TranslatesItsTextInItsOwnContext)
+TEST_F(AlertTextTest, IsTranslatedInItsOwnContext)
 {
     Translator translator;
     ASSERT_TRUE(QCoreApplication::installTranslator(&translator));
@@ -336,11 +330,11 @@ TEST_F(AlertTextTest, TranslatesItsTextInItsOwnContext)
     EXPECT_EQ(script.alerts[0].text, QStringLiteral("</a|bad>"));
 }
 
-TEST_F(AlertTextTest, IsNotAskedForWhenThePathIsGood)
+TEST_F(AlertTextTest, IsNotLookedUpWhenThePathIsValid)
 {
     Translator translator;
     ASSERT_TRUE(QCoreApplication::installTranslator(&translator));
-    script.verdict = true;
+    script.isValid = true;
 
     EXPECT_TRUE(CheckPathAndAnnoyUserIfInvalid(QStringLiteral("/a"), nullptr));
 
@@ -348,95 +342,92 @@ TEST_F(AlertTextTest, IsNotAskedForWhenThePathIsGood)
     EXPECT_THAT(script.alerts, IsEmpty());
 }
 
-class FolderMakingTest : public AlertTextTest
+class CreateFolderTest : public AlertTextTest
 {
 protected:
     const Tests::TempFolder folder;
 };
 
-TEST_F(FolderMakingTest, ComesBeforeTheCheck)
+TEST_F(CreateFolderTest, CreatesTheFolderBeforeTheCheck)
 {
-    script.verdict = true;
+    script.isValid = true;
 
-    EXPECT_TRUE(PrepareFolder(folder.Path(QStringLiteral("one/two")), nullptr));
+    EXPECT_TRUE(PrepareFolder(folder.Path("one/two"), nullptr));
 
     ASSERT_EQ(script.checks.size(), 1U);
-    EXPECT_TRUE(script.checks[0].folderWasThere);
+    EXPECT_TRUE(script.checks[0].folderExisted);
 }
 
-TEST_F(FolderMakingTest, StaysDoneWhenTheCheckRefusesTheFolder)
+TEST_F(CreateFolderTest, KeepsTheFolderWhenTheCheckRefusesIt)
 {
-    EXPECT_FALSE(PrepareFolder(folder.Path(QStringLiteral("one/two")), nullptr));
+    EXPECT_FALSE(PrepareFolder(folder.Path("one/two"), nullptr));
 
     EXPECT_EQ(script.alerts.size(), 1U);
-    EXPECT_TRUE(QFileInfo(folder.Path(QStringLiteral("one/two"))).isDir());
+    EXPECT_TRUE(QFileInfo(folder.Path("one/two")).isDir());
 }
 
-TEST_F(FolderMakingTest, StaysDoneWhenTheCheckThrows)
+TEST_F(CreateFolderTest, KeepsTheFolderWhenTheCheckThrows)
 {
     script.checkThrows = true;
 
-    EXPECT_THROW(PrepareFolder(folder.Path(QStringLiteral("one/two")), nullptr), std::runtime_error);
+    EXPECT_THROW(PrepareFolder(folder.Path("one/two"), nullptr), std::runtime_error);
 
-    EXPECT_TRUE(QFileInfo(folder.Path(QStringLiteral("one/two"))).isDir());
+    EXPECT_TRUE(QFileInfo(folder.Path("one/two")).isDir());
 }
 
-TEST_F(FolderMakingTest, MayFailAsFarAsTheResultGoes)
+TEST_F(CreateFolderTest, IgnoresAFailureWhenTheCheckSucceeds)
 {
-    folder.Write(QStringLiteral("file"));
-    script.verdict = true;
+    folder.Write("file");
+    script.isValid = true;
 
-    EXPECT_TRUE(PrepareFolder(folder.Path(QStringLiteral("file/output")), nullptr));
+    EXPECT_TRUE(PrepareFolder(folder.Path("file/output"), nullptr));
 
     EXPECT_THAT(script.calls, ElementsAre("check"));
-    EXPECT_FALSE(script.checks[0].folderWasThere);
+    EXPECT_FALSE(script.checks[0].folderExisted);
 }
 
-TEST_F(FolderMakingTest, ChecksTheTextOfThePathAndNotWhatItCleansUpTo)
+TEST_F(CreateFolderTest, PassesThePathToTheCheckWithoutCleaningIt)
 {
-    script.verdict = true;
+    script.isValid = true;
     const QString path = folder.Path() + QStringLiteral("//one/./two//");
 
     EXPECT_TRUE(PrepareFolder(path, nullptr));
 
     ASSERT_EQ(script.checks.size(), 1U);
     EXPECT_EQ(script.checks[0].path, path);
-    EXPECT_TRUE(QFileInfo(folder.Path(QStringLiteral("one/two"))).isDir());
+    EXPECT_TRUE(QFileInfo(folder.Path("one/two")).isDir());
 }
 
-TEST_F(FolderMakingTest, IsNoPartOfTheCheckAlone)
+TEST_F(CreateFolderTest, CreatesNoFolderForTheCheckAlone)
 {
-    script.verdict = true;
+    script.isValid = true;
 
-    EXPECT_TRUE(CheckPathAndAnnoyUserIfInvalid(folder.Path(QStringLiteral("one")), nullptr));
+    EXPECT_TRUE(CheckPathAndAnnoyUserIfInvalid(folder.Path("one"), nullptr));
 
     EXPECT_EQ(folder.Entries(), QStringList());
 }
 
-TEST_F(FolderMakingTest, IsNotTriedWhenTheFolderIsThere)
+TEST_F(CreateFolderTest, DoesNotCallMkdirWhenTheFolderExists)
 {
-    folderMakings = 0;
-    PrepareFolder(folder.Path(QStringLiteral("one")), nullptr);
-    if (folderMakings == 0)
-        GTEST_SKIP() << "the system's function cannot be replaced here";
+    mkdirCalls = 0;
+    PrepareFolder(folder.Path("one"), nullptr);
+    if (mkdirCalls == 0)
+        GTEST_SKIP() << "a function of the system cannot be replaced here";
 
-    folderMakings = 0;
-    PrepareFolder(folder.Path(QStringLiteral("one")), nullptr);
+    mkdirCalls = 0;
+    PrepareFolder(folder.Path("one"), nullptr);
     PrepareFolder(QString(), nullptr);
 
-    EXPECT_EQ(folderMakings, 0);
+    EXPECT_EQ(mkdirCalls, 0);
 }
 
-TEST_F(FolderMakingTest, MakesNothingForAnEmptyPath)
+TEST_F(CreateFolderTest, MakesNothingForAnEmptyPath)
 {
-    script.verdict = true;
-    const QString before = QDir::currentPath();
-    ASSERT_TRUE(QDir::setCurrent(folder.Path()));
+    script.isValid = true;
+    const Tests::CurrentFolder current(folder.Path());
 
-    const bool usable = PrepareFolder(QString(), nullptr);
-    ASSERT_TRUE(QDir::setCurrent(before));
+    EXPECT_TRUE(PrepareFolder(QString(), nullptr));
 
-    EXPECT_TRUE(usable);
     EXPECT_EQ(folder.Entries(), QStringList());
     ASSERT_EQ(script.checks.size(), 1U);
     EXPECT_TRUE(script.checks[0].path.isNull());

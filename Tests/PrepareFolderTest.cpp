@@ -1,5 +1,6 @@
 #include "Lib/Util/FS/DirectoryUtils.h"
 
+#include "Tests/Support/CurrentFolder.h"
 #include "Tests/Support/TempFolder.h"
 #include "Tests/Support/Unprivileged.h"
 #include "Util/PathValidation.h"
@@ -19,12 +20,13 @@
 
 namespace {
 
+using Tests::CurrentFolder;
 using Tests::TempFolder;
 using Tests::Unprivileged;
 using Zendra::LW::CheckPathAndAnnoyUserIfInvalid;
 using Zendra::LW::PrepareFolder;
 
-/// Stands in for the user: notes every alert that comes up, and closes it.
+/// Records every alert that is shown, and closes it as a user would.
 class User : public QObject
 {
 public:
@@ -56,12 +58,18 @@ public:
     };
 };
 
-QString ReasonAgainst(const QString& path)
+QString ReasonToRefuse(const QString& path)
 {
     QString reason;
     EXPECT_FALSE(Zendra::Util::IsThisPathValid(path, &reason));
     EXPECT_FALSE(reason.isEmpty());
     return reason;
+}
+
+/// The text of the alert for a folder.
+QString AlertText(const QString& path)
+{
+    return ReasonToRefuse(path) + QStringLiteral(": ") + path;
 }
 
 class PrepareFolderTest : public testing::Test
@@ -71,20 +79,20 @@ protected:
     User user;
 };
 
-TEST_F(PrepareFolderTest, LeavesAGoodFolderAsItIs)
+TEST_F(PrepareFolderTest, DoesNotChangeAValidFolder)
 {
-    const QString path = folder.MakeFolder(QStringLiteral("output"));
+    const QString path = folder.MakeFolder("output");
 
     EXPECT_TRUE(PrepareFolder(path, nullptr));
 
     EXPECT_TRUE(user.alerts.empty());
     EXPECT_EQ(folder.Entries(), QStringList(QStringLiteral("output")));
-    EXPECT_EQ(folder.Entries(QStringLiteral("output")), QStringList());
+    EXPECT_EQ(folder.Entries("output"), QStringList());
 }
 
-TEST_F(PrepareFolderTest, MakesTheFolder)
+TEST_F(PrepareFolderTest, CreatesTheFolder)
 {
-    const QString path = folder.Path(QStringLiteral("output"));
+    const QString path = folder.Path("output");
 
     EXPECT_TRUE(PrepareFolder(path, nullptr));
 
@@ -92,9 +100,9 @@ TEST_F(PrepareFolderTest, MakesTheFolder)
     EXPECT_TRUE(QFileInfo(path).isDir());
 }
 
-TEST_F(PrepareFolderTest, MakesEveryMissingFolderAboveIt)
+TEST_F(PrepareFolderTest, CreatesEveryMissingParent)
 {
-    const QString path = folder.Path(QStringLiteral("films & sound/<b>2026</b>/\u00e4 \u20ac"));
+    const QString path = folder.Path("films & sound/<b>2026</b>/\u00e4 \u20ac");
 
     EXPECT_TRUE(PrepareFolder(path, nullptr));
 
@@ -102,22 +110,19 @@ TEST_F(PrepareFolderTest, MakesEveryMissingFolderAboveIt)
     EXPECT_TRUE(QFileInfo(path).isDir());
 }
 
-TEST_F(PrepareFolderTest, MakesAFolderRelativeToTheCurrentOne)
+TEST_F(PrepareFolderTest, CreatesAFolderRelativeToTheCurrentOne)
 {
-    const QString before = QDir::currentPath();
-    ASSERT_TRUE(QDir::setCurrent(folder.Path()));
+    const CurrentFolder current(folder.Path());
 
-    const bool usable = PrepareFolder(QStringLiteral("one/two/"), nullptr);
-    ASSERT_TRUE(QDir::setCurrent(before));
+    EXPECT_TRUE(PrepareFolder(QStringLiteral("one/two/"), nullptr));
 
-    EXPECT_TRUE(usable);
-    EXPECT_TRUE(QFileInfo(folder.Path(QStringLiteral("one/two"))).isDir());
+    EXPECT_TRUE(QFileInfo(folder.Path("one/two")).isDir());
 }
 
-TEST_F(PrepareFolderTest, TakesALinkToAFolder)
+TEST_F(PrepareFolderTest, AcceptsALinkToAFolder)
 {
-    folder.MakeFolder(QStringLiteral("output"));
-    const QString link = folder.Link(QStringLiteral("output"), QStringLiteral("link"));
+    folder.MakeFolder("output");
+    const QString link = folder.Link("output", "link");
 
     EXPECT_TRUE(PrepareFolder(link, nullptr));
 
@@ -126,156 +131,153 @@ TEST_F(PrepareFolderTest, TakesALinkToAFolder)
 
 TEST_F(PrepareFolderTest, MakesNothingForAnEmptyPath)
 {
-    const QString before = QDir::currentPath();
-    ASSERT_TRUE(QDir::setCurrent(folder.Path()));
+    const CurrentFolder current(folder.Path());
 
-    const bool usable = PrepareFolder(QString(), nullptr);
-    ASSERT_TRUE(QDir::setCurrent(before));
+    EXPECT_FALSE(PrepareFolder(QString(), nullptr));
 
-    EXPECT_FALSE(usable);
     ASSERT_EQ(user.alerts.size(), 1U);
-    EXPECT_EQ(user.alerts[0].text, ReasonAgainst(QString()) + QStringLiteral(": "));
+    EXPECT_EQ(user.alerts[0].text, AlertText(QString()));
     EXPECT_EQ(folder.Entries(), QStringList());
 }
 
-TEST_F(PrepareFolderTest, SaysWhyAFolderCannotBeMade)
+TEST_F(PrepareFolderTest, GivesTheReasonWhenAFolderCannotBeCreated)
 {
-    folder.Write(QStringLiteral("file"));
-    const QString path = folder.Path(QStringLiteral("file/output"));
+    folder.Write("file");
+    const QString path = folder.Path("file/output");
 
     EXPECT_FALSE(PrepareFolder(path, nullptr));
 
     ASSERT_EQ(user.alerts.size(), 1U);
-    EXPECT_EQ(user.alerts[0].text, ReasonAgainst(path) + QStringLiteral(": ") + path);
+    EXPECT_EQ(user.alerts[0].text, AlertText(path));
 }
 
-TEST_F(PrepareFolderTest, SaysThatAFileIsInTheWay)
+TEST_F(PrepareFolderTest, GivesTheReasonWhenThePathIsAFile)
 {
-    const QString path = folder.Write(QStringLiteral("file"), QByteArray("kept"));
+    const QString path = folder.Write("file", QByteArray("kept"));
 
     EXPECT_FALSE(PrepareFolder(path, nullptr));
 
     ASSERT_EQ(user.alerts.size(), 1U);
-    EXPECT_EQ(user.alerts[0].text, ReasonAgainst(path) + QStringLiteral(": ") + path);
+    EXPECT_EQ(user.alerts[0].text, AlertText(path));
     EXPECT_EQ(QFileInfo(path).size(), 4);
 }
 
-TEST_F(PrepareFolderTest, SaysThatALinkLeadsNowhere)
+TEST_F(PrepareFolderTest, GivesTheReasonWhenThePathIsADanglingLink)
 {
-    const QString path = folder.Link(QStringLiteral("none"), QStringLiteral("link"));
+    const QString path = folder.Link("none", "link");
 
     EXPECT_FALSE(PrepareFolder(path, nullptr));
 
     ASSERT_EQ(user.alerts.size(), 1U);
-    EXPECT_EQ(user.alerts[0].text, ReasonAgainst(path) + QStringLiteral(": ") + path);
+    EXPECT_EQ(user.alerts[0].text, AlertText(path));
     EXPECT_EQ(folder.Entries(), QStringList(QStringLiteral("link")));
 }
 
-TEST_F(PrepareFolderTest, SaysThatTheFolderAboveMayNotBeWrittenTo)
+TEST_F(PrepareFolderTest, GivesTheReasonWhenTheParentMayNotBeWrittenTo)
 {
-    folder.MakeFolder(QStringLiteral("closed"));
-    folder.SetPermissions(QString(), 0755);
-    folder.SetPermissions(QStringLiteral("closed"), 0555);
-    const QString path = folder.Path(QStringLiteral("closed/output"));
+    folder.MakeFolder("closed");
+    folder.SetPermissions("", 0755);
+    folder.SetPermissions("closed", 0555);
+    const QString path = folder.Path("closed/output");
 
     const Unprivileged rights;
     EXPECT_FALSE(PrepareFolder(path, nullptr));
 
     ASSERT_EQ(user.alerts.size(), 1U);
-    EXPECT_EQ(user.alerts[0].text, ReasonAgainst(path) + QStringLiteral(": ") + path);
+    EXPECT_EQ(user.alerts[0].text, AlertText(path));
 }
 
-TEST_F(PrepareFolderTest, SaysThatTheFolderMayNotBeWrittenTo)
+TEST_F(PrepareFolderTest, GivesTheReasonWhenTheFolderMayNotBeWrittenTo)
 {
-    const QString path = folder.MakeFolder(QStringLiteral("closed"));
-    folder.SetPermissions(QString(), 0755);
-    folder.SetPermissions(QStringLiteral("closed"), 0555);
+    const QString path = folder.MakeFolder("closed");
+    folder.SetPermissions("", 0755);
+    folder.SetPermissions("closed", 0555);
 
     const Unprivileged rights;
     EXPECT_FALSE(PrepareFolder(path, nullptr));
 
     ASSERT_EQ(user.alerts.size(), 1U);
-    EXPECT_EQ(user.alerts[0].text, ReasonAgainst(path) + QStringLiteral(": ") + path);
+    EXPECT_EQ(user.alerts[0].text, AlertText(path));
 }
 
 class CheckPathTest : public PrepareFolderTest
 {
 };
 
-TEST_F(CheckPathTest, TakesAGoodFolderInSilence)
+TEST_F(CheckPathTest, ShowsNothingForAValidFolder)
 {
     EXPECT_TRUE(CheckPathAndAnnoyUserIfInvalid(folder.Path(), nullptr));
 
     EXPECT_TRUE(user.alerts.empty());
 }
 
-TEST_F(CheckPathTest, MakesNoFolder)
+TEST_F(CheckPathTest, CreatesNoFolder)
 {
-    EXPECT_FALSE(CheckPathAndAnnoyUserIfInvalid(folder.Path(QStringLiteral("none")), nullptr));
+    EXPECT_FALSE(CheckPathAndAnnoyUserIfInvalid(folder.Path("none"), nullptr));
 
     EXPECT_EQ(user.alerts.size(), 1U);
     EXPECT_EQ(folder.Entries(), QStringList());
 }
 
-TEST_F(CheckPathTest, ShowsOneAlertWithNothingButAnOkButton)
+TEST_F(CheckPathTest, ShowsOneAlertWithOnlyAnOkButton)
 {
-    const QString path = folder.Path(QStringLiteral("<b>none</b> &amp; %1"));
+    const QString path = folder.Path("<b>none</b> &amp; %1");
 
     EXPECT_FALSE(CheckPathAndAnnoyUserIfInvalid(path, nullptr));
 
     ASSERT_EQ(user.alerts.size(), 1U);
     EXPECT_EQ(user.alerts[0].title, QString());
-    EXPECT_EQ(user.alerts[0].text, ReasonAgainst(path) + QStringLiteral(": ") + path);
+    EXPECT_EQ(user.alerts[0].text, AlertText(path));
     EXPECT_EQ(user.alerts[0].buttons, QMessageBox::Ok);
     EXPECT_EQ(user.alerts[0].parent, nullptr);
 }
 
-TEST_F(CheckPathTest, GivesTheAlertToItsParent)
+TEST_F(CheckPathTest, PassesTheParentToTheAlert)
 {
     QWidget window;
 
-    EXPECT_FALSE(CheckPathAndAnnoyUserIfInvalid(folder.Path(QStringLiteral("none")), &window));
-    EXPECT_FALSE(PrepareFolder(folder.Write(QStringLiteral("file")), &window));
+    EXPECT_FALSE(CheckPathAndAnnoyUserIfInvalid(folder.Path("none"), &window));
+    EXPECT_FALSE(PrepareFolder(folder.Write("file"), &window));
 
     ASSERT_EQ(user.alerts.size(), 2U);
     EXPECT_EQ(user.alerts[0].parent, &window);
     EXPECT_EQ(user.alerts[1].parent, &window);
 }
 
-TEST_F(CheckPathTest, LeavesNoAlertBehind)
+TEST_F(CheckPathTest, DestroysTheAlert)
 {
     QWidget window;
 
-    EXPECT_FALSE(CheckPathAndAnnoyUserIfInvalid(folder.Path(QStringLiteral("none")), &window));
+    EXPECT_FALSE(CheckPathAndAnnoyUserIfInvalid(folder.Path("none"), &window));
 
     ASSERT_EQ(user.alerts.size(), 1U);
     EXPECT_TRUE(user.alerts[0].box.isNull());
     EXPECT_TRUE(window.children().isEmpty());
 }
 
-TEST_F(CheckPathTest, SurvivesAParentThatGoesWhileTheAlertIsShown)
+TEST_F(CheckPathTest, SurvivesAParentThatIsDeletedWhileTheAlertIsShown)
 {
     QPointer<QWidget> window = new QWidget;
     user.answer = [&](QMessageBox*) { delete window; };
 
-    EXPECT_FALSE(CheckPathAndAnnoyUserIfInvalid(folder.Path(QStringLiteral("none")), window));
+    EXPECT_FALSE(CheckPathAndAnnoyUserIfInvalid(folder.Path("none"), window));
 
     EXPECT_TRUE(window.isNull());
     ASSERT_EQ(user.alerts.size(), 1U);
     EXPECT_TRUE(user.alerts[0].box.isNull());
 }
 
-TEST_F(CheckPathTest, CountsADismissedAlertAsARefusalToo)
+TEST_F(CheckPathTest, ReturnsFalseAlsoWhenTheAlertIsDismissed)
 {
     user.answer = [](QMessageBox* box) { box->reject(); };
 
-    EXPECT_FALSE(CheckPathAndAnnoyUserIfInvalid(folder.Path(QStringLiteral("none")), nullptr));
+    EXPECT_FALSE(CheckPathAndAnnoyUserIfInvalid(folder.Path("none"), nullptr));
 
     EXPECT_EQ(user.alerts.size(), 1U);
 }
 
-/// Turns the alert's text around, as a language might.
-class TurnedAround : public QTranslator
+/// A translation that swaps the parts of the alert's text.
+class SwappedParts : public QTranslator
 {
 public:
     bool isEmpty() const override { return false; }
@@ -287,16 +289,16 @@ public:
     }
 };
 
-TEST_F(CheckPathTest, ShowsTheTranslation)
+TEST_F(CheckPathTest, ShowsTheTranslatedText)
 {
-    TurnedAround translator;
+    SwappedParts translator;
     ASSERT_TRUE(QCoreApplication::installTranslator(&translator));
-    const QString path = folder.Path(QStringLiteral("none"));
+    const QString path = folder.Path("none");
 
     EXPECT_FALSE(CheckPathAndAnnoyUserIfInvalid(path, nullptr));
 
     ASSERT_EQ(user.alerts.size(), 1U);
-    EXPECT_EQ(user.alerts[0].text, path + QStringLiteral(" (") + ReasonAgainst(path) + QStringLiteral(")"));
+    EXPECT_EQ(user.alerts[0].text, path + QStringLiteral(" (") + ReasonToRefuse(path) + QStringLiteral(")"));
 }
 
 } // namespace

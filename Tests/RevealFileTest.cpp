@@ -22,15 +22,15 @@ using Zendra::Util::RevealFile;
 namespace {
 
 constexpr std::chrono::milliseconds shortLimit{100};
-/// The time that must have passed at least: timers are in whole milliseconds.
+/// The shortest possible wait: timers count whole milliseconds.
 constexpr std::chrono::milliseconds nearlyShortLimit{90};
 constexpr std::chrono::hours longLimit{1};
 
-/// The part that asks the browser, with a limit of the test's own.
+/// RevealFile() asks the browser, here with a time limit of the test's own.
 class RevealFileTest : public Tests::SessionBusFixture
 {
 protected:
-    /// How long the caller was held.
+    /// The time that the call took.
     std::chrono::milliseconds TimeToReveal(std::chrono::milliseconds limit)
     {
         QElapsedTimer clock;
@@ -41,7 +41,7 @@ protected:
 
     void StartFakeBus(FakeBus::Behaviour behaviour)
     {
-        fakeBus = std::make_unique<FakeBus>(working.Path(QStringLiteral("fake")), behaviour);
+        fakeBus = std::make_unique<FakeBus>(working.Path("fake"), behaviour);
         environment.Set("DBUS_SESSION_BUS_ADDRESS", fakeBus->Address());
     }
 
@@ -53,11 +53,11 @@ TEST_F(RevealFileTest, WaitsForTheLimitWhenTheBrowserNeverAnswers)
 {
     StartBrowser("keeps-silent");
 
-    const std::chrono::milliseconds held = TimeToReveal(shortLimit);
+    const std::chrono::milliseconds waited = TimeToReveal(shortLimit);
 
     EXPECT_FALSE(revealed);
-    EXPECT_GE(held, nearlyShortLimit);
-    EXPECT_LT(held, slack);
+    EXPECT_GE(waited, nearlyShortLimit);
+    EXPECT_LT(waited, slack);
 }
 
 TEST_F(RevealFileTest, WaitsForTheLimitWhenTheBusNeverAnswers)
@@ -65,34 +65,34 @@ TEST_F(RevealFileTest, WaitsForTheLimitWhenTheBusNeverAnswers)
     StartBrowser("answers");
     bus->Freeze();
 
-    const std::chrono::milliseconds held = TimeToReveal(shortLimit);
+    const std::chrono::milliseconds waited = TimeToReveal(shortLimit);
 
     EXPECT_FALSE(revealed);
-    EXPECT_GE(held, nearlyShortLimit);
-    EXPECT_LT(held, slack);
+    EXPECT_GE(waited, nearlyShortLimit);
+    EXPECT_LT(waited, slack);
 }
 
-TEST_F(RevealFileTest, WaitsForTheLimitWhenTheBusLetsInAndThenIsSilent)
+TEST_F(RevealFileTest, WaitsForTheLimitWhenTheBusStopsAnsweringAfterTheLogin)
 {
     StartFakeBus(FakeBus::Behaviour::IgnoresHello);
 
-    const std::chrono::milliseconds held = TimeToReveal(shortLimit);
+    const std::chrono::milliseconds waited = TimeToReveal(shortLimit);
 
     EXPECT_FALSE(revealed);
-    EXPECT_GE(held, nearlyShortLimit);
-    EXPECT_LT(held, slack);
+    EXPECT_GE(waited, nearlyShortLimit);
+    EXPECT_LT(waited, slack);
 }
 
-// The first connections fit into the system's queue, later ones do not.
-TEST_F(RevealFileTest, NeverWaitsLongerThanTheLimitForABusThatAcceptsNobody)
+// The first connections fit into the queue of the system, later ones do not.
+TEST_F(RevealFileTest, NeverWaitsLongerThanTheLimitForABusThatAcceptsNoConnection)
 {
-    StartFakeBus(FakeBus::Behaviour::AcceptsNobody);
+    StartFakeBus(FakeBus::Behaviour::AcceptsNoConnection);
 
     for (int call = 0; call < 5; ++call) {
-        const std::chrono::milliseconds held = TimeToReveal(shortLimit);
+        const std::chrono::milliseconds waited = TimeToReveal(shortLimit);
 
         EXPECT_FALSE(revealed) << call;
-        EXPECT_LT(held, slack) << call;
+        EXPECT_LT(waited, slack) << call;
     }
 }
 
@@ -100,47 +100,47 @@ TEST_F(RevealFileTest, DoesNotWaitForTheLimitWhenTheBrowserAnswers)
 {
     StartBrowser("answers");
 
-    const std::chrono::milliseconds held = TimeToReveal(longLimit);
+    const std::chrono::milliseconds waited = TimeToReveal(longLimit);
 
     EXPECT_TRUE(revealed);
-    EXPECT_LT(held, slack);
+    EXPECT_LT(waited, slack);
 }
 
-TEST_F(RevealFileTest, DoesNotWaitForTheLimitWhenTheBusHangsUp)
+TEST_F(RevealFileTest, DoesNotWaitForTheLimitWhenTheBusDisconnects)
 {
     StartFakeBus(FakeBus::Behaviour::HangsUpOnHello);
 
-    const std::chrono::milliseconds held = TimeToReveal(longLimit);
+    const std::chrono::milliseconds waited = TimeToReveal(longLimit);
 
     EXPECT_FALSE(revealed);
-    EXPECT_LT(held, slack);
+    EXPECT_LT(waited, slack);
 }
 
 TEST_F(RevealFileTest, DoesNotWaitForTheLimitWhenTheBrowserDies)
 {
     StartBrowser("dies");
 
-    const std::chrono::milliseconds held = TimeToReveal(longLimit);
+    const std::chrono::milliseconds waited = TimeToReveal(longLimit);
 
     EXPECT_FALSE(revealed);
-    EXPECT_LT(held, slack);
+    EXPECT_LT(waited, slack);
 }
 
 TEST_F(RevealFileTest, DoesNotWaitForTheLimitWhenTheBusDies)
 {
     StartBrowser("kills-the-bus");
 
-    const std::chrono::milliseconds held = TimeToReveal(longLimit);
+    const std::chrono::milliseconds waited = TimeToReveal(longLimit);
 
     EXPECT_FALSE(revealed);
-    EXPECT_LT(held, slack);
+    EXPECT_LT(waited, slack);
     EXPECT_EQ(Requests(), RequestFor("file:///"));
 }
 
-TEST_F(RevealFileTest, KeepsNothingOpenWhenTheLimitHasPassed)
+TEST_F(RevealFileTest, KeepsNothingOpenAfterTheLimit)
 {
     StartBrowser("keeps-silent");
-    // GLib keeps what it needs for any connection.
+    // GLib keeps descriptors open that all connections share.
     TimeToReveal(shortLimit);
     const int before = OpenDescriptors();
 
@@ -151,12 +151,12 @@ TEST_F(RevealFileTest, KeepsNothingOpenWhenTheLimitHasPassed)
         << OpenDescriptors() << " after " << before;
 }
 
-// Many times, since the connection learns of the end in another thread and at another moment each time.
-TEST_F(RevealFileTest, KeepsNothingOpenWhenTheBusHangsUp)
+// Many times, since another thread notices the end of the connection, at another moment each time.
+TEST_F(RevealFileTest, KeepsNothingOpenWhenTheBusDisconnects)
 {
     const auto hangUp = [this] {
         fakeBus.reset();
-        working.Remove(QStringLiteral("fake"));
+        working.Remove("fake");
         StartFakeBus(FakeBus::Behaviour::HangsUpOnHello);
         TimeToReveal(longLimit);
     };
@@ -183,7 +183,7 @@ TEST_F(RevealFileTest, KeepsNothingOpenWhenThereIsNoBus)
         << OpenDescriptors() << " after " << before;
 }
 
-TEST_F(RevealFileTest, LeavesTheThreadItsOwnMainContext)
+TEST_F(RevealFileTest, DoesNotChangeTheThreadsMainContext)
 {
     StartBrowser("answers");
 

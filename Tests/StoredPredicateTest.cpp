@@ -1,4 +1,4 @@
-// The copy of the predicate that a start stores is the one that is asked, from the start on.
+// A start stores a copy of the predicate, and calls only this copy.
 
 #include "Tests/Support/BothWatchersFixture.h"
 
@@ -31,18 +31,18 @@ struct FirstFour
 class StoredPredicateTest : public BothWatchersFixture
 {
 protected:
-    StoredPredicateTest() { folder.MakeFolder(QStringLiteral("root")); }
+    StoredPredicateTest() { folder.MakeFolder("root"); }
 
     void WriteInRoot(std::initializer_list<const char*> names) const
     {
         for (const char* name : names)
-            folder.Write(QStringLiteral("root/") + QString::fromUtf8(name));
+            Write(std::string("root/") + name);
     }
 
-    /// Lets both look for new files.
+    /// Makes both scan for new files.
     void LookForNewFiles()
     {
-        Clear();
+        ClearLogs();
         watcher->OnDirectoryChanged(Path("root"));
         checker.CheckFolder();
     }
@@ -129,7 +129,7 @@ TEST_F(StoredPredicateTest, MayThrowInAPassAndKeepsItsState)
     EXPECT_THAT(CheckerFiles(), ElementsAre("root/a", "root/b"));
 }
 
-TEST_F(StoredPredicateTest, StartsAfreshWithEveryStart)
+TEST_F(StoredPredicateTest, IsCopiedAnewForEveryStart)
 {
     WriteInRoot({"a", "b", "c"});
     const auto firstTwo = [n = 0](const QFileInfo&) mutable { return n++ < 2; };
@@ -143,31 +143,30 @@ TEST_F(StoredPredicateTest, StartsAfreshWithEveryStart)
     EXPECT_THAT(CheckerFiles(), ElementsAre("root/a", "root/b"));
 }
 
-/// Stops a watcher, and sees whether it is itself still there then.
+/// Stops a watcher and checks that it is not destroyed while it runs.
 class StopsWhileItRuns
 {
 public:
     StopsWhileItRuns(const char* fileName, const std::function<void()>& stopWatching)
-        : name(QString::fromUtf8(fileName)), stop(stopWatching)
+        : name(fileName), stop(stopWatching)
     {
     }
 
     bool operator()(const QFileInfo& info) const
     {
-        if (info.fileName() != name)
+        if (!IsNamed(info, name))
             return true;
         const std::weak_ptr<int> watched = alive;
         stop();
         EXPECT_FALSE(watched.expired());
-        // Freed memory would not hold it any more.
-        EXPECT_EQ(info.fileName(), name);
+        EXPECT_TRUE(IsNamed(info, name));
         return true;
     }
 
     std::weak_ptr<int> Alive() const { return alive; }
 
 private:
-    QString name;
+    const char* name;
     std::function<void()> stop;
     std::shared_ptr<int> alive = std::make_shared<int>(0);
 };
@@ -223,13 +222,12 @@ TEST_F(StoredPredicateTest, MayStopTheCheckerInAPass)
     EXPECT_THAT(CheckerFiles(), IsEmpty());
 }
 
-TEST_F(StoredPredicateTest, MayPutAnotherInItsPlaceInAPass)
+TEST_F(StoredPredicateTest, MayRestartTheCheckerWithAnotherPredicateInAPass)
 {
     const auto startAnew = [this] {
         checker.StopWatching();
         checker.StartWatching(
-            Path("root"), {}, [](const QFileInfo& info) { return info.fileName() != QStringLiteral("x"); },
-            0);
+            Path("root"), {}, [](const QFileInfo& info) { return !IsNamed(info, "x"); }, 0);
     };
     ASSERT_TRUE(checker.StartWatching(Path("root"), {}, StopsWhileItRuns("b", startAnew), 0));
     WriteInRoot({"a", "b", "c"});

@@ -1,16 +1,15 @@
 #include "Lib/Util/FS/TemporaryHardLink.h"
 
-#include "Tests/Support/TempFolder.h"
-
-#include <QDir>
-#include <QFileInfo>
+#include "Tests/Support/NextFunction.h"
+#include "Tests/Support/TemporaryHardLinkFixture.h"
 
 #include <gmock/gmock.h>
 
 #include <cerrno>
 #include <cstdarg>
+#include <filesystem>
+#include <string>
 
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -20,16 +19,16 @@ enum class Disk
 {
     HasRoom,
     IsFull,
-    IsFullForLinks ///< as when it fills up once the name is reserved
+    IsFullForLinks ///< as if it had become full after the name was reserved
 };
 
 Disk disk = Disk::HasRoom;
 int refusedFiles = 0;
 int refusedLinks = 0;
 
-using Open = int (*)(const char*, int, ...);
+using Open = int(const char*, int, ...);
 
-int OpenUnlessFull(Open system, const char* path, int flags, mode_t mode)
+int OpenUnlessFull(Open* system, const char* path, int flags, mode_t mode)
 {
     const bool makesAFile = (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE;
     if (makesAFile && disk == Disk::IsFull) {
@@ -40,7 +39,7 @@ int OpenUnlessFull(Open system, const char* path, int flags, mode_t mode)
     return system(path, flags, mode);
 }
 
-/// The argument that is there only when a file may be made.
+/// The argument that is only passed when a file may be made.
 mode_t ModeOf(int flags, std::va_list arguments)
 {
     const bool makesAFile = (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE;
@@ -49,12 +48,12 @@ mode_t ModeOf(int flags, std::va_list arguments)
 
 } // namespace
 
-// In the place of the system's, for the whole program.
+// These replace the functions of the system.
 extern "C" {
 
 int open(const char* path, int flags, ...)
 {
-    static const auto system = reinterpret_cast<Open>(::dlsym(RTLD_NEXT, "open"));
+    static const auto system = Tests::NextFunction<Open>("open");
     std::va_list arguments;
     va_start(arguments, flags);
     const mode_t mode = ModeOf(flags, arguments);
@@ -64,7 +63,7 @@ int open(const char* path, int flags, ...)
 
 int open64(const char* path, int flags, ...)
 {
-    static const auto system = reinterpret_cast<Open>(::dlsym(RTLD_NEXT, "open64"));
+    static const auto system = Tests::NextFunction<Open>("open64");
     std::va_list arguments;
     va_start(arguments, flags);
     const mode_t mode = ModeOf(flags, arguments);
@@ -87,34 +86,23 @@ int symlink(const char* target, const char* path) noexcept
 namespace {
 
 using testing::IsEmpty;
-using Tests::TempFolder;
 using Zendra::LW::TemporaryHardLink;
 
-class TemporaryHardLinkFaultsTest : public testing::Test
+class TemporaryHardLinkFaultsTest : public Tests::TemporaryHardLinkFixture
 {
 protected:
     TemporaryHardLinkFaultsTest()
     {
-        original = folder.Write(QStringLiteral("recording.mp4")).toStdString();
-        qputenv("TMPDIR", folder.MakeFolder(QStringLiteral("tmp")).toUtf8());
         refusedFiles = 0;
         refusedLinks = 0;
     }
 
-    ~TemporaryHardLinkFaultsTest() override
-    {
-        disk = Disk::HasRoom;
-        systemsFolder.isNull() ? qunsetenv("TMPDIR") : qputenv("TMPDIR", systemsFolder);
-    }
+    ~TemporaryHardLinkFaultsTest() override { disk = Disk::HasRoom; }
 
-    QStringList Links() const { return folder.Entries(QStringLiteral("tmp")); }
-
-    const QByteArray systemsFolder = qgetenv("TMPDIR");
-    const TempFolder folder;
-    std::string original;
+    const std::string original = WriteOriginal();
 };
 
-TEST_F(TemporaryHardLinkFaultsTest, RecordsNothingOnAFullDiskAndStillHasTheOriginal)
+TEST_F(TemporaryHardLinkFaultsTest, RecordsNothingOnAFullDiskAndKeepsTheOriginal)
 {
     disk = Disk::IsFull;
 
@@ -124,7 +112,7 @@ TEST_F(TemporaryHardLinkFaultsTest, RecordsNothingOnAFullDiskAndStillHasTheOrigi
     EXPECT_EQ(refusedLinks, 0);
     EXPECT_THAT(link.GetLinkedFilePath(), IsEmpty());
     EXPECT_EQ(link.GetExistFilePath(), original);
-    EXPECT_THAT(Links(), IsEmpty());
+    EXPECT_THAT(TemporaryFiles(), IsEmpty());
 }
 
 TEST_F(TemporaryHardLinkFaultsTest, RecordsTheNameWhenTheDiskFillsUpBeforeTheLinkIsMade)
@@ -134,9 +122,9 @@ TEST_F(TemporaryHardLinkFaultsTest, RecordsTheNameWhenTheDiskFillsUpBeforeTheLin
     const TemporaryHardLink link(original);
 
     EXPECT_EQ(refusedLinks, 1);
-    EXPECT_EQ(QFileInfo(QString::fromStdString(link.GetLinkedFilePath())).path(), QDir::tempPath());
+    EXPECT_EQ(std::filesystem::path(link.GetLinkedFilePath()).parent_path(), Path("temp"));
     EXPECT_EQ(link.GetExistFilePath(), original);
-    EXPECT_THAT(Links(), IsEmpty());
+    EXPECT_THAT(TemporaryFiles(), IsEmpty());
 }
 
 TEST_F(TemporaryHardLinkFaultsTest, LinksAgainOnceThereIsRoom)
@@ -148,7 +136,7 @@ TEST_F(TemporaryHardLinkFaultsTest, LinksAgainOnceThereIsRoom)
     link.Reset(original);
 
     EXPECT_THAT(link.GetLinkedFilePath(), IsEmpty());
-    EXPECT_EQ(Links().size(), 1);
+    EXPECT_EQ(TemporaryFiles().size(), 1U);
 }
 
 } // namespace

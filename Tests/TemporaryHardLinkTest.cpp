@@ -2,30 +2,31 @@
 
 #include "Tests/Support/LogCapture.h"
 #include "Tests/Support/QtVersion.h"
-#include "Tests/Support/TempFolder.h"
+#include "Tests/Support/TemporaryHardLinkFixture.h"
 
 #include <QCoreApplication>
-#include <QFile>
-#include <QFileInfo>
-#include <QRegularExpression>
 
 #include <gmock/gmock.h>
 
-#include <array>
+#include <filesystem>
 #include <functional>
 #include <memory>
-#include <stdexcept>
+#include <ostream>
+#include <regex>
+#include <string>
 #include <type_traits>
-#include <utility>
 #include <vector>
 
 #include <fcntl.h>
 #include <unistd.h>
 
-namespace {
-
-using Tests::TempFolder;
+using namespace Tests;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::StartsWith;
 using Zendra::LW::TemporaryHardLink;
+
+namespace {
 
 static_assert(
     !std::is_copy_constructible_v<TemporaryHardLink> && !std::is_copy_assignable_v<TemporaryHardLink>);
@@ -43,12 +44,12 @@ static_assert(std::is_same_v<decltype(&TemporaryHardLink::GetLinkedFilePath),
 static_assert(std::is_same_v<decltype(&TemporaryHardLink::GetExistFilePath),
                              std::string (TemporaryHardLink::*)() const>);
 
-/// Called when the system is about to make a link, with the link's path.
+/// Called with the path of each link before the system makes it.
 std::function<void(const char*)> beforeLink;
 
 } // namespace
 
-/// Takes the system's place for the whole program.
+/// Replaces the function of the system.
 extern "C" int symlink(const char* target, const char* path)
 {
     if (beforeLink)
@@ -58,26 +59,11 @@ extern "C" int symlink(const char* target, const char* path)
 
 namespace {
 
-/// More than any path can hold: a name in the temporary folder is reserved for it, the link then fails.
-const std::string unlinkable(5000, 'x');
-
-/// There for QFile, but no file of the system's: Qt's resources.
-const std::string unlinkableButThere = ":/";
-
 const std::string byteOrderMark = "\xEF\xBB\xBF";
-
-std::string LinkText(const QString& link)
-{
-    std::array<char, 8192> text;
-    const ssize_t length = ::readlink(QFile::encodeName(link).constData(), text.data(), text.size());
-    if (length < 0)
-        throw std::runtime_error("no link: " + link.toStdString());
-    return {text.data(), static_cast<std::size_t>(length)};
-}
 
 int warnings = 0;
 
-/// Counts Qt's messages while it lives: QFile warns when it is asked for an empty path.
+/// Counts the messages of Qt while it lives: QFile warns about an empty path.
 class WarningCounter
 {
 public:
@@ -95,66 +81,29 @@ private:
     QtMessageHandler before;
 };
 
-/// Gives the process a temporary folder of the test's own.
-class TemporaryHardLinkTest : public testing::Test
+class TemporaryHardLinkTest : public TemporaryHardLinkFixture
 {
 protected:
-    TemporaryHardLinkTest() { UseTemporaryFolder(folder.MakeFolder(QStringLiteral("temp"))); }
-
-    ~TemporaryHardLinkTest() override
-    {
-        beforeLink = nullptr;
-        if (wasSet)
-            qputenv("TMPDIR", before);
-        else
-            qunsetenv("TMPDIR");
-    }
-
-    void UseTemporaryFolder(const QString& path) const { qputenv("TMPDIR", QFile::encodeName(path)); }
-    /// A missing folder would not do: Qt then takes the root folder.
-    void MakeTemporaryFolderUnusable() const { UseTemporaryFolder(folder.Write(QStringLiteral("file"))); }
-
-    std::string WriteOriginal(const QString& name = QStringLiteral("original")) const
-    {
-        return folder.Write(name).toStdString();
-    }
-
-    /// Puts a file where a path is recorded, as another process might.
-    void WriteAt(const std::string& path) const
-    {
-        folder.Write(QDir(folder.Path()).relativeFilePath(QString::fromStdString(path)));
-    }
-
-    QStringList TemporaryFiles() const { return folder.Entries(QStringLiteral("temp")); }
-    QString TemporaryFile(int number = 0) const
-    {
-        return folder.Path(QStringLiteral("temp/")) + TemporaryFiles().value(number);
-    }
-
-    const bool wasSet = qEnvironmentVariableIsSet("TMPDIR");
-    const QByteArray before = qgetenv("TMPDIR");
-    const TempFolder folder;
+    ~TemporaryHardLinkTest() override { beforeLink = nullptr; }
 };
 
-TEST_F(TemporaryHardLinkTest, LinksAFileUnderAFreshNameInTheTemporaryFolder)
+TEST_F(TemporaryHardLinkTest, LinksAFileUnderANewNameInTheTemporaryFolder)
 {
     const std::string original = WriteOriginal();
 
     const TemporaryHardLink link(original);
 
-    ASSERT_EQ(TemporaryFiles().size(), 1);
-    EXPECT_TRUE(QFileInfo(TemporaryFile()).isSymLink());
-    EXPECT_EQ(LinkText(TemporaryFile()), original);
+    EXPECT_THAT(LinkTexts(), ElementsAre(original));
 }
 
 TEST_F(TemporaryHardLinkTest, NamesTheLinkAfterTheApplication)
 {
     const TemporaryHardLink link(WriteOriginal());
 
-    const QRegularExpression name(QStringLiteral("^%1\\.[A-Za-z]{6}$")
-                                      .arg(QRegularExpression::escape(QCoreApplication::applicationName())));
-    ASSERT_EQ(TemporaryFiles().size(), 1);
-    EXPECT_TRUE(name.match(TemporaryFiles().at(0)).hasMatch()) << TemporaryFiles().at(0).toStdString();
+    const std::string application = QCoreApplication::applicationName().toStdString();
+    ASSERT_EQ(TemporaryFiles().size(), 1U);
+    EXPECT_TRUE(std::regex_match(Entries("temp")[0], std::regex(application + R"(\.[A-Za-z]{6})")))
+        << Entries("temp")[0];
 }
 
 TEST_F(TemporaryHardLinkTest, DoesNotRecordALinkThatWasMade)
@@ -176,28 +125,26 @@ TEST_F(TemporaryHardLinkTest, LeavesALinkThatWasMadeInTheTemporaryFolder)
         const TemporaryHardLink link(original);
     }
 
-    ASSERT_EQ(TemporaryFiles().size(), 1);
-    EXPECT_EQ(LinkText(TemporaryFile()), original);
+    EXPECT_THAT(LinkTexts(), ElementsAre(original));
     EXPECT_TRUE(TemporaryHardLink::exists(original));
 }
 
-TEST_F(TemporaryHardLinkTest, HasNoPathLeftOnceTheOriginalIsGone)
+TEST_F(TemporaryHardLinkTest, HasNoExistingPathOnceTheOriginalIsDeleted)
 {
     const TemporaryHardLink link(WriteOriginal());
 
-    folder.Remove(QStringLiteral("original"));
+    std::filesystem::remove(Path("original"));
 
     EXPECT_EQ(link.GetExistFilePath(), "");
 }
 
-TEST_F(TemporaryHardLinkTest, LinksAPathAtWhichThereIsNothing)
+TEST_F(TemporaryHardLinkTest, LinksAMissingFile)
 {
-    const std::string missing = folder.Path(QStringLiteral("missing")).toStdString();
+    const std::string missing = Path("missing");
 
     const TemporaryHardLink link(missing);
 
-    ASSERT_EQ(TemporaryFiles().size(), 1);
-    EXPECT_EQ(LinkText(TemporaryFile()), missing);
+    EXPECT_THAT(LinkTexts(), ElementsAre(missing));
     EXPECT_EQ(link.GetOriginalFilePath(), missing);
     EXPECT_EQ(link.GetLinkedFilePath(), "");
     EXPECT_EQ(link.GetExistFilePath(), "");
@@ -205,12 +152,11 @@ TEST_F(TemporaryHardLinkTest, LinksAPathAtWhichThereIsNothing)
 
 TEST_F(TemporaryHardLinkTest, LinksAFolder)
 {
-    const std::string original = folder.MakeFolder(QStringLiteral("sub")).toStdString();
+    const std::string original = MakeFolder("sub");
 
     const TemporaryHardLink link(original);
 
-    ASSERT_EQ(TemporaryFiles().size(), 1);
-    EXPECT_EQ(LinkText(TemporaryFile()), original);
+    EXPECT_THAT(LinkTexts(), ElementsAre(original));
     EXPECT_EQ(link.GetExistFilePath(), original);
 }
 
@@ -221,32 +167,30 @@ TEST_F(TemporaryHardLinkTest, MakesNothingForAnEmptyPath)
     EXPECT_EQ(link.GetOriginalFilePath(), "");
     EXPECT_EQ(link.GetLinkedFilePath(), "");
     EXPECT_EQ(link.GetExistFilePath(), "");
-    EXPECT_EQ(TemporaryFiles(), QStringList());
+    EXPECT_THAT(TemporaryFiles(), IsEmpty());
 }
 
-TEST_F(TemporaryHardLinkTest, MakesNothingForAPathThatIsEmptyOnceItIsConverted)
+TEST_F(TemporaryHardLinkTest, MakesNothingForAPathThatIsEmptyAfterConversion)
 {
     const TemporaryHardLink link(byteOrderMark);
 
     EXPECT_EQ(link.GetOriginalFilePath(), byteOrderMark);
     EXPECT_EQ(link.GetLinkedFilePath(), "");
-    EXPECT_EQ(TemporaryFiles(), QStringList());
+    EXPECT_THAT(TemporaryFiles(), IsEmpty());
 }
 
-TEST_F(TemporaryHardLinkTest, RecordsTheFreshNameWhenTheLinkCannotBeMade)
+TEST_F(TemporaryHardLinkTest, RecordsTheNewNameWhenTheLinkCannotBeMade)
 {
     const TemporaryHardLink link(unlinkable);
 
     EXPECT_EQ(link.GetOriginalFilePath(), unlinkable);
-    EXPECT_THAT(link.GetLinkedFilePath(),
-                testing::StartsWith(folder.Path(QStringLiteral("temp/")).toStdString()));
-    EXPECT_EQ(QFileInfo(QString::fromStdString(link.GetLinkedFilePath())).path(),
-              folder.Path(QStringLiteral("temp")));
+    EXPECT_THAT(link.GetLinkedFilePath(), StartsWith(Path("temp/")));
+    EXPECT_EQ(std::filesystem::path(link.GetLinkedFilePath()).parent_path(), Path("temp"));
     EXPECT_EQ(link.GetExistFilePath(), "");
-    EXPECT_EQ(TemporaryFiles(), QStringList());
+    EXPECT_THAT(TemporaryFiles(), IsEmpty());
 }
 
-TEST_F(TemporaryHardLinkTest, RecordsTheFreshNameForAPathWithANullCharacter)
+TEST_F(TemporaryHardLinkTest, RecordsTheNewNameForAPathWithANullCharacter)
 {
     const std::string path("a\0b", 3);
 
@@ -254,7 +198,7 @@ TEST_F(TemporaryHardLinkTest, RecordsTheFreshNameForAPathWithANullCharacter)
 
     EXPECT_EQ(link.GetOriginalFilePath(), path);
     EXPECT_NE(link.GetLinkedFilePath(), "");
-    EXPECT_EQ(TemporaryFiles(), QStringList());
+    EXPECT_THAT(TemporaryFiles(), IsEmpty());
 }
 
 TEST_F(TemporaryHardLinkTest, RecordsNothingWhenTheTemporaryFolderIsUnusable)
@@ -267,9 +211,8 @@ TEST_F(TemporaryHardLinkTest, RecordsNothingWhenTheTemporaryFolderIsUnusable)
     EXPECT_EQ(link.GetLinkedFilePath(), "");
     EXPECT_EQ(otherLink.GetLinkedFilePath(), "");
     EXPECT_EQ(link.GetExistFilePath(), link.GetOriginalFilePath());
-    EXPECT_EQ(folder.Entries(),
-              QStringList({QStringLiteral("file"), QStringLiteral("original"), QStringLiteral("temp")}));
-    EXPECT_EQ(TemporaryFiles(), QStringList());
+    EXPECT_THAT(Entries(), ElementsAre("file", "original", "temp"));
+    EXPECT_THAT(TemporaryFiles(), IsEmpty());
 }
 
 TEST_F(TemporaryHardLinkTest, DoesNotTryToLinkWithoutAName)
@@ -285,13 +228,13 @@ TEST_F(TemporaryHardLinkTest, DoesNotTryToLinkWithoutAName)
 TEST_F(TemporaryHardLinkTest, FreesTheReservedNameBeforeItLinks)
 {
     std::vector<bool> wasTaken;
-    beforeLink = [&](const char* path) { wasTaken.push_back(QFileInfo::exists(QFile::decodeName(path))); };
+    beforeLink = [&](const char* path) { wasTaken.push_back(std::filesystem::exists(path)); };
 
     const TemporaryHardLink link(WriteOriginal());
     if (wasTaken.empty())
-        GTEST_SKIP() << "the system's function cannot be replaced here";
+        GTEST_SKIP() << "a function of the system cannot be replaced here";
 
-    EXPECT_THAT(wasTaken, testing::ElementsAre(false));
+    EXPECT_THAT(wasTaken, ElementsAre(false));
 }
 
 TEST_F(TemporaryHardLinkTest, RecordsAndLaterRemovesAFileThatTookTheNameFirst)
@@ -304,15 +247,15 @@ TEST_F(TemporaryHardLinkTest, RecordsAndLaterRemovesAFileThatTookTheNameFirst)
 
     auto link = std::make_unique<TemporaryHardLink>(WriteOriginal());
     if (!linking)
-        GTEST_SKIP() << "the system's function cannot be replaced here";
+        GTEST_SKIP() << "a function of the system cannot be replaced here";
 
-    ASSERT_EQ(TemporaryFiles().size(), 1);
-    EXPECT_EQ(link->GetLinkedFilePath(), TemporaryFile().toStdString());
+    ASSERT_EQ(TemporaryFiles().size(), 1U);
+    EXPECT_EQ(link->GetLinkedFilePath(), TemporaryFiles()[0]);
     EXPECT_EQ(link->GetExistFilePath(), link->GetOriginalFilePath());
-    folder.Remove(QStringLiteral("original"));
+    std::filesystem::remove(Path("original"));
     EXPECT_EQ(link->GetExistFilePath(), link->GetLinkedFilePath());
     link.reset();
-    EXPECT_EQ(TemporaryFiles(), QStringList());
+    EXPECT_THAT(TemporaryFiles(), IsEmpty());
 }
 
 TEST_F(TemporaryHardLinkTest, ResetRemovesTheRecordedPathBeforeItLinks)
@@ -325,145 +268,12 @@ TEST_F(TemporaryHardLinkTest, ResetRemovesTheRecordedPathBeforeItLinks)
 
     link.Reset(WriteOriginal());
     if (wasThere.empty())
-        GTEST_SKIP() << "the system's function cannot be replaced here";
+        GTEST_SKIP() << "a function of the system cannot be replaced here";
 
-    EXPECT_THAT(wasThere, testing::ElementsAre(false));
+    EXPECT_THAT(wasThere, ElementsAre(false));
 }
 
-TEST_F(TemporaryHardLinkTest, FallsBackToTheRecordedPathIfThereIsAFile)
-{
-    const TemporaryHardLink link(unlinkable);
-    ASSERT_EQ(link.GetExistFilePath(), "");
-
-    WriteAt(link.GetLinkedFilePath());
-
-    EXPECT_EQ(link.GetExistFilePath(), link.GetLinkedFilePath());
-}
-
-TEST_F(TemporaryHardLinkTest, PrefersTheOriginal)
-{
-    const TemporaryHardLink link(unlinkableButThere);
-    ASSERT_NE(link.GetLinkedFilePath(), "");
-    WriteAt(link.GetLinkedFilePath());
-
-    EXPECT_EQ(link.GetExistFilePath(), unlinkableButThere);
-}
-
-TEST_F(TemporaryHardLinkTest, RemovesWhateverFileHasTheRecordedPathWhenItIsDestroyed)
-{
-    auto link = std::make_unique<TemporaryHardLink>(unlinkable);
-    WriteAt(link->GetLinkedFilePath());
-    ASSERT_EQ(TemporaryFiles().size(), 1);
-
-    link.reset();
-
-    EXPECT_EQ(TemporaryFiles(), QStringList());
-}
-
-TEST_F(TemporaryHardLinkTest, IsDestroyedQuietlyWhenTheRecordedPathCannotBeRemoved)
-{
-    auto link = std::make_unique<TemporaryHardLink>(unlinkable);
-    const QString name = QFileInfo(QString::fromStdString(link->GetLinkedFilePath())).fileName();
-    folder.Write(QStringLiteral("temp/") + name + QStringLiteral("/file"));
-
-    link.reset();
-
-    EXPECT_EQ(TemporaryFiles(), QStringList(name));
-}
-
-TEST_F(TemporaryHardLinkTest, ResetRemovesTheRecordedPathAndLinksTheNewFile)
-{
-    TemporaryHardLink link(unlinkable);
-    WriteAt(link.GetLinkedFilePath());
-    const std::string original = WriteOriginal();
-
-    link.Reset(original);
-
-    EXPECT_EQ(link.GetOriginalFilePath(), original);
-    EXPECT_EQ(link.GetLinkedFilePath(), "");
-    ASSERT_EQ(TemporaryFiles().size(), 1);
-    EXPECT_EQ(LinkText(TemporaryFile()), original);
-}
-
-TEST_F(TemporaryHardLinkTest, ResetRecordsAnotherNameWhenTheLinkFailsAgain)
-{
-    TemporaryHardLink link(unlinkable);
-    const std::string first = link.GetLinkedFilePath();
-    WriteAt(first);
-
-    link.Reset(unlinkable + "y");
-
-    EXPECT_EQ(link.GetOriginalFilePath(), unlinkable + "y");
-    EXPECT_NE(link.GetLinkedFilePath(), first);
-    EXPECT_NE(link.GetLinkedFilePath(), "");
-    EXPECT_EQ(TemporaryFiles(), QStringList());
-}
-
-TEST_F(TemporaryHardLinkTest, ResetToNothingRemovesTheRecordedPath)
-{
-    TemporaryHardLink link(unlinkable);
-    WriteAt(link.GetLinkedFilePath());
-
-    link.Reset("");
-
-    EXPECT_EQ(link.GetOriginalFilePath(), "");
-    EXPECT_EQ(link.GetLinkedFilePath(), "");
-    EXPECT_EQ(TemporaryFiles(), QStringList());
-}
-
-TEST_F(TemporaryHardLinkTest, ResetRemovesTheRecordedPathAlsoWhenTheTemporaryFolderHasBecomeUnusable)
-{
-    TemporaryHardLink link(unlinkable);
-    WriteAt(link.GetLinkedFilePath());
-    MakeTemporaryFolderUnusable();
-
-    link.Reset(WriteOriginal());
-
-    EXPECT_EQ(link.GetLinkedFilePath(), "");
-    EXPECT_EQ(TemporaryFiles(), QStringList());
-}
-
-TEST_F(TemporaryHardLinkTest, ResetWithTheSamePathLeavesOneMoreLink)
-{
-    const std::string original = WriteOriginal();
-    TemporaryHardLink link(original);
-
-    link.Reset(original);
-    link.Reset(link.GetOriginalFilePath());
-
-    EXPECT_EQ(link.GetOriginalFilePath(), original);
-    EXPECT_EQ(link.GetLinkedFilePath(), "");
-    ASSERT_EQ(TemporaryFiles().size(), 3);
-    for (int number = 0; number < 3; ++number)
-        EXPECT_EQ(LinkText(TemporaryFile(number)), original);
-}
-
-TEST_F(TemporaryHardLinkTest, ResetNeverRemovesTheOriginal)
-{
-    const std::string original = WriteOriginal();
-    TemporaryHardLink link(original);
-
-    link.Reset("");
-
-    EXPECT_TRUE(TemporaryHardLink::exists(original));
-}
-
-TEST_F(TemporaryHardLinkTest, ResetTakesItsOwnRecordedPath)
-{
-    TemporaryHardLink link(unlinkable);
-    const std::string recorded = link.GetLinkedFilePath();
-    WriteAt(recorded);
-
-    link.Reset(link.GetLinkedFilePath());
-
-    EXPECT_EQ(link.GetOriginalFilePath(), recorded);
-    EXPECT_EQ(link.GetLinkedFilePath(), "");
-    EXPECT_EQ(link.GetExistFilePath(), "");
-    ASSERT_EQ(TemporaryFiles().size(), 1);
-    EXPECT_EQ(LinkText(TemporaryFile()), recorded);
-}
-
-TEST_F(TemporaryHardLinkTest, HandsOutItsOwnFieldsOriginalFirst)
+TEST_F(TemporaryHardLinkTest, ReturnsReferencesToItsMembersOriginalFirst)
 {
     TemporaryHardLink link("");
 
@@ -472,182 +282,82 @@ TEST_F(TemporaryHardLinkTest, HandsOutItsOwnFieldsOriginalFirst)
     EXPECT_EQ(reinterpret_cast<const char*>(&link.GetLinkedFilePath()), object + sizeof(std::string));
 }
 
-class MovedTemporaryHardLinkTest : public TemporaryHardLinkTest
-{
-protected:
-    TemporaryHardLink source{unlinkable};
-    const std::string recorded = source.GetLinkedFilePath();
-};
-
-TEST_F(MovedTemporaryHardLinkTest, HandsItsPathsToANewObject)
-{
-    const TemporaryHardLink target(std::move(source));
-
-    EXPECT_EQ(target.GetOriginalFilePath(), unlinkable);
-    EXPECT_EQ(target.GetLinkedFilePath(), recorded);
-    EXPECT_EQ(source.GetOriginalFilePath(), "");
-    EXPECT_EQ(source.GetLinkedFilePath(), "");
-}
-
-TEST_F(MovedTemporaryHardLinkTest, RemovesTheRecordedPathOnlyOnceItsNewOwnerGoes)
-{
-    WriteAt(recorded);
-    auto first = std::make_unique<TemporaryHardLink>(std::move(source));
-    auto second = std::make_unique<TemporaryHardLink>(std::move(*first));
-
-    first.reset();
-    source.Reset("");
-    EXPECT_TRUE(TemporaryHardLink::exists(recorded));
-
-    second.reset();
-    EXPECT_FALSE(TemporaryHardLink::exists(recorded));
-}
-
-TEST_F(MovedTemporaryHardLinkTest, HandsItsPathsToAnAssignedObject)
-{
-    TemporaryHardLink target("");
-
-    target = std::move(source);
-
-    EXPECT_EQ(target.GetOriginalFilePath(), unlinkable);
-    EXPECT_EQ(target.GetLinkedFilePath(), recorded);
-    EXPECT_EQ(source.GetOriginalFilePath(), "");
-    EXPECT_EQ(source.GetLinkedFilePath(), "");
-}
-
-TEST_F(MovedTemporaryHardLinkTest, RemovesTheAssignedObjectsOwnRecordedPath)
-{
-    TemporaryHardLink target(unlinkable + "y");
-    const std::string replaced = target.GetLinkedFilePath();
-    WriteAt(replaced);
-    WriteAt(recorded);
-
-    target = std::move(source);
-
-    EXPECT_FALSE(TemporaryHardLink::exists(replaced));
-    EXPECT_TRUE(TemporaryHardLink::exists(recorded));
-    EXPECT_EQ(target.GetLinkedFilePath(), recorded);
-    EXPECT_EQ(source.GetOriginalFilePath(), "");
-    EXPECT_EQ(source.GetLinkedFilePath(), "");
-}
-
-TEST_F(MovedTemporaryHardLinkTest, LosesNothingWhenItIsAssignedToItself)
-{
-    WriteAt(recorded);
-    TemporaryHardLink& itself = source;
-
-    source = std::move(itself);
-
-    EXPECT_EQ(source.GetOriginalFilePath(), unlinkable);
-    EXPECT_EQ(source.GetLinkedFilePath(), recorded);
-    EXPECT_TRUE(TemporaryHardLink::exists(recorded));
-}
-
-TEST_F(MovedTemporaryHardLinkTest, CanBeUsedAgain)
-{
-    const TemporaryHardLink target(std::move(source));
-    const std::string original = WriteOriginal();
-
-    source.Reset(original);
-
-    EXPECT_EQ(source.GetOriginalFilePath(), original);
-    EXPECT_EQ(target.GetLinkedFilePath(), recorded);
-    EXPECT_EQ(TemporaryFiles().size(), 1);
-}
-
-TEST_F(MovedTemporaryHardLinkTest, LivesInAContainer)
-{
-    std::vector<TemporaryHardLink> links;
-    links.emplace_back(unlinkable);
-    const std::string first = links[0].GetLinkedFilePath();
-    WriteAt(first);
-
-    for (int number = 0; number < 20; ++number)
-        links.emplace_back("");
-
-    EXPECT_EQ(links[0].GetLinkedFilePath(), first);
-    EXPECT_TRUE(TemporaryHardLink::exists(first));
-    links.clear();
-    EXPECT_FALSE(TemporaryHardLink::exists(first));
-}
-
-TEST_F(TemporaryHardLinkTest, CreateLinkToFileGivesThePathToRecord)
+TEST_F(TemporaryHardLinkTest, CreateLinkToFileReturnsThePathToRecord)
 {
     EXPECT_EQ(TemporaryHardLink::CreateLinkToFile(""), "");
     EXPECT_EQ(TemporaryHardLink::CreateLinkToFile(byteOrderMark), "");
-    EXPECT_EQ(TemporaryFiles(), QStringList());
+    EXPECT_THAT(TemporaryFiles(), IsEmpty());
 
     EXPECT_EQ(TemporaryHardLink::CreateLinkToFile(WriteOriginal()), "");
-    EXPECT_EQ(TemporaryFiles().size(), 1);
+    EXPECT_EQ(TemporaryFiles().size(), 1U);
 
     EXPECT_NE(TemporaryHardLink::CreateLinkToFile(unlinkable), "");
-    EXPECT_EQ(TemporaryFiles().size(), 1);
+    EXPECT_EQ(TemporaryFiles().size(), 1U);
 }
 
-TEST_F(TemporaryHardLinkTest, CreateLinkToFileNeverGivesANameTwice)
+TEST_F(TemporaryHardLinkTest, CreateLinkToFileNeverReturnsANameTwice)
 {
     const std::string first = TemporaryHardLink::CreateLinkToFile(unlinkable);
 
     EXPECT_NE(TemporaryHardLink::CreateLinkToFile(unlinkable), first);
 }
 
-TEST_F(TemporaryHardLinkTest, CreateLinkToFileTellsATemporaryFolderWithOtherLetters)
+TEST_F(TemporaryHardLinkTest, CreateLinkToFileSupportsATemporaryFolderWithNonAsciiLetters)
 {
-    const QString path = folder.MakeFolder(QStringLiteral("Zwischenl\u00e4ger \u6587"));
+    const std::string path = MakeFolder("Zwischenl\xC3\xA4ger \xE6\x96\x87");
     UseTemporaryFolder(path);
 
     const std::string recorded = TemporaryHardLink::CreateLinkToFile(unlinkable);
 
-    EXPECT_THAT(recorded, testing::StartsWith(path.toStdString() + '/'));
+    EXPECT_THAT(recorded, StartsWith(path + "/"));
 }
 
-TEST_F(TemporaryHardLinkTest, SpeaksUtf8WhateverTheLettersOfTheSystem)
+TEST_F(TemporaryHardLinkTest, UsesUtf8InAnyLocale)
 {
-    const Tests::OtherLetters letters;
-    const QString path = folder.MakeFolder(QStringLiteral("Zwischenl\u00e4ger"));
-    UseTemporaryFolder(path);
+    const NonUtf8Locale locale;
+    const std::string umlaut = locale.umlaut;
+    UseTemporaryFolder(MakeFolder("Zwischenl" + umlaut + "ger"));
 
     const std::string recorded = TemporaryHardLink::CreateLinkToFile(unlinkable);
-    TemporaryHardLink::CreateLinkToFile("/\xc3\xa4");
+    TemporaryHardLink::CreateLinkToFile("/\xC3\xA4");
 
-    EXPECT_THAT(recorded, testing::StartsWith(path.toStdString() + '/'));
-    const QStringList links = folder.Entries(QStringLiteral("Zwischenl\u00e4ger"));
-    ASSERT_EQ(links.size(), 1);
-    EXPECT_EQ(LinkText(path + QLatin1Char('/') + links.at(0)), std::string("/") + letters.umlaut);
-    folder.RemoveFolder(QStringLiteral("Zwischenl\u00e4ger"));
+    EXPECT_THAT(recorded, StartsWith(Path("Zwischenl\xC3\xA4ger/")));
+    const std::vector<std::string> links = Entries("Zwischenl" + umlaut + "ger");
+    ASSERT_EQ(links.size(), 1U);
+    EXPECT_EQ(LinkText(Path("Zwischenl" + umlaut + "ger/" + links[0])), "/" + umlaut);
 }
 
 TEST_F(TemporaryHardLinkTest, UnlinkFilePathRemovesAFile)
 {
-    const std::string original = WriteOriginal(QStringLiteral("\u00e4 \u6587"));
+    const std::string original = WriteOriginal("\xC3\xA4 \xE6\x96\x87");
 
     TemporaryHardLink::UnlinkFilePath(original);
 
-    EXPECT_EQ(folder.Entries(), QStringList(QStringLiteral("temp")));
+    EXPECT_THAT(Entries(), ElementsAre("temp"));
 }
 
-TEST_F(TemporaryHardLinkTest, UnlinkFilePathRemovesALinkAndNotWhatItPointsTo)
+TEST_F(TemporaryHardLinkTest, UnlinkFilePathRemovesALinkAndNotItsTarget)
 {
     const std::string original = WriteOriginal();
-    const QString link = folder.Link(QStringLiteral("original"), QStringLiteral("link"));
+    const std::string link = Link("original", "link");
 
-    TemporaryHardLink::UnlinkFilePath(link.toStdString());
+    TemporaryHardLink::UnlinkFilePath(link);
 
-    EXPECT_EQ(folder.Entries(), QStringList({QStringLiteral("original"), QStringLiteral("temp")}));
+    EXPECT_THAT(Entries(), ElementsAre("original", "temp"));
 }
 
-TEST_F(TemporaryHardLinkTest, UnlinkFilePathRemovesALinkThatLeadsNowhere)
+TEST_F(TemporaryHardLinkTest, UnlinkFilePathRemovesADanglingLink)
 {
-    const QString link = folder.Link(QStringLiteral("none"), QStringLiteral("dangling"));
+    const std::string link = Link("none", "dangling");
 
-    TemporaryHardLink::UnlinkFilePath(link.toStdString());
+    TemporaryHardLink::UnlinkFilePath(link);
 
-    EXPECT_EQ(folder.Entries(), QStringList(QStringLiteral("temp")));
+    EXPECT_THAT(Entries(), ElementsAre("temp"));
 }
 
-TEST_F(TemporaryHardLinkTest, UnlinkFilePathIgnoresWhatCannotBeRemoved)
+TEST_F(TemporaryHardLinkTest, UnlinkFilePathIgnoresFailures)
 {
-    const std::string sub = folder.MakeFolder(QStringLiteral("sub")).toStdString();
+    const std::string sub = MakeFolder("sub");
 
     TemporaryHardLink::UnlinkFilePath(sub);
     TemporaryHardLink::UnlinkFilePath(sub + "/missing");
@@ -655,7 +365,7 @@ TEST_F(TemporaryHardLinkTest, UnlinkFilePathIgnoresWhatCannotBeRemoved)
     EXPECT_TRUE(TemporaryHardLink::exists(sub));
 }
 
-TEST_F(TemporaryHardLinkTest, UnlinkFilePathAsksNothingOfTheSystemForAnEmptyPath)
+TEST_F(TemporaryHardLinkTest, UnlinkFilePathPassesNoEmptyPathToQt)
 {
     const WarningCounter counter;
 
@@ -668,13 +378,11 @@ TEST_F(TemporaryHardLinkTest, UnlinkFilePathAsksNothingOfTheSystemForAnEmptyPath
 TEST_F(TemporaryHardLinkTest, ExistsFollowsLinks)
 {
     WriteOriginal();
-    folder.MakeFolder(QStringLiteral("sub"));
-    folder.Link(QStringLiteral("original"), QStringLiteral("link"));
-    folder.Link(QStringLiteral("none"), QStringLiteral("dangling"));
-    folder.Link(QStringLiteral("loop"), QStringLiteral("loop"));
-    const auto exists = [this](const char* name) {
-        return TemporaryHardLink::exists(folder.Path(QLatin1String(name)).toStdString());
-    };
+    MakeFolder("sub");
+    Link("original", "link");
+    Link("none", "dangling");
+    Link("loop", "loop");
+    const auto exists = [this](const char* name) { return TemporaryHardLink::exists(Path(name)); };
 
     EXPECT_TRUE(exists("original"));
     EXPECT_TRUE(exists("sub"));
@@ -692,17 +400,26 @@ TEST_F(TemporaryHardLinkTest, LogsNothingWhateverFails)
 
     {
         TemporaryHardLink link(unlinkable);
-        folder.Write(QStringLiteral("temp/")
-                     + QFileInfo(QString::fromStdString(link.GetLinkedFilePath())).fileName()
-                     + QStringLiteral("/file"));
+        WriteAt(link.GetLinkedFilePath() + "/file");
         link.Reset(unlinkable);
         MakeTemporaryFolderUnusable();
         link.Reset(WriteOriginal());
         link.Reset("");
     }
 
-    EXPECT_THAT(log.Messages(), testing::IsEmpty());
+    EXPECT_THAT(log.Messages(), IsEmpty());
     EXPECT_EQ(warnings, 0);
+}
+
+TEST_F(TemporaryHardLinkTest, FindsAFileWithNonAsciiLettersInItsName)
+{
+    const std::string original = WriteOriginal("\xC3\xA4 \xE6\x96\x87 \xF0\x9F\xAB\x8F");
+
+    const TemporaryHardLink link(original);
+
+    EXPECT_EQ(link.GetExistFilePath(), original);
+    ASSERT_EQ(TemporaryFiles().size(), 1U);
+    EXPECT_TRUE(std::filesystem::exists(TemporaryFiles()[0]));
 }
 
 struct LinkedPath
@@ -717,18 +434,17 @@ void PrintTo(const LinkedPath& linked, std::ostream* stream)
     *stream << linked.path;
 }
 
-class LinkedPaths : public TemporaryHardLinkTest, public testing::WithParamInterface<LinkedPath>
+class TemporaryHardLinkPathTest : public TemporaryHardLinkTest, public testing::WithParamInterface<LinkedPath>
 {
 };
 
-TEST_P(LinkedPaths, AreLinkedAsTheyAre)
+TEST_P(TemporaryHardLinkPathTest, LinksToTheUnchangedPath)
 {
     const TemporaryHardLink link(GetParam().path);
 
     EXPECT_EQ(link.GetOriginalFilePath(), GetParam().path);
     EXPECT_EQ(link.GetLinkedFilePath(), "");
-    ASSERT_EQ(TemporaryFiles().size(), 1);
-    EXPECT_EQ(LinkText(TemporaryFile()), GetParam().linkText);
+    EXPECT_THAT(LinkTexts(), ElementsAre(GetParam().linkText));
 }
 
 LinkedPath Unchanged(const std::string& name, const std::string& path)
@@ -736,7 +452,7 @@ LinkedPath Unchanged(const std::string& name, const std::string& path)
     return {name, path, path};
 }
 
-INSTANTIATE_TEST_SUITE_P(Paths, LinkedPaths,
+INSTANTIATE_TEST_SUITE_P(Paths, TemporaryHardLinkPathTest,
                          testing::ValuesIn(std::vector<LinkedPath>{
                              Unchanged("Relative", "some/file"),
                              Unchanged("NotCleanedUp", "/a//b/./../c/"),
@@ -749,7 +465,7 @@ INSTANTIATE_TEST_SUITE_P(Paths, LinkedPaths,
                              Unchanged("OutsideOfTheBasicPlane", "/\xf0\x9f\xab\x8f"),
                              Unchanged("WithANameOf255Bytes", "/" + std::string(255, 'n')),
                              Unchanged("Of4095Bytes", "/" + std::string(4094, 'p')),
-                             // Bytes that are no text cannot pass through a QString.
+                             // A QString cannot hold bytes that are not text.
                              LinkedPath{"ThatIsNotUtf8",
                                         "/a\xff"
                                         "b",
@@ -757,16 +473,5 @@ INSTANTIATE_TEST_SUITE_P(Paths, LinkedPaths,
                                         "b"},
                          }),
                          [](const auto& path) { return path.param.name; });
-
-TEST_F(TemporaryHardLinkTest, FindsAFileWithOtherLettersInItsName)
-{
-    const std::string original = WriteOriginal(QStringLiteral("\u00e4 \u6587 \U0001FACF"));
-
-    const TemporaryHardLink link(original);
-
-    EXPECT_EQ(link.GetExistFilePath(), original);
-    ASSERT_EQ(TemporaryFiles().size(), 1);
-    EXPECT_TRUE(QFileInfo::exists(TemporaryFile()));
-}
 
 } // namespace

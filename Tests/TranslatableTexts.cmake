@@ -1,5 +1,5 @@
-# The texts that a translator finds in the libraries' sources, by their contexts. An application's catalogue is made
-# from them, so a text that is put together elsewhere, or looked up in another context, stays untranslated.
+# Checks which texts lupdate finds in the libraries' sources, and in which contexts. An application's catalogue is made
+# from them: a text that lupdate does not find, or finds in another context, stays untranslated.
 #
 # cmake -D LUPDATE=<program> -D SOURCES=<root of the project> -D CATALOGUE=<file to write> -P TranslatableTexts.cmake
 
@@ -34,5 +34,5 @@ endforeach()
 
 if(NOT found STREQUAL expected)
     string(REPLACE ";" "\n  " found "${found}")
-    message(FATAL_ERROR "A translator finds\n  ${found}")
+    message(FATAL_ERROR "lupdate finds other texts than expected:\n  ${found}")
 endif()

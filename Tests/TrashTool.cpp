@@ -1,14 +1,20 @@
-// Calls MoveToTrash() in a process of its own, since a process looks at its environment for a trash only
-// once.
+// Calls MoveToTrash() in a process of its own, since a process reads the environment for the trash only once.
 //
-//     TrashTool [--as-stranger] [--unable-to-write] [--lose-note] [--replace-at-once]
-//     [--rename-in-trash=NAME]
-//               [--few-looks] [--no-listing] <path, percent-encoded>
+//     TrashTool [option]... <path, percent-encoded>
 //
-// Ends with 0 when the call returned true and with 1 when it returned false; with 3 when it did what the
-// options forbid: looked at very many files (--few-looks), or listed a trash (--no-listing).
+//     --as-other-user         run as an unprivileged user
+//     --full-disk             fail when something is written to a file
+//     --lose-info             empty the info of the file in the trash
+//     --replace-file          make an empty file where the trashed one was
+//     --rename-in-trash=NAME  give the file another name in the trash
+//     --few-lstat-calls       forbid many calls of lstat()
+//     --no-listing            forbid listing the trash
+//
+// The exit code is 0 when the call returned true, 1 when it returned false, 2 when an option is wrong, and 3
+// when the call did something forbidden.
 
 #include "Core/FileOperations.h"
+#include "Tests/Support/NextFunction.h"
 #include "Tests/Support/Unprivileged.h"
 
 #include <QByteArray>
@@ -21,7 +27,6 @@
 #include <string>
 
 #include <dirent.h>
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <gio/gio.h>
 #include <sys/resource.h>
@@ -34,19 +39,19 @@
 
 namespace {
 
-constexpr int cannotTell = 2;
-constexpr int didWhatIsForbidden = 3;
+constexpr int wrongUsage = 2;
+constexpr int forbiddenCall = 3;
 
-bool loseNote = false;
-bool replaceAtOnce = false;
+bool loseInfo = false;
+bool replaceFile = false;
 std::string nameInTrash;
 bool mayList = true;
-bool mayLookOften = true;
-constexpr int fewLooks = 100;
-std::atomic<int> looks = 0;
+bool mayCallLstatOften = true;
+constexpr int fewCalls = 100;
+std::atomic<int> lstatCalls = 0;
 
-/// From now on files can be made, moved and deleted, but nothing written to them, as on a full disk.
-bool LoseTheAbilityToWrite()
+/// As on a full disk, files can be made, moved and deleted from now on, but nothing can be written to them.
+bool ForbidWriting()
 {
     const rlimit nothing = {0, 0};
     return std::signal(SIGXFSZ, SIG_IGN) != SIG_ERR && ::setrlimit(RLIMIT_FSIZE, &nothing) == 0;
@@ -61,46 +66,45 @@ void RenameInTrash(GFile* file)
                             trash / "info" / (nameInTrash + ".trashinfo"));
 }
 
-/// Leaves the note of a file in the home folder's trash as an older GIO does when the disk is full.
-void EmptyNoteOf(GFile* file)
+/// Empties the info of a file in the home folder's trash, as an older GIO leaves it when the disk is full.
+void EmptyInfoOf(GFile* file)
 {
     const std::string name = std::filesystem::path(g_file_peek_path(file)).filename();
-    const std::string note = std::string(g_get_user_data_dir()) + "/Trash/info/" + name + ".trashinfo";
-    std::filesystem::resize_file(note, 0);
+    const std::string info = std::string(g_get_user_data_dir()) + "/Trash/info/" + name + ".trashinfo";
+    std::filesystem::resize_file(info, 0);
 }
 
 } // namespace
 
-/// Stands before the system's own, as the next ones do.
+// These replace functions of the system and of GIO.
+
 extern "C" __attribute__((visibility("default"))) int lstat(const char* path, struct stat* status) noexcept
 {
-    if (!mayLookOften && ++looks > fewLooks)
-        ::_exit(didWhatIsForbidden);
+    if (!mayCallLstatOften && ++lstatCalls > fewCalls)
+        ::_exit(forbiddenCall);
     return ::fstatat(AT_FDCWD, path, status, AT_SYMLINK_NOFOLLOW);
 }
 
 extern "C" __attribute__((visibility("default"))) DIR* opendir(const char* path)
 {
-    static const auto original = reinterpret_cast<decltype(&opendir)>(::dlsym(RTLD_NEXT, "opendir"));
+    static const auto original = Tests::NextFunction<decltype(opendir)>("opendir");
     if (!mayList && std::filesystem::path(path).filename() == "files")
-        ::_exit(didWhatIsForbidden);
+        ::_exit(forbiddenCall);
     return original(path);
 }
 
-/// Stands before GIO's own. Then the note is lost, or somebody makes an empty file where one has just gone to
-/// the trash, or GIO has given it another name there.
 extern "C" __attribute__((visibility("default"))) gboolean
 g_file_trash(GFile* file, GCancellable* cancellable, GError** error)
 {
-    const auto original = reinterpret_cast<decltype(&g_file_trash)>(::dlsym(RTLD_NEXT, "g_file_trash"));
+    const auto original = Tests::NextFunction<decltype(g_file_trash)>("g_file_trash");
 #ifdef __SANITIZE_ADDRESS__
-    // GIO forgets a string or two when it refuses.
-    const __lsan::ScopedDisabler passOverItsLeaks;
+    // GIO leaks a few strings when it refuses a file.
+    const __lsan::ScopedDisabler ignoreLeaks;
 #endif
     const gboolean done = original(file, cancellable, error);
-    if (done && loseNote)
-        EmptyNoteOf(file);
-    if (replaceAtOnce)
+    if (done && loseInfo)
+        EmptyInfoOf(file);
+    if (replaceFile)
         ::close(::open(g_file_peek_path(file), O_WRONLY | O_CREAT | O_EXCL, 0600));
     if (done && !nameInTrash.empty())
         RenameInTrash(file);
@@ -110,26 +114,26 @@ g_file_trash(GFile* file, GCancellable* cancellable, GError** error)
 int main(int argc, char* argv[])
 {
     if (argc < 2)
-        return cannotTell;
+        return wrongUsage;
 
     const QByteArray renameInTrash = "--rename-in-trash=";
-    std::unique_ptr<Tests::Unprivileged> stranger;
+    std::unique_ptr<Tests::Unprivileged> otherUser;
     for (int i = 1; i < argc - 1; ++i) {
         const QByteArray option = argv[i];
-        if (option == "--as-stranger")
-            stranger = std::make_unique<Tests::Unprivileged>();
-        else if (option == "--lose-note")
-            loseNote = true;
-        else if (option == "--replace-at-once")
-            replaceAtOnce = true;
-        else if (option == "--few-looks")
-            mayLookOften = false;
+        if (option == "--as-other-user")
+            otherUser = std::make_unique<Tests::Unprivileged>();
+        else if (option == "--lose-info")
+            loseInfo = true;
+        else if (option == "--replace-file")
+            replaceFile = true;
+        else if (option == "--few-lstat-calls")
+            mayCallLstatOften = false;
         else if (option == "--no-listing")
             mayList = false;
         else if (option.startsWith(renameInTrash))
             nameInTrash = option.mid(renameInTrash.size()).toStdString();
-        else if (option != "--unable-to-write" || !LoseTheAbilityToWrite())
-            return cannotTell;
+        else if (option != "--full-disk" || !ForbidWriting())
+            return wrongUsage;
     }
 
     const std::string path = QByteArray::fromPercentEncoding(argv[argc - 1]).toStdString();

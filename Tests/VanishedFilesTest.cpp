@@ -1,4 +1,4 @@
-// Files of one name that are gone: none of them has a canonical path, and still each is itself.
+// Removed files of one name: none of them has a canonical path any more, and still they are different files.
 
 #include "Tests/Support/BothWatchersFixture.h"
 #include "Tests/Support/CurrentFolder.h"
@@ -9,39 +9,34 @@
 #include <vector>
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
 namespace Tests {
 namespace {
 
-/// Three files of one name, in the order in which the snapshot has them, and which of them vanish.
+/// Three files of one name; the parameter is the position in the snapshot of the one that is removed.
 class VanishedFilesTest : public BothWatchersFixture, public testing::WithParamInterface<int>
 {
 protected:
-    VanishedFilesTest()
-    {
-        for (const char* path : {"root/1/a", "root/2/a", "root/3/a", "root/z"})
-            folder.Write(QString::fromUtf8(path));
-    }
+    VanishedFilesTest() { Write({"root/1/a", "root/2/a", "root/3/a", "root/z"}); }
 
-    /// What stays when the one at a place leaves.
-    static Texts Without(Texts texts, int place)
+    /// The texts without the one at a position.
+    static Texts Without(Texts texts, int position)
     {
-        texts.erase(texts.begin() + place);
+        texts.erase(texts.begin() + position);
         return texts;
     }
 
-    /// All three are gone. @return the path of the one at a place of the list
-    QString RemoveAllThree(const Texts& listed, int place) const
+    /// Removes all three files. @return the path of the one at a position of the list
+    QString RemoveAllThree(const Texts& listed, int position) const
     {
         for (int i = 0; i < 3; ++i)
-            Remove(listed.at(static_cast<std::size_t>(i)).c_str());
-        return Path(listed.at(static_cast<std::size_t>(place)).c_str());
+            Remove(listed.at(static_cast<std::size_t>(i)));
+        return Path(listed.at(static_cast<std::size_t>(position)));
     }
 };
 
-TEST_P(VanishedFilesTest, LeaveTheListEachByItsOwnNotice)
+TEST_P(VanishedFilesTest, AreRemovedEachByItsOwnNotice)
 {
     StartBoth(1);
     const Texts watcherFiles = Files();
@@ -56,10 +51,10 @@ TEST_P(VanishedFilesTest, LeaveTheListEachByItsOwnNotice)
     EXPECT_EQ(CheckerFiles(), Without(checkerFiles, GetParam()));
 }
 
-TEST_P(VanishedFilesTest, LeaveTheListEachByItsOwnNoticeAlsoAfterAPass)
+TEST_P(VanishedFilesTest, AreRemovedEachByItsOwnNoticeAfterAPassToo)
 {
     StartBoth(1);
-    folder.Write(QStringLiteral("root/4/a"));
+    Write("root/4/a");
     watcher->OnDirectoryChanged(Path("root"));
     checker.CheckFolder();
     Remove("root/4/a");
@@ -78,7 +73,7 @@ TEST_P(VanishedFilesTest, LeaveTheListEachByItsOwnNoticeAlsoAfterAPass)
     EXPECT_EQ(CheckerFiles(), Without(checkerFiles, GetParam()));
 }
 
-TEST_P(VanishedFilesTest, LeaveTheListOfARelativeRootEachByItsOwnNotice)
+TEST_P(VanishedFilesTest, AreRemovedEachByItsOwnNoticeBelowARelativeRoot)
 {
     const CurrentFolder current(folder.Path());
     ASSERT_TRUE(watcher->StartWatching(QStringLiteral("root"), {}, {}, 1));
@@ -95,15 +90,14 @@ TEST_P(VanishedFilesTest, LeaveTheListOfARelativeRootEachByItsOwnNotice)
         EXPECT_NE(info.absoluteFilePath(), path);
 }
 
-/// The files of the root itself are listed by relative paths, and looked for by absolute ones.
+/// The files of the root itself are listed by relative paths and compared by absolute ones.
 TEST_P(VanishedFilesTest, AreFoundByTheirAbsolutePathInAListOfRelativeOnes)
 {
     const CurrentFolder current(Path("root"));
-    folder.Write(QStringLiteral("root/a"));
+    Write("root/a");
     ASSERT_TRUE(checker.StartWatching(QStringLiteral("."), {}, {}, 1));
     checker.CheckFolder();
-    for (const char* path : {"root/a", "root/1/a", "root/2/a", "root/3/a"})
-        Remove(path);
+    Remove({"root/a", "root/1/a", "root/2/a", "root/3/a"});
     const QString path = checker.GetFileInfoList().at(GetParam()).absoluteFilePath();
 
     checker.OnFileChanged(path);
@@ -118,7 +112,7 @@ INSTANTIATE_TEST_SUITE_P(Place, VanishedFilesTest, testing::Values(0, 1, 2),
 
 using VanishedFilesInAPassTest = VanishedFilesTest;
 
-TEST_F(VanishedFilesInAPassTest, AreOutOfTheListWhenTheyAreReported)
+TEST_F(VanishedFilesInAPassTest, AreNoLongerListedWhenTheyAreReported)
 {
     StartBoth(1);
     checker.CheckFolder();
@@ -142,14 +136,14 @@ TEST_F(VanishedFilesInAPassTest, AreOutOfTheListWhenTheyAreReported)
     EXPECT_THAT(CheckerFiles(), ElementsAre("root/z"));
 }
 
-TEST_F(VanishedFilesInAPassTest, DoNotTakeOneOfTheirNameThatIsThereWithThem)
+TEST_F(VanishedFilesInAPassTest, DoNotRemoveAnExistingFileOfTheirName)
 {
     StartBoth(1);
     const Texts listed = Files();
-    Remove(listed.at(0).c_str());
-    Remove(listed.at(2).c_str());
+    Remove(listed.at(0));
+    Remove(listed.at(2));
 
-    watcher->OnFileChanged(Path(listed.at(2).c_str()));
+    watcher->OnFileChanged(Path(listed.at(2)));
     checker.CheckFolder();
 
     EXPECT_THAT(Files(), ElementsAre(listed.at(0), listed.at(1), "root/z"));

@@ -20,7 +20,7 @@ TEST(FilePredicateTest, IsAskedAboutTheFile)
     EXPECT_FALSE(Accepts(predicate, QFileInfo(QStringLiteral("/b"))));
 }
 
-TEST(FilePredicateTest, SharesItsStateWithItsCopiesAndNotWithTheGivenOne)
+TEST(FilePredicateTest, SharesStateWithItsCopiesButNotWithTheOriginal)
 {
     const FilePredicate given = [asked = 0](const QFileInfo&) mutable { return ++asked > 2; };
     const FilePredicate predicate = MakeSharedPredicate(given);

@@ -1,5 +1,8 @@
+// What each of the two watchers reports when the file system fails.
+
 #include "Tests/Support/BothWatchersFixture.h"
 #include "Tests/Support/ByteFolder.h"
+#include "Tests/Support/NextFunction.h"
 
 #include <QFile>
 
@@ -14,31 +17,38 @@
 #include <utility>
 
 #include <dirent.h>
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/inotify.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-// What each of the two watchers makes of a file system that fails.
+using testing::Contains;
+using testing::Each;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+using testing::StartsWith;
+using testing::UnorderedElementsAre;
+using testing::UnorderedElementsAreArray;
 
+namespace Tests {
 namespace {
 
 constexpr int unlimited = std::numeric_limits<int>::max();
 
-/// What a test does to the calls that list folders and register paths.
+/// What a test changes in the calls that list folders and register paths.
 struct Faults
 {
-    /// How many paths the system still takes for notices.
+    /// How many paths can still be registered for notices.
     int watchesLeft = unlimited;
-    /// Runs when a path was taken.
+    /// Runs after a path was registered.
     std::function<void(const std::string&)> afterRegistering;
 
     /// The folder that cannot be opened, and why.
     std::string refusedFolder;
     int refusal = 0;
 
-    /// The folder that fails, or whose reading has consequences, after so many entries.
+    /// The folder whose reading fails after this many entries, or calls insteadOfFailing then.
     std::string brokenFolder;
     int readableEntries = unlimited;
     /// Runs instead of the failure, once.
@@ -51,12 +61,6 @@ Faults& TheFaults()
     return faults;
 }
 
-template <typename Function>
-Function Systems(const char* name)
-{
-    return reinterpret_cast<Function>(::dlsym(RTLD_NEXT, name));
-}
-
 std::string PathOf(DIR* folder)
 {
     std::array<char, PATH_MAX> path;
@@ -65,7 +69,7 @@ std::string PathOf(DIR* folder)
     return length < 0 ? std::string() : std::string(path.data(), static_cast<std::size_t>(length));
 }
 
-/// Counts a reading; whether it may go on.
+/// Counts a call that reads an entry. @return whether the call may succeed
 bool MayRead(DIR* folder)
 {
     Faults& faults = TheFaults();
@@ -84,21 +88,22 @@ bool MayRead(DIR* folder)
 }
 
 } // namespace
+} // namespace Tests
 
-// In the place of the system's, for the library's calls and for Qt's.
+// These replace the system's functions, for the library's calls and for Qt's.
 extern "C" {
 
 int inotify_add_watch(int descriptor, const char* path, uint32_t mask) noexcept
 {
-    static const auto system = Systems<decltype(&inotify_add_watch)>("inotify_add_watch");
-    Faults& faults = TheFaults();
+    static const auto original = Tests::NextFunction<decltype(inotify_add_watch)>("inotify_add_watch");
+    Tests::Faults& faults = Tests::TheFaults();
     if (faults.watchesLeft == 0) {
         errno = ENOSPC;
         return -1;
     }
-    if (faults.watchesLeft != unlimited)
+    if (faults.watchesLeft != Tests::unlimited)
         --faults.watchesLeft;
-    const int watch = system(descriptor, path, mask);
+    const int watch = original(descriptor, path, mask);
     if (faults.afterRegistering)
         faults.afterRegistering(path);
     return watch;
@@ -106,42 +111,36 @@ int inotify_add_watch(int descriptor, const char* path, uint32_t mask) noexcept
 
 DIR* opendir(const char* path)
 {
-    static const auto system = Systems<DIR* (*)(const char*)>("opendir");
-    const Faults& faults = TheFaults();
+    static const auto original = Tests::NextFunction<DIR*(const char*)>("opendir");
+    const Tests::Faults& faults = Tests::TheFaults();
     if (!faults.refusedFolder.empty() && path == faults.refusedFolder) {
         errno = faults.refusal;
         return nullptr;
     }
-    return system(path);
+    return original(path);
 }
 
 dirent* readdir(DIR* folder)
 {
-    static const auto system = Systems<dirent* (*)(DIR*)>("readdir");
-    return MayRead(folder) ? system(folder) : nullptr;
+    static const auto original = Tests::NextFunction<dirent*(DIR*)>("readdir");
+    return Tests::MayRead(folder) ? original(folder) : nullptr;
 }
 
 dirent64* readdir64(DIR* folder)
 {
-    static const auto system = Systems<dirent64* (*)(DIR*)>("readdir64");
-    return MayRead(folder) ? system(folder) : nullptr;
+    static const auto original = Tests::NextFunction<dirent64*(DIR*)>("readdir64");
+    return Tests::MayRead(folder) ? original(folder) : nullptr;
 }
 
 } // extern "C"
 
+namespace Tests {
 namespace {
-
-using testing::Contains;
-using testing::Each;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::StartsWith;
-using Tests::BothWatchersFixture;
 
 class WatcherFaultsTest : public BothWatchersFixture
 {
 protected:
-    WatcherFaultsTest() { folder.MakeFolder(QStringLiteral("root")); }
+    WatcherFaultsTest() { folder.MakeFolder("root"); }
     ~WatcherFaultsTest() override { EndFaults(); }
 
     static void EndFaults() { TheFaults() = {}; }
@@ -159,25 +158,24 @@ protected:
 
 // The limits of the system's notices
 
-TEST_F(WatcherFaultsTest, FilesBeyondTheLimitOfNoticesAreListedByBothAndFollowedByTheChecker)
+TEST_F(WatcherFaultsTest, FilesBeyondTheLimitOfNoticesAreListedByBothAndReportedByTheChecker)
 {
     Write({"root/a", "root/b", "root/c"});
     TheFaults().watchesLeft = 3; // the root, a and b
 
     StartBoth();
     EndFaults();
-    Touch("root/b");
-    Touch("root/c");
+    Touch({"root/b", "root/c"});
     Settle();
 
     EXPECT_THAT(Files(), ElementsAre("root/a", "root/b", "root/c"));
     EXPECT_EQ(Files(), CheckerFiles());
-    EXPECT_THAT(RegisteredFiles(), testing::UnorderedElementsAre("root/a", "root/b"));
+    EXPECT_THAT(RegisteredFiles(), UnorderedElementsAre("root/a", "root/b"));
     EXPECT_THAT(WatcherSaw(), ElementsAre("FileChanged root/b"));
     EXPECT_THAT(CheckerSaw(), ElementsAre("FileChanged root/b", "FileChanged root/c"));
 }
 
-TEST_F(WatcherFaultsTest, ARootBeyondTheLimitOfNoticesIsDeafForTheWatcherAndWholeAgainAfterAnotherStart)
+TEST_F(WatcherFaultsTest, ARootBeyondTheLimitOfNoticesIsSilentForTheWatcherUntilARestart)
 {
     Write({"root/a"});
     TheFaults().watchesLeft = 0;
@@ -193,7 +191,7 @@ TEST_F(WatcherFaultsTest, ARootBeyondTheLimitOfNoticesIsDeafForTheWatcherAndWhol
 
     watcher->StopWatching();
     ASSERT_TRUE(watcher->StartWatching(Path("root"), {}, {}, 0));
-    Clear();
+    ClearLogs();
     Touch("root/a");
     Remove("root/b");
     Settle();
@@ -209,11 +207,11 @@ int QueueLimit()
     return limit > 0 ? limit : 16384;
 }
 
-/// Has more happen to two files than the system's queue holds while nobody reads it.
+/// Changes two files more often than the system's queue of notices can hold.
 void OverflowTheQueue(const QString& file, const QString& otherFile)
 {
     const std::array<QByteArray, 2> paths = {QFile::encodeName(file), QFile::encodeName(otherFile)};
-    // In turns, as the system makes one notice of two that are alike and follow each other.
+    // In turns, since the system merges two equal notices that follow each other.
     for (int i = 0; i <= QueueLimit(); ++i) {
         const timespec time = {1000000000 + i, 0};
         const std::array<timespec, 2> times = {time, time};
@@ -222,7 +220,7 @@ void OverflowTheQueue(const QString& file, const QString& otherFile)
     }
 }
 
-TEST_F(WatcherFaultsTest, WhatHappensWhileTheQueueOfNoticesIsFullIsLostForTheWatcherUntilTheFileChangesAgain)
+TEST_F(WatcherFaultsTest, TheWatcherMissesChangesWhileTheQueueOfNoticesIsFullUntilTheFileChangesAgain)
 {
     Write({"root/a", "root/b", "root/changed", "root/removed"});
     StartBoth();
@@ -233,12 +231,12 @@ TEST_F(WatcherFaultsTest, WhatHappensWhileTheQueueOfNoticesIsFullIsLostForTheWat
     Write({"root/new"});
     Settle();
 
-    // The new file is found all the same, by a look at the whole folder.
+    // The new file is found all the same, by a scan of the whole folder.
     EXPECT_THAT(WatcherSaw(), ElementsAre("FileAdded root/new", "FileChanged root/a", "FileChanged root/b"));
     EXPECT_THAT(CheckerSaw(), ElementsAre("FileAdded root/new", "FileChanged root/a", "FileChanged root/b",
                                           "FileChanged root/changed", "FileRemoved root/removed"));
 
-    Clear();
+    ClearLogs();
     Touch("root/changed");
     Remove("root/new");
     Settle();
@@ -249,24 +247,20 @@ TEST_F(WatcherFaultsTest, WhatHappensWhileTheQueueOfNoticesIsFullIsLostForTheWat
     EXPECT_THAT(CheckerFiles(), ElementsAre("root/a", "root/b", "root/changed"));
 }
 
-// Folders that cannot be listed; with and without name filters, which have another listing
+// Folders that cannot be listed, with and without name filters, for which the listing differs
 
 class ListingFaultsTest : public WatcherFaultsTest, public testing::WithParamInterface<const char*>
 {
 protected:
-    static QStringList NameFilters()
-    {
-        const QString pattern = QString::fromUtf8(GetParam());
-        return pattern.isEmpty() ? QStringList() : QStringList(pattern);
-    }
+    static NameFilters Filters() { return *GetParam() ? NameFilters{GetParam()} : NameFilters(); }
 
     void StartBoth(unsigned int depth = 0, const Predicate& filter = {})
     {
-        WatcherFaultsTest::StartBoth(depth, NameFilters(), filter);
+        WatcherFaultsTest::StartBoth(depth, Filters(), filter);
     }
 };
 
-TEST_P(ListingFaultsTest, AFolderThatIsRefusedKeepsItsFilesAndGivesItsNewOnesLater)
+TEST_P(ListingFaultsTest, AnUnreadableFolderKeepsItsFilesAndReportsItsNewOnesLater)
 {
     Write({"root/a", "root/b"});
     StartBoth();
@@ -282,7 +276,7 @@ TEST_P(ListingFaultsTest, AFolderThatIsRefusedKeepsItsFilesAndGivesItsNewOnesLat
     EXPECT_THAT(Files(), ElementsAre("root/a"));
 
     EndFaults();
-    Clear();
+    ClearLogs();
     Write({"root/d"});
     Settle();
 
@@ -291,7 +285,7 @@ TEST_P(ListingFaultsTest, AFolderThatIsRefusedKeepsItsFilesAndGivesItsNewOnesLat
     EXPECT_EQ(Files(), CheckerFiles());
 }
 
-TEST_P(ListingFaultsTest, ASubfolderThatIsRefusedLeavesTheRestAsItIs)
+TEST_P(ListingFaultsTest, AnUnreadableSubfolderDoesNotAffectTheOthers)
 {
     Write({"root/a", "root/sub/b", "root/tub/c"});
     StartBoth(1);
@@ -306,7 +300,7 @@ TEST_P(ListingFaultsTest, ASubfolderThatIsRefusedLeavesTheRestAsItIs)
     EXPECT_THAT(CheckerFiles(), Contains("root/sub/b"));
 }
 
-TEST_P(ListingFaultsTest, AFolderThatIsRefusedAtTheStartIsEmptyForBothAtFirst)
+TEST_P(ListingFaultsTest, AFolderThatIsUnreadableAtTheStartIsEmptyForBothAtFirst)
 {
     Write({"root/a"});
     Refuse("root", EACCES);
@@ -324,7 +318,7 @@ TEST_P(ListingFaultsTest, AFolderThatIsRefusedAtTheStartIsEmptyForBothAtFirst)
     EXPECT_EQ(WatcherSaw(), CheckerSaw());
 }
 
-TEST_P(ListingFaultsTest, AListingThatFailsHalfwayTakesNoKnownFileAway)
+TEST_P(ListingFaultsTest, AListingThatFailsHalfwayRemovesNoKnownFile)
 {
     Write({"root/a", "root/b", "root/c"});
     StartBoth();
@@ -339,7 +333,7 @@ TEST_P(ListingFaultsTest, AListingThatFailsHalfwayTakesNoKnownFileAway)
     EXPECT_THAT(Files(), ElementsAre("root/a", "root/b", "root/c"));
 
     EndFaults();
-    Clear();
+    ClearLogs();
     Write({"root/e"});
     Settle();
 
@@ -348,19 +342,19 @@ TEST_P(ListingFaultsTest, AListingThatFailsHalfwayTakesNoKnownFileAway)
     EXPECT_EQ(Files(), CheckerFiles());
 }
 
-TEST_P(ListingFaultsTest, AListingThatFailsHalfwayAtTheStartIsMadeUpForLater)
+TEST_P(ListingFaultsTest, AListingThatFailsHalfwayAtTheStartIsCompletedLater)
 {
     Write({"root/a", "root/b", "root/c"});
 
-    // The folder itself and the one above are among the entries: at least two of the files are.
+    // The entries include "." and "..", so at least two of the files are read.
     BreakAfter(4, "root");
-    ASSERT_TRUE(checker.StartWatching(Path("root"), NameFilters(), {}, 0));
+    ASSERT_TRUE(checker.StartWatching(Path("root"), Filters(), {}, 0));
     const Texts checkerFiles = CheckerFiles();
     BreakAfter(4, "root");
-    ASSERT_TRUE(watcher->StartWatching(Path("root"), NameFilters(), {}, 0));
+    ASSERT_TRUE(watcher->StartWatching(Path("root"), Filters(), {}, 0));
     const Texts files = Files();
     EndFaults();
-    Clear();
+    ClearLogs();
     Write({"root/d"});
     Settle();
 
@@ -368,21 +362,21 @@ TEST_P(ListingFaultsTest, AListingThatFailsHalfwayAtTheStartIsMadeUpForLater)
     EXPECT_EQ(checkerFiles.size(), 2u);
     EXPECT_THAT(Files(), ElementsAre("root/a", "root/b", "root/c", "root/d"));
     EXPECT_EQ(Files(), CheckerFiles());
-    EXPECT_THAT(WatcherSaw(), testing::SizeIs(2));
+    EXPECT_THAT(WatcherSaw(), SizeIs(2));
     EXPECT_THAT(WatcherSaw(), Each(StartsWith("FileAdded")));
     EXPECT_EQ(WatcherSaw(), CheckerSaw());
 }
 
-// What is listed and then gone
+// Files and folders that are deleted after their listing
 
-TEST_P(ListingFaultsTest, ARootThatGoesWhileTheCheckerReadsItIsEmptyInTheEnd)
+TEST_P(ListingFaultsTest, ARootThatIsDeletedWhileTheCheckerReadsItIsEmptyInTheEnd)
 {
     Write({"root/a", "root/b", "root/sub/c"});
     StartBoth(1);
 
     Write({"root/d"});
     BreakAfter(3, "root");
-    TheFaults().insteadOfFailing = [&] { folder.RemoveFolder(QStringLiteral("root")); };
+    TheFaults().insteadOfFailing = [&] { folder.RemoveFolder("root"); };
     checker.CheckFolder();
     checker.CheckFolder();
 
@@ -393,14 +387,14 @@ TEST_P(ListingFaultsTest, ARootThatGoesWhileTheCheckerReadsItIsEmptyInTheEnd)
     EXPECT_THAT(checkerLog.EntriesOf("FileChanged"), IsEmpty());
 }
 
-TEST_P(ListingFaultsTest, ARootThatGoesWhileTheWatcherReadsItLosesItsRegisteredFiles)
+TEST_P(ListingFaultsTest, ARootThatIsDeletedWhileTheWatcherReadsItLosesItsRegisteredFiles)
 {
     Write({"root/a", "root/b", "root/sub/c"});
     StartBoth(1);
 
     Write({"root/d"});
     BreakAfter(3, "root");
-    TheFaults().insteadOfFailing = [&] { folder.RemoveFolder(QStringLiteral("root")); };
+    TheFaults().insteadOfFailing = [&] { folder.RemoveFolder("root"); };
     Settle();
 
     for (const char* file : {"root/a", "root/b", "root/sub/c"})
@@ -409,13 +403,13 @@ TEST_P(ListingFaultsTest, ARootThatGoesWhileTheWatcherReadsItLosesItsRegisteredF
     EXPECT_FALSE(QFileInfo::exists(Path("root")));
 }
 
-TEST_P(ListingFaultsTest, ASubfolderThatGoesWhileItIsReadTakesItsFilesWithIt)
+TEST_P(ListingFaultsTest, ASubfolderThatIsDeletedWhileItIsReadLosesItsFiles)
 {
     Write({"root/a", "root/sub/b", "root/sub/c"});
     StartBoth(1);
 
     BreakAfter(0, "root/sub");
-    TheFaults().insteadOfFailing = [&] { folder.RemoveFolder(QStringLiteral("root/sub")); };
+    TheFaults().insteadOfFailing = [&] { folder.RemoveFolder("root/sub"); };
     checker.CheckFolder();
     Settle();
 
@@ -425,11 +419,11 @@ TEST_P(ListingFaultsTest, ASubfolderThatGoesWhileItIsReadTakesItsFilesWithIt)
     EXPECT_EQ(Files(), CheckerFiles());
 }
 
-TEST_P(ListingFaultsTest, AFileThatGoesBetweenTheListingAndTheLookAtItStaysListedForTheWatcherOnly)
+TEST_P(ListingFaultsTest, AFileThatIsDeletedBetweenListingAndReadingStaysListedForTheWatcherOnly)
 {
     Write({"root/a"});
     StartBoth(0, [this](const QFileInfo& info) {
-        if (info.fileName() == QLatin1String("b"))
+        if (IsNamed(info, "b"))
             QFile::remove(Path("root/b"));
         return true;
     });
@@ -442,7 +436,7 @@ TEST_P(ListingFaultsTest, AFileThatGoesBetweenTheListingAndTheLookAtItStaysListe
     EXPECT_THAT(CheckerSaw(), ElementsAre("FileAdded root/b"));
     EXPECT_THAT(WatcherSaw(), ElementsAre("FileAdded root/b"));
 
-    Clear();
+    ClearLogs();
     Settle();
 
     EXPECT_THAT(CheckerSaw(), ElementsAre("FileRemoved root/b"));
@@ -451,7 +445,7 @@ TEST_P(ListingFaultsTest, AFileThatGoesBetweenTheListingAndTheLookAtItStaysListe
     EXPECT_THAT(Files(), ElementsAre("root/a", "root/b"));
 }
 
-TEST_P(ListingFaultsTest, AFileThatGoesOnceItIsRegisteredIsTakenOutByItsNotice)
+TEST_P(ListingFaultsTest, AFileThatIsDeletedAfterItsRegistrationIsRemovedByItsNotice)
 {
     Write({"root/a"});
     StartBoth();
@@ -468,18 +462,18 @@ TEST_P(ListingFaultsTest, AFileThatGoesOnceItIsRegisteredIsTakenOutByItsNotice)
     EXPECT_THAT(Files(), ElementsAre("root/a"));
 }
 
-TEST_P(ListingFaultsTest, AFileThatGoesDuringTheStartStaysListedForTheWatcherOnly)
+TEST_P(ListingFaultsTest, AFileThatIsDeletedDuringTheStartStaysListedForTheWatcherOnly)
 {
     Write({"root/a", "root/b"});
     const Predicate filter = [this](const QFileInfo& info) {
-        if (info.fileName() == QLatin1String("b"))
+        if (IsNamed(info, "b"))
             QFile::remove(Path("root/b"));
         return true;
     };
-    ASSERT_TRUE(checker.StartWatching(Path("root"), NameFilters(), filter, 0));
+    ASSERT_TRUE(checker.StartWatching(Path("root"), Filters(), filter, 0));
     Write({"root/b"});
-    ASSERT_TRUE(watcher->StartWatching(Path("root"), NameFilters(), filter, 0));
-    Clear();
+    ASSERT_TRUE(watcher->StartWatching(Path("root"), Filters(), filter, 0));
+    ClearLogs();
     EXPECT_THAT(CheckerFiles(), ElementsAre("root/a", "root/b"));
 
     Settle();
@@ -492,15 +486,15 @@ TEST_P(ListingFaultsTest, AFileThatGoesDuringTheStartStaysListedForTheWatcherOnl
 
 // Links and names
 
-TEST_P(ListingFaultsTest, LinksThatLeadToThemselvesAreNoFilesForEither)
+TEST_P(ListingFaultsTest, LinksToThemselvesAreNotFilesForEither)
 {
     Write({"root/a"});
-    folder.Link(QStringLiteral("self"), QStringLiteral("root/self"));
-    folder.Link(QStringLiteral("there"), QStringLiteral("root/back"));
-    folder.Link(QStringLiteral("back"), QStringLiteral("root/there"));
+    folder.Link("self", "root/self");
+    folder.Link("there", "root/back");
+    folder.Link("back", "root/there");
     StartBoth(3);
 
-    folder.Link(QStringLiteral("late"), QStringLiteral("root/late"));
+    folder.Link("late", "root/late");
     Write({"root/b"});
     Settle();
 
@@ -513,47 +507,47 @@ TEST_P(ListingFaultsTest, LinksThatLeadToThemselvesAreNoFilesForEither)
 TEST_P(ListingFaultsTest, ALinkToTheFolderAboveEndsAtTheDepthForBoth)
 {
     Write({"root/a"});
-    folder.Link(QStringLiteral("."), QStringLiteral("root/loop"));
+    folder.Link(".", "root/loop");
 
     StartBoth(2);
 
-    EXPECT_THAT(Files(), testing::UnorderedElementsAre("root/a", "root/loop/a", "root/loop/loop/a"));
-    EXPECT_THAT(CheckerFiles(), testing::UnorderedElementsAreArray(Files()));
+    EXPECT_THAT(Files(), UnorderedElementsAre("root/a", "root/loop/a", "root/loop/loop/a"));
+    EXPECT_THAT(CheckerFiles(), UnorderedElementsAreArray(Files()));
     Remove("root/a");
     Settle();
     EXPECT_THAT(CheckerFiles(), IsEmpty());
 }
 
-/// A path of so many bytes below a folder, of names that the system takes.
+/// A path of this many bytes below a folder, with names that the system accepts.
 QString LongPath(const QString& root, int bytes)
 {
     QString path = root;
-    // What is added has as many characters as bytes; the path so far may have fewer.
+    // The names that are appended are ASCII; the path so far may have more bytes than characters.
     bytes -= static_cast<int>(QFile::encodeName(path).size() - path.size());
     while (bytes - path.size() > 255)
         path += QLatin1Char('/') + QString(200, QLatin1Char('d'));
     return path + QLatin1Char('/') + QString(bytes - path.size() - 1, QLatin1Char('f'));
 }
 
-TEST_P(ListingFaultsTest, APathAsLongAsTheSystemTakesIsLikeAnyOtherForBoth)
+TEST_P(ListingFaultsTest, APathOfTheMaximumLengthIsLikeAnyOtherForBoth)
 {
     const QString path = LongPath(Path("root"), PATH_MAX - 1);
-    const QString relativePath = path.mid(folder.Path().size() + 1);
-    const std::string text = relativePath.toStdString();
-    folder.Write(relativePath);
+    const std::string relativePath = RelativePath(path, folder.Path());
+    Write(relativePath);
     StartBoth(100);
-    ASSERT_THAT(Files(), ElementsAre(text));
+    ASSERT_THAT(Files(), ElementsAre(relativePath));
 
-    folder.Touch(relativePath);
+    Touch(relativePath);
     Settle();
-    folder.Remove(relativePath);
+    Remove(relativePath);
     Settle();
 
-    EXPECT_THAT(signalLog.Entries(), ElementsAre("FileChanged " + text, "FileRemoved " + text));
+    EXPECT_THAT(signalLog.Entries(),
+                ElementsAre("FileChanged " + relativePath, "FileRemoved " + relativePath));
     EXPECT_EQ(signalLog.Entries(), checkerLog.Entries());
 }
 
-TEST_P(ListingFaultsTest, AFileBehindTheLongestPathCanBeListedButNotLookedAt)
+TEST_P(ListingFaultsTest, AFileBeyondTheMaximumLengthCanBeListedButNotRead)
 {
     const QString subfolder = QFileInfo(LongPath(Path("root"), PATH_MAX - 100)).path();
     ASSERT_TRUE(QDir().mkpath(subfolder));
@@ -581,16 +575,16 @@ TEST_P(ListingFaultsTest, AFileBehindTheLongestPathCanBeListedButNotLookedAt)
     EXPECT_THAT(second, ElementsAre(StartsWith("FileAdded")));
 }
 
-TEST_P(ListingFaultsTest, NamesThatAreNotTextAreSeenByNeitherAndDisturbNeither)
+TEST_P(ListingFaultsTest, NamesThatAreNotTextAreIgnoredByBoth)
 {
-    const Tests::ByteFolder bytes;
+    const ByteFolder bytes;
     bytes.Write("\xff.txt");
     bytes.Write("\xfe/a.txt");
     bytes.Write("a.txt");
     const QString root = QFile::decodeName(bytes.Path().c_str());
-    ASSERT_TRUE(watcher->StartWatching(root, NameFilters(), {}, 1));
-    ASSERT_TRUE(checker.StartWatching(root, NameFilters(), {}, 1));
-    Clear();
+    ASSERT_TRUE(watcher->StartWatching(root, Filters(), {}, 1));
+    ASSERT_TRUE(checker.StartWatching(root, Filters(), {}, 1));
+    ClearLogs();
 
     bytes.Write("\xc3.txt");
     bytes.Write("b.txt");
@@ -609,3 +603,4 @@ INSTANTIATE_TEST_SUITE_P(Listings, ListingFaultsTest, testing::Values("", "*"), 
 });
 
 } // namespace
+} // namespace Tests

@@ -1,75 +1,60 @@
 #include "Tests/Support/CheckerRun.h"
 #include "Tests/Support/FolderOperations.h"
+#include "Tests/Support/RunSeeds.h"
 #include "Tests/Support/Surroundings.h"
 #include "Tests/Support/WatcherRun.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <string>
-#include <vector>
 
 namespace Tests {
 namespace {
 
-/// WATCHER_MODEL_SEED and WATCHER_MODEL_OPERATIONS in the environment play one other seed, for longer.
-std::vector<unsigned int> Seeds()
+const RunSeeds& Runs()
 {
-    if (const char* seed = std::getenv("WATCHER_MODEL_SEED"))
-        return {static_cast<unsigned int>(std::strtoul(seed, nullptr, 10))};
-    std::vector<unsigned int> seeds;
-    for (unsigned int seed = 1; seed <= 20; ++seed)
-        seeds.push_back(seed);
-    return seeds;
-}
-
-int OperationsPerSeed()
-{
-    const char* count = std::getenv("WATCHER_MODEL_OPERATIONS");
-    return count ? std::atoi(count) : 300;
-}
-
-std::string ReplayHint(unsigned int seed)
-{
-    const std::string text = std::to_string(seed);
-    return "seed " + text + "; to play it again: WATCHER_MODEL_SEED=" + text
-           + " WATCHER_MODEL_OPERATIONS=" + std::to_string(OperationsPerSeed()) + " ./WatcherModelTest";
+    static const RunSeeds runs("WATCHER_MODEL", 20, 300);
+    return runs;
 }
 
 class WatcherModelTest : public testing::TestWithParam<unsigned int>
 {
+protected:
+    void Play(RandomRun& run)
+    {
+        Choices choices(GetParam());
+
+        const std::string failure = run.Play(choices, Runs().OperationsPerSeed());
+
+        EXPECT_TRUE(failure.empty()) << Runs().ReplayHint(GetParam()) << '\n' << failure;
+        RecordProperty("operations", run.OperationCount());
+    }
 };
 
-TEST_P(WatcherModelTest, FindsTheCheckerDoingWhatTheModelDoes)
+TEST_P(WatcherModelTest, CheckerDoesWhatTheModelDoes)
 {
-    if (const std::string why = Tests::WhyCaseIsLost(); !why.empty())
+    if (const std::string why = WhyCaseIsIgnored(); !why.empty())
         GTEST_SKIP() << why;
     CheckerRun run;
-    Choices choices(GetParam());
 
-    const std::string complaint = run.Play(choices, OperationsPerSeed());
+    Play(run);
 
-    EXPECT_TRUE(complaint.empty()) << ReplayHint(GetParam()) << '\n' << complaint;
-    RecordProperty("operations", run.OperationCount());
     RecordProperty("passes", run.PassCount());
     RecordProperty("signals", run.SignalCount());
 }
 
-TEST_P(WatcherModelTest, FindsTheWatcherKeepingToItsRules)
+TEST_P(WatcherModelTest, WatcherFollowsItsRules)
 {
-    if (const std::string why = Tests::WhyNoticesAreLate(); !why.empty())
+    if (const std::string why = WhyNoticesAreLate(); !why.empty())
         GTEST_SKIP() << why;
     WatcherRun run;
-    Choices choices(GetParam());
 
-    const std::string complaint = run.Play(choices, OperationsPerSeed());
+    Play(run);
 
-    EXPECT_TRUE(complaint.empty()) << ReplayHint(GetParam()) << '\n' << complaint;
-    RecordProperty("operations", run.OperationCount());
     RecordProperty("signals", run.SignalCount());
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, WatcherModelTest, testing::ValuesIn(Seeds()),
+INSTANTIATE_TEST_SUITE_P(Seeds, WatcherModelTest, testing::ValuesIn(Runs().Seeds()),
                          [](const auto& row) { return "Seed" + std::to_string(row.param); });
 
 } // namespace

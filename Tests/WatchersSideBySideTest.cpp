@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-// What each of the two watchers sees of the same events: the choice between them.
+// What each of the two watchers reports of the same events: reasons to choose one of them.
 
 namespace {
 
@@ -16,7 +16,7 @@ class WatchersSideBySideTest : public BothWatchersFixture
 {
 };
 
-TEST_F(WatchersSideBySideTest, BothSeeFilesComeChangeAndGo)
+TEST_F(WatchersSideBySideTest, BothReportNewChangedAndRemovedFiles)
 {
     Write({"root/a", "root/b"});
     StartBoth();
@@ -31,12 +31,12 @@ TEST_F(WatchersSideBySideTest, BothSeeFilesComeChangeAndGo)
     EXPECT_EQ(Files(), CheckerFiles());
 }
 
-TEST_F(WatchersSideBySideTest, BothTellARenamedFileByItsTwoNames)
+TEST_F(WatchersSideBySideTest, BothReportARenamedFileByItsTwoNames)
 {
     Write({"root/a", "root/c"});
     StartBoth();
 
-    folder.Rename(QStringLiteral("root/a"), QStringLiteral("root/b"));
+    folder.Rename("root/a", "root/b");
     Settle();
 
     EXPECT_THAT(WatcherSaw(), ElementsAre("FileAdded root/b", "FileRemoved root/a"));
@@ -51,7 +51,7 @@ TEST_F(WatchersSideBySideTest, BothSeeAFileThatIsReplacedByAnOlderOne)
     Write({"new"});
     SetTime("new", QDateTime::fromMSecsSinceEpoch(1000000000000));
 
-    folder.Rename(QStringLiteral("new"), QStringLiteral("root/a"));
+    folder.Rename("new", "root/a");
     Settle();
 
     EXPECT_THAT(WatcherSaw(), ElementsAre("FileChanged root/a"));
@@ -63,15 +63,15 @@ TEST_F(WatchersSideBySideTest, OnlyTheCheckerSeesWhatHappensToAFileAfterItWasRep
     Write({"root/a", "root/b", "root/c", "new"});
     Touch("new");
     StartBoth();
-    folder.Rename(QStringLiteral("new"), QStringLiteral("root/a"));
+    folder.Rename("new", "root/a");
     Settle();
-    Clear();
+    ClearLogs();
 
     SetTime("root/a", QDateTime::fromMSecsSinceEpoch(1000000000000));
     Settle();
     EXPECT_THAT(WatcherSaw(), IsEmpty());
     EXPECT_THAT(CheckerSaw(), ElementsAre("FileChanged root/a"));
-    Clear();
+    ClearLogs();
 
     Remove("root/a");
     Settle();
@@ -97,20 +97,20 @@ TEST_F(WatchersSideBySideTest, BothSeeAFileThatIsDeletedAndMadeAgain)
 
 TEST_F(WatchersSideBySideTest, OnlyTheCheckerSeesWhatHappensToFilesThatFilledAnEmptyFolder)
 {
-    folder.MakeFolder(QStringLiteral("root"));
+    folder.MakeFolder("root");
     StartBoth();
 
     Write({"root/a"});
     Settle();
     EXPECT_THAT(WatcherSaw(), ElementsAre("FileAdded root/a"));
     EXPECT_EQ(WatcherSaw(), CheckerSaw());
-    Clear();
+    ClearLogs();
 
     Touch("root/a");
     Settle();
     EXPECT_THAT(WatcherSaw(), IsEmpty());
     EXPECT_THAT(CheckerSaw(), ElementsAre("FileChanged root/a"));
-    Clear();
+    ClearLogs();
 
     Remove("root/a");
     Settle();
@@ -120,17 +120,17 @@ TEST_F(WatchersSideBySideTest, OnlyTheCheckerSeesWhatHappensToFilesThatFilledAnE
     EXPECT_THAT(CheckerFiles(), IsEmpty());
 }
 
-TEST_F(WatchersSideBySideTest, BothSeeTheFilesGoWhenTheRootIsDeletedAndOnlyTheCheckerThoseOfTheNext)
+TEST_F(WatchersSideBySideTest, BothReportTheFilesOfADeletedRootAndOnlyTheCheckerThoseOfTheNextRoot)
 {
     Write({"root/a", "root/b"});
     StartBoth();
 
-    folder.RemoveFolder(QStringLiteral("root"));
+    folder.RemoveFolder("root");
     Settle();
     EXPECT_THAT(WatcherSaw(), ElementsAre("FileRemoved root/a", "FileRemoved root/b"));
     EXPECT_EQ(WatcherSaw(), CheckerSaw());
     EXPECT_THAT(RegisteredFolders(), IsEmpty());
-    Clear();
+    ClearLogs();
 
     Write({"root/a", "root/c"});
     Settle();
@@ -138,15 +138,15 @@ TEST_F(WatchersSideBySideTest, BothSeeTheFilesGoWhenTheRootIsDeletedAndOnlyTheCh
     EXPECT_THAT(CheckerSaw(), ElementsAre("FileAdded root/a", "FileAdded root/c"));
 }
 
-TEST_F(WatchersSideBySideTest, AWatcherSeesARootThatWasMadeAgainWhenItIsStartedAgain)
+TEST_F(WatchersSideBySideTest, TheWatcherSeesARecreatedRootWhenItIsRestarted)
 {
     Write({"root/a"});
     StartBoth();
-    folder.RemoveFolder(QStringLiteral("root"));
+    folder.RemoveFolder("root");
     Write({"root/b"});
     Settle();
     watcher->StopWatching();
-    Clear();
+    ClearLogs();
 
     watcher->StartWatching(Path("root"), {}, {}, 0);
     Write({"root/c"});
@@ -156,18 +156,18 @@ TEST_F(WatchersSideBySideTest, AWatcherSeesARootThatWasMadeAgainWhenItIsStartedA
     EXPECT_EQ(Files(), CheckerFiles());
 }
 
-TEST_F(WatchersSideBySideTest, ARenamedRootIsEmptyForTheCheckerAndLostForTheWatcher)
+TEST_F(WatchersSideBySideTest, ARenamedRootIsEmptyForTheCheckerAndSilentForTheWatcher)
 {
     Write({"root/a", "root/b"});
     StartBoth();
 
-    folder.Rename(QStringLiteral("root"), QStringLiteral("elsewhere"));
+    folder.Rename("root", "elsewhere");
     Settle();
     EXPECT_THAT(WatcherSaw(), IsEmpty());
     EXPECT_THAT(CheckerSaw(), ElementsAre("FileRemoved root/a", "FileRemoved root/b"));
     EXPECT_THAT(Files(), ElementsAre("root/a", "root/b"));
     EXPECT_THAT(CheckerFiles(), IsEmpty());
-    Clear();
+    ClearLogs();
 
     Write({"root/a", "root/c"});
     Settle();
@@ -175,12 +175,12 @@ TEST_F(WatchersSideBySideTest, ARenamedRootIsEmptyForTheCheckerAndLostForTheWatc
     EXPECT_THAT(CheckerSaw(), ElementsAre("FileAdded root/a", "FileAdded root/c"));
 }
 
-TEST_F(WatchersSideBySideTest, TheWatcherStillHearsOfTheFilesOfARenamedRootAndFindsThemGone)
+TEST_F(WatchersSideBySideTest, TheWatcherReportsAFileOfARenamedRootAsRemovedWhenItChanges)
 {
     Write({"root/a", "root/b"});
     StartBoth();
 
-    folder.Rename(QStringLiteral("root"), QStringLiteral("elsewhere"));
+    folder.Rename("root", "elsewhere");
     Touch("elsewhere/a");
     HandleAllNotices();
 
@@ -221,19 +221,19 @@ TEST_F(WatchersSideBySideTest, BothSeeANewSubfolderWithItsFiles)
     Write({"root/a", "sub/b", "sub/c"});
     StartBoth(1);
 
-    folder.Rename(QStringLiteral("sub"), QStringLiteral("root/sub"));
+    folder.Rename("sub", "root/sub");
     Settle();
 
     EXPECT_THAT(WatcherSaw(), ElementsAre("FileAdded root/sub/b", "FileAdded root/sub/c"));
     EXPECT_EQ(WatcherSaw(), CheckerSaw());
 }
 
-TEST_F(WatchersSideBySideTest, ADeletedSubfolderTakesItsFilesWithItForBoth)
+TEST_F(WatchersSideBySideTest, BothReportTheFilesOfADeletedSubfolder)
 {
     Write({"root/a", "root/sub/b", "root/sub/c"});
     StartBoth(1);
 
-    folder.RemoveFolder(QStringLiteral("root/sub"));
+    folder.RemoveFolder("root/sub");
     Settle();
 
     EXPECT_THAT(WatcherSaw(), ElementsAre("FileRemoved root/sub/b", "FileRemoved root/sub/c"));
@@ -241,7 +241,7 @@ TEST_F(WatchersSideBySideTest, ADeletedSubfolderTakesItsFilesWithItForBoth)
     EXPECT_THAT(Files(), ElementsAre("root/a"));
 }
 
-TEST_F(WatchersSideBySideTest, FilesOfOneNameInDifferentFoldersAreFilesOfTheirOwnForBoth)
+TEST_F(WatchersSideBySideTest, BothDistinguishFilesOfOneNameInDifferentFolders)
 {
     Write({"root/a", "root/1/a", "root/2/a"});
     StartBoth(1);
@@ -250,7 +250,7 @@ TEST_F(WatchersSideBySideTest, FilesOfOneNameInDifferentFoldersAreFilesOfTheirOw
     Settle();
     EXPECT_THAT(WatcherSaw(), ElementsAre("FileChanged root/1/a"));
     EXPECT_EQ(WatcherSaw(), CheckerSaw());
-    Clear();
+    ClearLogs();
 
     Remove("root/2/a");
     Settle();
@@ -258,7 +258,7 @@ TEST_F(WatchersSideBySideTest, FilesOfOneNameInDifferentFoldersAreFilesOfTheirOw
     EXPECT_EQ(WatcherSaw(), CheckerSaw());
     EXPECT_THAT(Files(), UnorderedElementsAre("root/a", "root/1/a"));
     EXPECT_THAT(CheckerFiles(), UnorderedElementsAre("root/a", "root/1/a"));
-    Clear();
+    ClearLogs();
 
     Write({"root/2/a", "root/b"});
     Settle();
@@ -266,14 +266,12 @@ TEST_F(WatchersSideBySideTest, FilesOfOneNameInDifferentFoldersAreFilesOfTheirOw
     EXPECT_EQ(WatcherSaw(), CheckerSaw());
 }
 
-TEST_F(WatchersSideBySideTest, AllFilesOfOneNameMayGoAtOnce)
+TEST_F(WatchersSideBySideTest, BothReportFilesOfOneNameThatAreRemovedAtOnce)
 {
     Write({"root/a", "root/1/a", "root/2/a", "root/b"});
     StartBoth(1);
 
-    Remove("root/a");
-    Remove("root/1/a");
-    Remove("root/2/a");
+    Remove({"root/a", "root/1/a", "root/2/a"});
     Settle();
 
     EXPECT_THAT(WatcherSaw(),
@@ -283,10 +281,10 @@ TEST_F(WatchersSideBySideTest, AllFilesOfOneNameMayGoAtOnce)
     EXPECT_THAT(CheckerFiles(), ElementsAre("root/b"));
 }
 
-TEST_F(WatchersSideBySideTest, AChangeThroughAnyHardLinkIsAChangeOfAllOfThemForTheChecker)
+TEST_F(WatchersSideBySideTest, TheCheckerReportsAChangeThroughOneHardLinkForAllOfThem)
 {
     Write({"root/a", "root/c"});
-    folder.HardLink(QStringLiteral("root/a"), QStringLiteral("root/b"));
+    folder.HardLink("root/a", "root/b");
     StartBoth();
 
     Touch("root/a");
@@ -297,10 +295,10 @@ TEST_F(WatchersSideBySideTest, AChangeThroughAnyHardLinkIsAChangeOfAllOfThemForT
         << "the notice has one name";
 }
 
-TEST_F(WatchersSideBySideTest, AHardLinkThatGoesWhileTheOtherStaysIsSeenByTheCheckerAlways)
+TEST_F(WatchersSideBySideTest, TheCheckerAlwaysReportsARemovedHardLinkWhoseOtherNameStays)
 {
     Write({"root/a", "root/c"});
-    folder.HardLink(QStringLiteral("root/a"), QStringLiteral("root/b"));
+    folder.HardLink("root/a", "root/b");
     StartBoth();
 
     Remove("root/b");
@@ -311,17 +309,17 @@ TEST_F(WatchersSideBySideTest, AHardLinkThatGoesWhileTheOtherStaysIsSeenByTheChe
         << "the notice may have the other name, whose file is as it was";
 }
 
-TEST_F(WatchersSideBySideTest, ALinkToAFileChangesWithItForTheChecker)
+TEST_F(WatchersSideBySideTest, BothReportALinkWhoseTargetChangesOrIsRemoved)
 {
     Write({"target", "root/c"});
-    folder.Link(QStringLiteral("../target"), QStringLiteral("root/link"));
+    folder.Link("../target", "root/link");
     StartBoth();
 
     Touch("target");
     Settle();
     EXPECT_THAT(WatcherSaw(), ElementsAre("FileChanged root/link"));
     EXPECT_EQ(WatcherSaw(), CheckerSaw());
-    Clear();
+    ClearLogs();
 
     Remove("target");
     Settle();
@@ -329,11 +327,11 @@ TEST_F(WatchersSideBySideTest, ALinkToAFileChangesWithItForTheChecker)
     EXPECT_EQ(WatcherSaw(), CheckerSaw());
 }
 
-TEST_F(WatchersSideBySideTest, TwoLinksToOneFileChangeForTheChecker)
+TEST_F(WatchersSideBySideTest, TheCheckerReportsEveryLinkToAChangedFile)
 {
     Write({"target", "root/c"});
-    folder.Link(QStringLiteral("../target"), QStringLiteral("root/link1"));
-    folder.Link(QStringLiteral("../target"), QStringLiteral("root/link2"));
+    folder.Link("../target", "root/link1");
+    folder.Link("../target", "root/link2");
     StartBoth();
 
     Touch("target");
@@ -345,10 +343,10 @@ TEST_F(WatchersSideBySideTest, TwoLinksToOneFileChangeForTheChecker)
         << "the notice has one name";
 }
 
-TEST_F(WatchersSideBySideTest, ALinkThatGoesWhileItsTargetStaysIsSeenByTheCheckerOnly)
+TEST_F(WatchersSideBySideTest, OnlyTheCheckerReportsARemovedLinkWhoseTargetStays)
 {
     Write({"target", "root/c"});
-    folder.Link(QStringLiteral("../target"), QStringLiteral("root/link"));
+    folder.Link("../target", "root/link");
     StartBoth();
 
     Remove("root/link");
@@ -362,7 +360,7 @@ TEST_F(WatchersSideBySideTest, ALinkThatGoesWhileItsTargetStaysIsSeenByTheChecke
 TEST_F(WatchersSideBySideTest, BothSeeAChangeThroughALinkedRoot)
 {
     Write({"real/a"});
-    folder.Link(QStringLiteral("real"), QStringLiteral("root"));
+    folder.Link("real", "root");
     StartBoth();
 
     Touch("real/a");
@@ -373,7 +371,7 @@ TEST_F(WatchersSideBySideTest, BothSeeAChangeThroughALinkedRoot)
     EXPECT_EQ(WatcherSaw(), CheckerSaw());
 }
 
-TEST_F(WatchersSideBySideTest, BothFindAClockThatWasSetBackAChange)
+TEST_F(WatchersSideBySideTest, BothReportATimeThatWasSetBack)
 {
     Write({"root/a"});
     StartBoth();
@@ -392,7 +390,7 @@ TEST_F(WatchersSideBySideTest, NeitherSeesContentThatChangesUnderTheSameTime)
     SetTime("root/a", time);
     StartBoth();
 
-    folder.Write(QStringLiteral("root/a"), "longer than before");
+    Write("root/a", "longer than before");
     SetTime("root/a", time);
     Settle();
 
@@ -400,14 +398,14 @@ TEST_F(WatchersSideBySideTest, NeitherSeesContentThatChangesUnderTheSameTime)
     EXPECT_THAT(CheckerSaw(), IsEmpty());
 }
 
-TEST_F(WatchersSideBySideTest, BothTakeAFolderInThePlaceOfAFileForTheFile)
+TEST_F(WatchersSideBySideTest, BothTreatAFolderInThePlaceOfAFileAsTheFile)
 {
     Write({"root/a", "root/b"});
     SetTime("root/a", QDateTime::fromMSecsSinceEpoch(1000000000000));
     StartBoth();
 
     Remove("root/a");
-    folder.MakeFolder(QStringLiteral("root/a"));
+    folder.MakeFolder("root/a");
     Settle();
 
     EXPECT_THAT(WatcherSaw(), ElementsAre("FileChanged root/a"));

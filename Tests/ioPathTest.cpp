@@ -1,6 +1,7 @@
 #include "Core/ioPath.h"
 
 #include "Tests/Support/ByteFolder.h"
+#include "Tests/Support/CurrentFolder.h"
 #include "Tests/Support/Surroundings.h"
 #include "Tests/Support/Unprivileged.h"
 
@@ -23,6 +24,7 @@ using boost::filesystem::directory_iterator;
 using boost::filesystem::filesystem_error;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
+using Tests::CurrentFolder;
 using Zendra::ioPath;
 
 namespace errc = boost::system::errc;
@@ -43,20 +45,7 @@ static_assert(std::is_same_v<decltype(std::declval<const ioPath&>().exists()), b
 static_assert(std::is_same_v<decltype(ioPath::create_directories(std::declval<const ioPath&>())), bool>);
 static_assert(std::is_same_v<decltype(std::declval<const ioPath&>().iterator()), directory_iterator>);
 
-/// The process's current folder while it lives.
-class CurrentFolder
-{
-public:
-    explicit CurrentFolder(const std::string& path) { std::filesystem::current_path(path); }
-    ~CurrentFolder() { std::filesystem::current_path(before); }
-    CurrentFolder(const CurrentFolder&) = delete;
-    CurrentFolder& operator=(const CurrentFolder&) = delete;
-
-private:
-    std::filesystem::path before = std::filesystem::current_path();
-};
-
-/// A child process that has ended and that nobody has asked about yet.
+/// A child process that has ended but has not been waited for.
 class EndedProcess
 {
 public:
@@ -66,7 +55,7 @@ public:
             ::_exit(0);
         siginfo_t unused = {};
         if (id < 0 || ::waitid(P_PID, static_cast<id_t>(id), &unused, WEXITED | WNOWAIT) != 0)
-            throw std::runtime_error("cannot have a child process");
+            throw std::runtime_error("cannot start a child process");
     }
     ~EndedProcess() { ::waitpid(id, nullptr, 0); }
     EndedProcess(const EndedProcess&) = delete;
@@ -94,7 +83,7 @@ protected:
         return names;
     }
 
-    /// The code of what iterator() throws, or success when it throws nothing.
+    /// The error code that iterator() throws, or success if it throws nothing.
     static boost::system::error_code IteratorError(const ioPath& path)
     {
         try {
@@ -125,7 +114,7 @@ TEST_F(ioPathTest, IsEmptyByDefault)
     EXPECT_EQ(ioPath(), ioPath(""));
 }
 
-TEST_F(ioPathTest, GivesBackTheTextItWasMadeFrom)
+TEST_F(ioPathTest, ReturnsTheTextItWasMadeFrom)
 {
     for (const std::string& text :
          {"/a/b"s, "a//b"s, "a/"s, "./a/../b"s, "with space"s, umlautComposed, umlautDecomposed, notUtf8,
@@ -136,7 +125,7 @@ TEST_F(ioPathTest, GivesBackTheTextItWasMadeFrom)
     EXPECT_EQ(ioPath("/a/\xC3\xBC").string(), "/a/" + umlautComposed);
 }
 
-TEST_F(ioPathTest, IsTakenForTextWhereAPathIsAskedFor)
+TEST_F(ioPathTest, ConvertsTextsToAPath)
 {
     const auto text = [](const ioPath& path) { return path.string(); };
 
@@ -166,7 +155,7 @@ TEST_F(ioPathTest, IsWrittenToAStreamWithoutQuotationMarks)
     EXPECT_EQ(stream.str(), "/a b/\"" + umlautComposed + notUtf8 + "|");
 }
 
-TEST_F(ioPathTest, IsEqualNameByName)
+TEST_F(ioPathTest, ComparesEqualPathsNameByName)
 {
     for (const auto& [left, right] : std::multimap<std::string, std::string>{
              {"", ""}, {"a/b", "a/b"}, {"a/b", "a//b"}, {"/a", "/a"}, {notUtf8, notUtf8}}) {
@@ -177,7 +166,7 @@ TEST_F(ioPathTest, IsEqualNameByName)
     }
 }
 
-TEST_F(ioPathTest, DiffersInOrderNameByName)
+TEST_F(ioPathTest, OrdersDifferentPathsNameByName)
 {
     for (const auto& [smaller, greater] :
          std::multimap<std::string, std::string>{{"", "a"},
@@ -198,7 +187,7 @@ TEST_F(ioPathTest, DiffersInOrderNameByName)
     }
 }
 
-TEST_F(ioPathTest, ComparesWithWhatItCanBeMadeFrom)
+TEST_F(ioPathTest, ComparesWithEveryTypeItCanBeMadeFrom)
 {
     EXPECT_TRUE(ioPath("a") == "a");
     EXPECT_TRUE("a"s == ioPath("a"));
@@ -224,17 +213,17 @@ TEST_F(ioPathTest, ExistsForEveryKindOfEntry)
     EXPECT_TRUE(ioPath("/").exists());
 }
 
-TEST_F(ioPathTest, ExistsUnderEveryNameThatTheSystemTakes)
+TEST_F(ioPathTest, ExistsWithEveryNameThatTheSystemAllows)
 {
     for (const std::string& name : {" "s, "line\nbreak"s, "\"quoted\" & <b>"s, umlautComposed + "1",
                                     umlautDecomposed + "2", notUtf8, "\xF0\x9F\xAB\x8F"s, longestName}) {
-        if (Takes(name)) {
+        if (CanStore(name)) {
             EXPECT_TRUE(ioPath(Write(name)).exists()) << name;
         }
     }
 }
 
-TEST_F(ioPathTest, ExistsAsSeenFromTheCurrentFolder)
+TEST_F(ioPathTest, ExistsRelativeToTheCurrentFolder)
 {
     Write("file");
     const CurrentFolder current(MakeFolder("sub"));
@@ -244,7 +233,7 @@ TEST_F(ioPathTest, ExistsAsSeenFromTheCurrentFolder)
     EXPECT_FALSE(ioPath("file").exists());
 }
 
-TEST_F(ioPathTest, ExistsThroughLinksThatLeadSomewhere)
+TEST_F(ioPathTest, ExistsThroughLinks)
 {
     Write("file");
     MakeFolder("sub");
@@ -254,7 +243,7 @@ TEST_F(ioPathTest, ExistsThroughLinksThatLeadSomewhere)
     EXPECT_TRUE(ioPath(Link("toFile", "toLink")).exists());
 }
 
-TEST_F(ioPathTest, DoesNotExistThroughLinksThatLeadNowhere)
+TEST_F(ioPathTest, DoesNotExistThroughDanglingOrLoopingLinks)
 {
     Link("pair2", "pair1");
 
@@ -277,7 +266,7 @@ TEST_F(ioPathTest, DoesNotExistWithoutAnEntry)
     EXPECT_FALSE(ioPath(file + "/x").exists());
 }
 
-TEST_F(ioPathTest, DoesNotExistUnderANameThatTheSystemRefuses)
+TEST_F(ioPathTest, DoesNotExistWithANameThatTheSystemRefuses)
 {
     EXPECT_NO_THROW({
         EXPECT_FALSE(ioPath(Path(tooLongName)).exists());
@@ -285,7 +274,7 @@ TEST_F(ioPathTest, DoesNotExistUnderANameThatTheSystemRefuses)
     });
 }
 
-TEST_F(ioPathTest, DoesNotExistForTheSakeOfWhatComesBeforeANullCharacter)
+TEST_F(ioPathTest, DoesNotExistWithANullCharacter)
 {
     const std::string file = Write("file");
 
@@ -293,7 +282,7 @@ TEST_F(ioPathTest, DoesNotExistForTheSakeOfWhatComesBeforeANullCharacter)
     EXPECT_FALSE(ioPath(file + "\0.mov"s).exists());
 }
 
-TEST_F(ioPathTest, DoesNotExistWhereItCannotBeTold)
+TEST_F(ioPathTest, DoesNotExistInAFolderThatTheUserMayNotEnter)
 {
     MakeFolder("closed");
     const std::string file = Write("closed/file");
@@ -308,7 +297,7 @@ TEST_F(ioPathTest, DoesNotExistWhereItCannotBeTold)
     EXPECT_TRUE(ioPath(closed).exists());
 }
 
-TEST_F(ioPathTest, ExistsAlsoWhenItCannotBeRead)
+TEST_F(ioPathTest, ExistsEvenWhenItCannotBeRead)
 {
     MakeFolder("unlisted");
     const std::string file = Write("unlisted/file");
@@ -321,7 +310,7 @@ TEST_F(ioPathTest, ExistsAlsoWhenItCannotBeRead)
 
 // create_directories()
 
-TEST_F(ioPathTest, MakesAFolderWithEveryMissingOneAbove)
+TEST_F(ioPathTest, CreatesAFolderWithEveryMissingParent)
 {
     EXPECT_TRUE(ioPath::create_directories(Path("one/two/three")));
 
@@ -329,7 +318,7 @@ TEST_F(ioPathTest, MakesAFolderWithEveryMissingOneAbove)
     EXPECT_TRUE(IsRealFolder("one/two/three"));
 }
 
-TEST_F(ioPathTest, MakesFoldersOfTheShortestNames)
+TEST_F(ioPathTest, CreatesFoldersWithTheShortestNames)
 {
     const CurrentFolder current(Path());
 
@@ -338,7 +327,7 @@ TEST_F(ioPathTest, MakesFoldersOfTheShortestNames)
     EXPECT_THAT(Tree(), UnorderedElementsAre("a", "a/b", "a/b/c"));
 }
 
-TEST_F(ioPathTest, IsContentWithAFolderThatIsThere)
+TEST_F(ioPathTest, SucceedsForAnExistingFolder)
 {
     MakeFolder("one");
     Write("one/file");
@@ -350,7 +339,7 @@ TEST_F(ioPathTest, IsContentWithAFolderThatIsThere)
     EXPECT_THAT(Tree(), UnorderedElementsAre("one", "one/file"));
 }
 
-TEST_F(ioPathTest, MakesAFolderBesideOthers)
+TEST_F(ioPathTest, CreatesAFolderBesideOthers)
 {
     MakeFolder("one/two");
 
@@ -359,18 +348,18 @@ TEST_F(ioPathTest, MakesAFolderBesideOthers)
     EXPECT_THAT(Tree(), UnorderedElementsAre("one", "one/two", "one/three"));
 }
 
-TEST_F(ioPathTest, MakesFoldersUnderEveryNameThatTheSystemTakes)
+TEST_F(ioPathTest, CreatesFoldersWithEveryNameThatTheSystemAllows)
 {
     for (const std::string& name : {" "s, "line\nbreak"s, "\"quoted\" & <b>"s, umlautComposed + "1",
                                     umlautDecomposed + "2", notUtf8, "\xF0\x9F\xAB\x8F"s, longestName}) {
-        if (!Takes(name))
+        if (!CanStore(name))
             continue;
         EXPECT_TRUE(ioPath::create_directories(Path(name + "/" + name))) << name;
         EXPECT_TRUE(IsRealFolder(name + "/" + name)) << name;
     }
 }
 
-TEST_F(ioPathTest, ReadsSlashesAndDotsAsTheSystemDoes)
+TEST_F(ioPathTest, TreatsSlashesAndDotsAsTheSystemDoes)
 {
     EXPECT_TRUE(ioPath::create_directories(Path("slash/")));
     EXPECT_TRUE(ioPath::create_directories(Path("two//slashes//")));
@@ -384,7 +373,7 @@ TEST_F(ioPathTest, ReadsSlashesAndDotsAsTheSystemDoes)
                                              "there", "root"));
 }
 
-TEST_F(ioPathTest, MakesRelativeFoldersBelowTheCurrentOne)
+TEST_F(ioPathTest, CreatesRelativeFoldersBelowTheCurrentOne)
 {
     const CurrentFolder current(MakeFolder("current"));
 
@@ -399,7 +388,7 @@ TEST_F(ioPathTest, MakesRelativeFoldersBelowTheCurrentOne)
                                              "four", "current/five"));
 }
 
-TEST_F(ioPathTest, MakesFoldersBehindLinks)
+TEST_F(ioPathTest, CreatesFoldersThroughLinks)
 {
     MakeFolder("sub");
     const std::string link = Link("sub", "link");
@@ -413,7 +402,7 @@ TEST_F(ioPathTest, MakesFoldersBehindLinks)
     EXPECT_TRUE(std::filesystem::is_symlink(link));
 }
 
-TEST_F(ioPathTest, MakesNoFolderOfTheEmptyPath)
+TEST_F(ioPathTest, CreatesNoFolderForTheEmptyPath)
 {
     const CurrentFolder current(Path());
 
@@ -423,7 +412,7 @@ TEST_F(ioPathTest, MakesNoFolderOfTheEmptyPath)
     EXPECT_THAT(Tree(), IsEmpty());
 }
 
-TEST_F(ioPathTest, MakesNoFolderWhereAFileIsInTheWay)
+TEST_F(ioPathTest, CreatesNoFolderWhenAFileBlocksThePath)
 {
     const std::string file = Write("file");
     const std::string link = Link("file", "link");
@@ -436,7 +425,7 @@ TEST_F(ioPathTest, MakesNoFolderWhereAFileIsInTheWay)
     EXPECT_TRUE(std::filesystem::is_regular_file(file));
 }
 
-TEST_F(ioPathTest, MakesNoFolderWhereALinkThatLeadsNowhereIsInTheWay)
+TEST_F(ioPathTest, CreatesNoFolderWhenADanglingLinkBlocksThePath)
 {
     const std::string dangling = Link("missing", "dangling");
     const std::string loop = Link("loop", "loop");
@@ -448,7 +437,7 @@ TEST_F(ioPathTest, MakesNoFolderWhereALinkThatLeadsNowhereIsInTheWay)
     EXPECT_THAT(Tree(), UnorderedElementsAre("dangling", "loop"));
 }
 
-TEST_F(ioPathTest, MakesNothingOfATooLongPath)
+TEST_F(ioPathTest, CreatesNothingForATooLongPath)
 {
     const CurrentFolder current(MakeFolder("current"));
 
@@ -460,14 +449,14 @@ TEST_F(ioPathTest, MakesNothingOfATooLongPath)
     EXPECT_THAT(Tree(), UnorderedElementsAre("current"));
 }
 
-TEST_F(ioPathTest, KeepsTheFoldersItMadeBeforeAStepFailed)
+TEST_F(ioPathTest, KeepsTheFoldersThatItCreatedBeforeAFailure)
 {
     EXPECT_FALSE(ioPath::create_directories(Path("made/" + tooLongName + "/never")));
 
     EXPECT_THAT(Tree(), UnorderedElementsAre("made"));
 }
 
-TEST_F(ioPathTest, MakesNothingOfAPathWithANullCharacter)
+TEST_F(ioPathTest, CreatesNothingForAPathWithANullCharacter)
 {
     MakeFolder("there");
 
@@ -478,7 +467,7 @@ TEST_F(ioPathTest, MakesNothingOfAPathWithANullCharacter)
     EXPECT_THAT(Tree(), UnorderedElementsAre("there"));
 }
 
-TEST_F(ioPathTest, MakesNoFolderWhereTheUserMayNotWrite)
+TEST_F(ioPathTest, CreatesNoFolderWhereTheUserMayNotWrite)
 {
     MakeFolder("guarded/there");
     MakeFolder("guarded", 0555);
@@ -495,7 +484,7 @@ TEST_F(ioPathTest, MakesNoFolderWhereTheUserMayNotWrite)
     EXPECT_THAT(Tree(), UnorderedElementsAre("guarded", "guarded/there"));
 }
 
-TEST_F(ioPathTest, TellsOfNoFolderThatItCannotSee)
+TEST_F(ioPathTest, FailsForAFolderInOneThatTheUserMayNotEnter)
 {
     MakeFolder("closed/there");
     MakeFolder("closed", 0666);
@@ -513,7 +502,7 @@ TEST_F(ioPathTest, TellsOfNoFolderThatItCannotSee)
     EXPECT_THAT(Tree(), UnorderedElementsAre("closed", "closed/there"));
 }
 
-TEST_F(ioPathTest, MakesFoldersBelowOnesThatCannotBeListed)
+TEST_F(ioPathTest, CreatesFoldersBelowOnesThatCannotBeListed)
 {
     MakeFolder("unlisted/open", 0777);
     MakeFolder("unlisted", 0111);
@@ -530,7 +519,7 @@ TEST_F(ioPathTest, MakesFoldersBelowOnesThatCannotBeListed)
 
 TEST_F(ioPathTest, ListsEveryEntryOnce)
 {
-    if (const std::string why = Tests::WhyBytesAreRefused(); !why.empty())
+    if (const std::string why = Tests::WhyOnlyUtf8IsAccepted(); !why.empty())
         GTEST_SKIP() << why;
     Write("file");
     Write(".hidden");
@@ -544,7 +533,7 @@ TEST_F(ioPathTest, ListsEveryEntryOnce)
                 UnorderedElementsAre("file", ".hidden", notUtf8, umlautComposed, "sub", "dangling"));
 }
 
-TEST_F(ioPathTest, BeginsAtTheFirstEntryAnewEachTime)
+TEST_F(ioPathTest, BeginsAtTheFirstEntryEachTime)
 {
     Write("only");
     const ioPath path = Path();
@@ -571,7 +560,7 @@ TEST_F(ioPathTest, ListsThroughALinkAndFromTheCurrentFolder)
     EXPECT_THAT(Listed("."), UnorderedElementsAre("sub", "link"));
 }
 
-TEST_F(ioPathTest, ThrowsInsteadOfListingWhatIsNoFolder)
+TEST_F(ioPathTest, ThrowsInsteadOfListingAnythingButAFolder)
 {
     const std::string file = Write("file");
     Link("missing", "dangling");
@@ -586,7 +575,7 @@ TEST_F(ioPathTest, ThrowsInsteadOfListingWhatIsNoFolder)
     EXPECT_EQ(IteratorError(Path(tooLongName)), errc::filename_too_long);
 }
 
-TEST_F(ioPathTest, ThrowsInsteadOfListingWhatComesBeforeANullCharacter)
+TEST_F(ioPathTest, ThrowsForAPathWithANullCharacter)
 {
     const ioPath path(Path("\0recordings"s));
 
@@ -599,7 +588,7 @@ TEST_F(ioPathTest, ThrowsInsteadOfListingWhatComesBeforeANullCharacter)
     }
 }
 
-TEST_F(ioPathTest, ThrowsInsteadOfListingAFolderThatMayNotBeRead)
+TEST_F(ioPathTest, ThrowsForAFolderThatMayNotBeRead)
 {
     MakeFolder("unreadable");
     Write("unreadable/7.mov");
@@ -611,7 +600,7 @@ TEST_F(ioPathTest, ThrowsInsteadOfListingAFolderThatMayNotBeRead)
     EXPECT_EQ(IteratorError(unreadable + "/below"), boost::system::error_code());
 }
 
-TEST_F(ioPathTest, ThrowsInsteadOfListingAFolderThatMayNotBeEntered)
+TEST_F(ioPathTest, ThrowsForAFolderInOneThatMayNotBeEntered)
 {
     MakeFolder("closed/below");
     MakeFolder("closed", 0666);
@@ -620,7 +609,7 @@ TEST_F(ioPathTest, ThrowsInsteadOfListingAFolderThatMayNotBeEntered)
     EXPECT_EQ(IteratorError(Path("closed/below")), errc::permission_denied);
 }
 
-// The system opens this folder willingly, and fails at the first entry.
+// Opening this folder succeeds, and reading its first entry fails.
 TEST_F(ioPathTest, ThrowsWhenReadingTheFirstEntryFails)
 {
     const EndedProcess process;

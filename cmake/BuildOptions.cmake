@@ -1,14 +1,14 @@
-# How this project is compiled. Linked PRIVATE, so that none of it reaches a user's build.
+# How this project is compiled. LWBuildOptions is linked PRIVATE, so that it does not affect a user's build.
 
-# The number of the binary interface, not of the release: it grows when a program that was
-# linked against the older libraries would no longer run.
+# The version of the binary interface, not of the release. It increases when a program that was linked to an older
+# library would no longer run.
 set(LWUTILFS_ABI_VERSION 1)
 
 add_library(LWBuildOptions INTERFACE)
 target_compile_features(LWBuildOptions INTERFACE cxx_std_17)
 target_compile_options(LWBuildOptions INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion
-    # A log line names its source file: by its path in the project, not by where it was built.
+    # Log lines name source files by their path in the project.
     "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/="
     "-fmacro-prefix-map=${PROJECT_BINARY_DIR}/include/=")
 target_compile_definitions(LWBuildOptions INTERFACE QT_NO_KEYWORDS QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII)
@@ -20,8 +20,8 @@ if(LWUTILFS_SANITIZERS)
     target_link_options(LWBuildOptions INTERFACE -fsanitize=${LWUTILFS_SANITIZERS})
 endif()
 
-# Where the libraries' own includes start. With companions from outside, a root that shows nothing but the
-# library's own headers: otherwise the bundled companions' would be found here, before the others.
+# The include root. With companions from outside, it is a folder that has only the library's own headers: in the
+# project's root the compiler would find the bundled companions' headers first.
 set(LWUTILFS_INCLUDE_ROOT "${PROJECT_SOURCE_DIR}")
 if(NOT LWUTILFS_BUNDLED_COMPANIONS)
     set(LWUTILFS_INCLUDE_ROOT "${PROJECT_BINARY_DIR}/include")
@@ -29,19 +29,22 @@ if(NOT LWUTILFS_BUNDLED_COMPANIONS)
     file(CREATE_LINK "${PROJECT_SOURCE_DIR}/Lib/Util/FS" "${LWUTILFS_INCLUDE_ROOT}/Lib/Util/FS" SYMBOLIC)
 endif()
 
-# Hidden visibility does not reach the templates and inline functions of other people's headers, so on ELF
-# the linker sorts them out. On macOS they are left: the loader merges them by name.
+# Hidden visibility does not apply to templates and inline functions in headers of other projects. On ELF a version
+# script hides them. On macOS they stay exported, and the loader merges them by name.
 set(LWUTILFS_SYMBOLS_SCRIPT "${CMAKE_CURRENT_LIST_DIR}/ExportedSymbols.map")
 
 # lw_add_library(<target> EXPORT_NAME <name> HEADERS ... SOURCES ...
 #                [PUBLIC_LIBRARIES ...] [PRIVATE_LIBRARIES ...])
 #
-# One of the project's shared libraries: Zendra::<name> inside and outside of the tree, hidden
-# visibility, headers installed under the include root with the paths they have here.
+# Adds one of the project's shared libraries, also as Zendra::<name>, with hidden visibility. Its headers are installed
+# below the include root with the paths that they have here.
 function(lw_add_library target)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "EXPORT_NAME" "HEADERS;SOURCES;PUBLIC_LIBRARIES;PRIVATE_LIBRARIES")
+    if(NOT target IN_LIST LWUTILFS_LIBRARIES)
+        message(FATAL_ERROR "Add ${target} to LWUTILFS_LIBRARIES in the root's CMakeLists.txt.")
+    endif()
 
-    # Sources and headers by one and the same root, or moc takes a header for two.
+    # Sources and headers must have the same root, or moc processes a header twice.
     file(RELATIVE_PATH folder "${PROJECT_SOURCE_DIR}" "${CMAKE_CURRENT_SOURCE_DIR}")
     list(TRANSFORM arg_HEADERS PREPEND "${LWUTILFS_INCLUDE_ROOT}/${folder}/" REGEX "^[^/]")
     list(TRANSFORM arg_SOURCES PREPEND "${LWUTILFS_INCLUDE_ROOT}/${folder}/" REGEX "^[^/]")

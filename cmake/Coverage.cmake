@@ -1,21 +1,21 @@
-# The target coverage: runs the tests and prints which lines and branches of the library and its companions they
-# reach. It fails below 98 % of the lines or 90 % of the branches.
+# The target coverage runs the tests and prints which lines and branches of the library and its companions they reach.
+# It fails below 98 % of the lines or 90 % of the branches.
 
-option(LWUTILFS_COVERAGE "Build for, and with, the target coverage (gcc and gcovr)" OFF)
+option(LWUTILFS_COVERAGE "Measure the coverage and add the target coverage (gcc and gcovr)" OFF)
 
 if(LWUTILFS_COVERAGE)
     find_program(LWUTILFS_GCOVR gcovr REQUIRED)
-    # Threads count, too, and all that the programs have in common is counted once.
+    # Atomic, since tests use threads; absolute paths, so that gcovr merges the counts of all programs.
     add_compile_options(--coverage -fprofile-update=atomic -fprofile-abs-path)
-    # It would add a branch for every temporary of a condition; the preset asan has it.
+    # This check adds a branch for every temporary in a condition. The preset asan still has it.
     add_compile_options(-fno-sanitize-address-use-after-scope)
     add_link_options(--coverage)
 
     cmake_host_system_information(RESULT processors QUERY NUMBER_OF_LOGICAL_CORES)
-    # The filters are relative to where gcovr runs. Left out: what a compiler adds to take everything down again
-    # when something throws (those branches are also on lines that decide nothing, hence the pattern), and what it
-    # knows that nobody reaches. The files for other systems are not built, and so not counted. A test's full disk
-    # has no room for the counts either, which is not that test's business.
+    # The filters are relative to the folder in which gcovr runs. Branches that the compiler adds for exceptions are left
+    # out, also on lines without a condition (hence the pattern), and those that it knows to be unreachable. Files for
+    # other systems are not compiled and do not count. One test fills a disk, and the counts cannot be written there:
+    # GCOV_ERROR_FILE hides that message.
     add_custom_target(coverage
         COMMAND "${CMAKE_COMMAND}" --build "${PROJECT_BINARY_DIR}"
         COMMAND find "${PROJECT_BINARY_DIR}" -name "*.gcda" -delete

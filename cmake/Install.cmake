@@ -1,17 +1,17 @@
-# What `cmake --install` puts where: libraries, headers, and the files by which others find them.
+# What `cmake --install` installs: libraries, headers, and the files for find_package() and pkg-config.
 
 include(CMakePackageConfigHelpers)
 include(GNUInstallDirs)
 
-# The root of all includes; the headers are below it with the paths they have in the project.
+# The include root. Headers are installed below it with their paths in the project.
 set(LWUTILFS_INSTALL_INCLUDEDIR "${CMAKE_INSTALL_INCLUDEDIR}/${LWUTILFS_PACKAGE}")
 set(LWUTILFS_INSTALL_CMAKEDIR "${CMAKE_INSTALL_LIBDIR}/cmake/${LWUTILFS_PACKAGE}")
 
 # lw_install_library(<target>)
 #
-# Installs a library of the project with its headers and its name outside, Zendra::<EXPORT_NAME>.
+# Installs a library of the project with its headers, and exports it as Zendra::<EXPORT_NAME>.
 function(lw_install_library target)
-    # The libraries stand beside one another and find one another there, wherever that is.
+    # The libraries find each other in their own folder, wherever that is.
     if(APPLE)
         set_target_properties(${target} PROPERTIES INSTALL_RPATH "@loader_path")
     else()
@@ -32,22 +32,18 @@ function(lw_install_library target)
         INCLUDES DESTINATION "${LWUTILFS_INSTALL_INCLUDEDIR}")
 endfunction()
 
-# Writes and installs the .pc file, which says to pkg-config what the targets say to CMake.
+# Writes and installs the .pc file, which gives pkg-config what the targets give CMake.
 function(lw_install_pkgconfig_file)
     set(folder "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
     file(RELATIVE_PATH prefix "/${folder}" "/")
     string(REGEX REPLACE "/$" "" LWUTILFS_PC_PREFIX "${prefix}")
 
-    set(libraries LWUtilFS)
-    if(LWUTILFS_BUNDLED_COMPANIONS)
-        list(APPEND libraries ZendraUtil ZendraCore LWRegistry)
-    endif()
-    list(TRANSFORM libraries PREPEND "-l")
+    list(TRANSFORM LWUTILFS_LIBRARIES PREPEND "-l" OUTPUT_VARIABLE libraries)
     list(TRANSFORM libraries APPEND "${LWUTILFS_SUFFIX}")
     list(JOIN libraries " " LWUTILFS_PC_LIBS)
-    # Boost comes without a file for pkg-config.
+    # Boost has no file for pkg-config.
     string(APPEND LWUTILFS_PC_LIBS " -lboost_filesystem")
-    # Qt refuses code that is not position-independent, and says so to CMake only.
+    # Qt requires position-independent code, and only its CMake files say so.
     set(LWUTILFS_PC_CFLAGS "")
     if(NOT APPLE)
         set(LWUTILFS_PC_CFLAGS " -fPIC")
@@ -57,7 +53,7 @@ function(lw_install_pkgconfig_file)
     install(FILES "${PROJECT_BINARY_DIR}/${LWUTILFS_PACKAGE}.pc" DESTINATION "${folder}" COMPONENT Development)
 endfunction()
 
-# Writes and installs what find_package() reads.
+# Writes and installs the files for find_package().
 function(lw_install_cmake_package)
     configure_package_config_file(cmake/LWUtilFSConfig.cmake.in ${LWUTILFS_PACKAGE}Config.cmake
         INSTALL_DESTINATION "${LWUTILFS_INSTALL_CMAKEDIR}"
@@ -77,7 +73,7 @@ endfunction()
 if(LWUTILFS_INSTALL)
     lw_install_pkgconfig_file()
     lw_install_cmake_package()
-    # Debian's packages bring it as Debian wants it.
+    # The Debian packages install it as Debian requires.
     if(NOT LWUTILFS_DEBIAN_PACKAGES)
         install(FILES CHANGELOG.md DESTINATION "${CMAKE_INSTALL_DOCDIR}${LWUTILFS_SUFFIX}" COMPONENT Development)
     endif()

@@ -1,29 +1,29 @@
-# A toolchain file that compiles the project for macOS on Linux, so that a compiler for that system sees all of it.
-# Nothing is linked, so nothing can be run: what would be linked is an empty file. scripts/macos uses it.
+# A toolchain file that compiles the whole project for macOS on Linux; scripts/macos uses it. Nothing is linked: programs
+# and libraries are empty files, so nothing can be run.
 #
-# LWUTILFS_ZIG is the compiler (zig, which brings clang and the system's headers), LWUTILFS_MACOS_PROCESSOR x86_64 or
-# aarch64. Qt, Boost and the rest are those installed here: their headers serve both systems.
+# LWUTILFS_ZIG is the compiler (zig, which contains clang and the system's headers), LWUTILFS_MACOS_PROCESSOR x86_64 or
+# aarch64. Qt, Boost and the rest are those installed here: their headers are the same on both systems.
 
-# The second time it is read, by CMAKE_USER_MAKE_RULES_OVERRIDE below: what CMake's own files would set otherwise.
+# CMAKE_USER_MAKE_RULES_OVERRIDE below reads this file a second time, to replace settings of CMake's own files.
 if(CMAKE_CXX_COMPILER_LOADED)
     foreach(kind IN ITEMS LINK_EXECUTABLE CREATE_SHARED_LIBRARY CREATE_SHARED_MODULE)
         set(CMAKE_CXX_${kind} "<CMAKE_COMMAND> -E touch <TARGET>")
     endforeach()
-    # Not given to the compiler, which would take this system's C library for macOS's.
+    # CMake does not pass these folders on; with /usr/include the compiler would use this system's C library.
     set(CMAKE_CXX_IMPLICIT_INCLUDE_DIRECTORIES /usr/include)
     return()
 endif()
 
 set(CMAKE_TRY_COMPILE_PLATFORM_VARIABLES LWUTILFS_ZIG LWUTILFS_MACOS_PROCESSOR)
 set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
-# CMake finds it by an option that this compiler does not take.
+# CMake would ask the compiler with an option that this one does not have.
 set(CMAKE_SIZEOF_VOID_P 8)
 
 set(CMAKE_SYSTEM_NAME Darwin)
 set(CMAKE_SYSTEM_VERSION 20)
 set(CMAKE_SYSTEM_PROCESSOR ${LWUTILFS_MACOS_PROCESSOR})
 set(CMAKE_CXX_COMPILER "${LWUTILFS_ZIG}" c++ -target ${LWUTILFS_MACOS_PROCESSOR}-macos)
-# An older Boost needs what this standard library has left out since C++17. The sanitizer, on by default, only takes time.
+# Older Boost needs parts of the standard library that C++17 removed. The sanitizer is on by default and only takes time.
 string(CONCAT CMAKE_CXX_FLAGS_INIT "-fno-sanitize=undefined "
     "-D_LIBCPP_ENABLE_CXX17_REMOVED_UNARY_BINARY_FUNCTION -D_LIBCPP_ENABLE_CXX17_REMOVED_AUTO_PTR")
 set(CMAKE_OSX_SYSROOT "" CACHE STRING "")
@@ -34,7 +34,7 @@ find_program(CMAKE_RANLIB true)
 find_program(CMAKE_INSTALL_NAME_TOOL true)
 set(CMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE PRE_TEST)
 
-# What is installed here is found.
+# Find the libraries that are installed here.
 execute_process(COMMAND c++ -print-multiarch OUTPUT_VARIABLE CMAKE_LIBRARY_ARCHITECTURE OUTPUT_STRIP_TRAILING_WHITESPACE)
 set(CMAKE_PREFIX_PATH /usr)
 set(CMAKE_USER_MAKE_RULES_OVERRIDE "${CMAKE_CURRENT_LIST_FILE}")
@@ -48,7 +48,7 @@ foreach(name IN ITEMS boost glog gflags gtest gmock benchmark rapidcheck rapidch
 endforeach()
 set(CMAKE_CXX_STANDARD_INCLUDE_DIRECTORIES "${headers}")
 
-# glog asks for it, and looks where only a native build would.
+# glog needs it, and its search fails in a cross build.
 set(Unwind_INCLUDE_DIR "${headers}" CACHE PATH "")
 set(Unwind_LIBRARY "/usr/lib/${CMAKE_LIBRARY_ARCHITECTURE}/libunwind.so" CACHE FILEPATH "")
 set(Unwind_PLATFORM_LIBRARY "${Unwind_LIBRARY}" CACHE FILEPATH "")

@@ -1,7 +1,7 @@
-# Debian packages, made by scripts/package: liblwutilfs<ABI> to run programs, liblwutilfs-dev to write them.
+# Debian packages, built by scripts/package: liblwutilfs<ABI> to run programs, liblwutilfs-dev to build them.
 
 set(LWUTILFS_PACKAGE_MAINTAINER "LWUtilFS maintainers <maintainers@lwutilfs.invalid>" CACHE STRING
-    "Who answers for the packages, as Debian writes it: name <address>")
+    "The maintainer of the packages, in Debian's form: name <address>")
 set(LWUTILFS_RUNTIME_PACKAGE "liblwutilfs${LWUTILFS_ABI_VERSION}")
 set(LWUTILFS_DEVELOPMENT_PACKAGE "liblwutilfs-dev")
 set(LWUTILFS_PACKAGE_REVISION 1)
@@ -22,17 +22,17 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_RELEASE ${LWUTILFS_PACKAGE_REVISION})
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
-set(words "LWUtilFS watches a folder tree for files that appear, change and
+set(description "LWUtilFS watches a folder tree for files that appear, change and
 disappear, chooses the next free number for a new file, validates output
-folders, and moves files to the trash and tells observers so.
+folders, moves files to the trash and notifies observers of it.
 
 ")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME "${LWUTILFS_RUNTIME_PACKAGE}")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
-set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "${words}This package holds the library and its three companions.")
-# Its own four libraries are found where they were built; the rest is what other packages say of theirs.
+set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "${description}This package contains the library and its three companions.")
+# The project's own libraries are searched for where they were built, those of other packages through these packages.
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
-foreach(library IN ITEMS LWUtilFS ZendraCore ZendraUtil LWRegistry)
+foreach(library IN LISTS LWUTILFS_LIBRARIES)
     list(APPEND CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "$<TARGET_FILE_DIR:${library}>")
 endforeach()
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
@@ -40,17 +40,17 @@ set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME "${LWUTILFS_DEVELOPMENT_PACKAGE}")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
-set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "${words}This package holds the headers and what CMake and pkg-config read.")
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "${description}This package contains the headers and the files for CMake and pkg-config.")
 string(CONCAT CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
     "${LWUTILFS_RUNTIME_PACKAGE} (= ${PROJECT_VERSION}-${LWUTILFS_PACKAGE_REVISION}), "
     "qtbase5-dev (>= 5.15), libboost-dev (>= 1.74), libboost-filesystem-dev (>= 1.74), libgoogle-glog-dev")
 
 # lw_write_symbols_file(<output>)
 #
-# For packages of programs that link the libraries: which release of this one they need, symbol by symbol.
+# The symbols file of the package: for each symbol the release that a program which uses it needs.
 function(lw_write_symbols_file output)
     set(text "")
-    foreach(library IN ITEMS LWUtilFS ZendraCore ZendraUtil LWRegistry)
+    foreach(library IN LISTS LWUTILFS_LIBRARIES)
         set(list "${PROJECT_SOURCE_DIR}/abi/${library}.symbols")
         set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${list}")
         string(APPEND text "lib${library}.so.${LWUTILFS_ABI_VERSION} ${LWUTILFS_RUNTIME_PACKAGE} #MINVER#\n"
@@ -58,7 +58,7 @@ function(lw_write_symbols_file output)
         file(STRINGS "${list}" lines REGEX "^[0-9]")
         foreach(line IN LISTS lines)
             if(NOT line MATCHES "^([0-9.]+) ([^ ]+) ")
-                message(FATAL_ERROR "${list}: no release and symbol: ${line}")
+                message(FATAL_ERROR "${list}: expected a release and a symbol: ${line}")
             endif()
             string(APPEND text " ${CMAKE_MATCH_2}@Base ${CMAKE_MATCH_1}\n")
         endforeach()
@@ -66,12 +66,12 @@ function(lw_write_symbols_file output)
     file(WRITE "${output}" "${text}")
 endfunction()
 
-# lw_compress(<input> <output>): the same bytes whenever it is done.
+# lw_compress(<input> <output>): compresses without a time stamp, so that the output is always the same.
 function(lw_compress input output)
     execute_process(COMMAND gzip -9nc "${input}" OUTPUT_FILE "${output}" COMMAND_ERROR_IS_FATAL ANY)
 endfunction()
 
-# Each package's own folder of documents: copyright, the changelog, and Debian's changelog of the packaging.
+# The documents in each package: the copyright, the changelog, and Debian's changelog.
 function(lw_install_package_documents)
     file(STRINGS CHANGELOG.md releases REGEX "^## \\[[0-9.]+\\] - ")
     list(GET releases 0 newest)

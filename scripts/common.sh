@@ -1,11 +1,11 @@
 # shellcheck shell=bash
-# Sourced by the other scripts: where the project is, and how it is built.
+# Sourced by the other scripts: the project's root, and functions to configure and build it.
 
 set -euo pipefail
 
 root=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.." && pwd)
 
-# Says on standard error why the script cannot go on, and ends it.
+# Prints on standard error why the script cannot continue, and exits.
 fail()
 {
     printf '%s: %s\n' "$(basename -- "$0")" "$*" >&2
@@ -17,9 +17,8 @@ processor_count()
     getconf _NPROCESSORS_ONLN 2>/dev/null || sysctl -n hw.ncpu
 }
 
-# LW_QT says which Qt to build for; with Qt 6 presets and build folders have names of their own.
+# LW_QT is the Qt to build for. Presets and build folders for Qt 6 end in -qt6.
 qt=${LW_QT:-5}
-# Whoever names one of these presets means its Qt.
 [[ ${LW_PRESET:-} != *-qt6 ]] || qt=6
 case $qt in
 5) qt_suffix='' ;;
@@ -28,17 +27,17 @@ case $qt in
 esac
 export LW_QT=$qt
 
-# For what is done with Qt 5 alone.
+# require_qt5 <what is done for Qt 5 only>
 require_qt5()
 {
     [ "$qt" = 5 ] || fail "$1 for Qt 5 only: run this without LW_QT=$qt"
 }
 
-# Settings that CMake reads from the environment when a build folder is made.
+# Sets what CMake reads from the environment when it configures a new build folder.
 prepare_build_environment()
 {
     if [ "$(uname -s)" = Darwin ] && command -v brew >/dev/null; then
-        # Homebrew keeps Qt 5 beside its prefix and not in it.
+        # Homebrew does not link Qt 5 into its prefix.
         local prefix
         prefix=$(brew --prefix "$([ "$qt" = 5 ] && echo qt@5 || echo qt)")
         CMAKE_PREFIX_PATH="$prefix${CMAKE_PREFIX_PATH:+:$CMAKE_PREFIX_PATH}"
@@ -50,20 +49,28 @@ prepare_build_environment()
     fi
 }
 
+# read_libraries <build folder>: sets `libraries` to the names of the libraries that are built there.
+read_libraries()
+{
+    # shellcheck disable=SC2034 # Used by the scripts that source this file.
+    IFS=';' read -ra libraries <<<"$(sed -n 's/^LWUTILFS_LIBRARIES:INTERNAL=//p' "$1/CMakeCache.txt")"
+}
+
 # configure_and_build <preset> [<build folder> [<argument for cmake>...]]
 #
-# The preset's name is that for Qt 5; for Qt 6 its twin is taken.
-# Leaves the current folder as it is: relative paths are meant from where the user stands.
+# Takes the name of a preset for Qt 5; for Qt 6 it uses the preset with -qt6 at its end. Does not change the current
+# folder, so that relative paths keep their meaning.
 configure_and_build()
 {
-    local preset=$1$qt_suffix folder=${2:-$root/build/$1$qt_suffix} words
+    local preset=$1$qt_suffix folder=${2:-$root/build/$1$qt_suffix} output
     shift $(($# < 2 ? $# : 2))
 
-    mkdir -p "$folder" 2>/dev/null || fail "cannot make $folder; to build elsewhere: cmake --preset $preset -B FOLDER, cmake --build FOLDER"
+    command -v cmake >/dev/null || fail "cmake was not found: install CMake and run this again"
+    mkdir -p "$folder" 2>/dev/null || fail "cannot create $folder; to build elsewhere: cmake --preset $preset -B FOLDER, cmake --build FOLDER"
     prepare_build_environment
-    words=$(cd "$root" && cmake --preset "$preset" -B "$folder" "$@" 2>&1) || {
-        printf '%s\n' "$words" >&2
-        fail "cmake could not configure $folder; its own words are above"
+    output=$(cd "$root" && cmake --preset "$preset" -B "$folder" "$@" 2>&1) || {
+        printf '%s\n' "$output" >&2
+        fail "cmake could not configure $folder; its output above says why. If something is missing, install it and run this again"
     }
-    cmake --build "$folder" || fail "the build in $folder failed; the compiler's own words are above"
+    cmake --build "$folder" || fail "the build in $folder failed; see the output above"
 }

@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# What a user of the libraries does with them: check.sh <step>
+# Installs and uses the libraries as other projects do: check.sh <step>
 #
-# The environment says where: SOURCE, BINARIES (where the libraries are built), SCRATCH (a folder of the steps' own),
-# GENERATOR and CXX (what to build consumers with), VERSION, ABI and QT (what the libraries should be),
-# STRIP (yes if what is compiled for debuggers has to go before installed files are searched).
+# Environment: SOURCE (the project), BINARIES (its build folder), SCRATCH (a folder for the steps), GENERATOR and CXX (to
+# build consumers with), LIBRARY_NAMES, VERSION, ABI and QT (as they are expected), STRIP (yes if debugging information
+# has to be removed before installed files are searched).
 
 set -euo pipefail
 
@@ -12,7 +12,7 @@ moved=$SCRATCH/moved/elsewhere
 consumers=$SCRATCH/consumers
 case $QT in 5) suffix= ;; *) suffix=-qt$QT ;; esac
 package=LWUtilFS$suffix
-libraries=(LWUtilFS ZendraCore ZendraUtil LWRegistry)
+read -ra libraries <<<"$LIBRARY_NAMES"
 libraries=("${libraries[@]/%/$suffix}")
 
 fail()
@@ -38,20 +38,23 @@ build_consumer()
         -DCMAKE_BUILD_TYPE=Release -DCMAKE_EXPORT_COMPILE_COMMANDS=ON -DCONSUMER_WAY="$way" -DCONSUMER_QT="$QT" "$@"
 }
 
-# Where the loader finds the four libraries of a program must be below a folder, and they bring one Qt.
+# expect_libraries_from <folder> <program>: the program loads all libraries from below the folder, and only one Qt.
 expect_libraries_from()
 {
-    local folder=$1 program=$2 loaded
+    local folder=$1 program=$2 library loaded
     command -v ldd >/dev/null || return 0
-    ldd "$program" | sed -nE 's/^.*lib(LWUtilFS|Zendra|LWRegistry).* => (.*) \(0x[0-9a-f]+\)$/\2/p' >"$SCRATCH/loaded"
-    [ "$(wc -l <"$SCRATCH/loaded")" -eq ${#libraries[@]} ] || fail "$program does not load the four libraries"
-    while read -r loaded; do
+    ldd "$program" >"$SCRATCH/loaded"
+    for library in "${libraries[@]}"; do
+        loaded=$(sed -nE "s/^.*lib$library\.so\.$ABI => (.*) \(0x[0-9a-f]+\)\$/\1/p" "$SCRATCH/loaded")
+        [ -n "$loaded" ] || fail "$program does not load lib$library"
         [[ $loaded == "$folder"/* ]] || fail "$program loads $loaded and not what is in $folder"
-    done <"$SCRATCH/loaded"
+    done
+    [ "$(grep -cE "lib(${LIBRARY_NAMES// /|})" "$SCRATCH/loaded")" -eq ${#libraries[@]} ] ||
+        fail "$program loads more than these: ${libraries[*]}"
     [ "$(ldd "$program" | grep -o 'libQt[0-9]*Core' | sort -u)" = "libQt${QT}Core" ] || fail "$program does not load Qt $QT alone"
 }
 
-# Installs, looks at what was installed, and moves it for the steps that use it.
+# Installs the libraries, checks the installed files, and moves them for the steps that use them.
 check_install()
 {
     rm -rf "$SCRATCH"
@@ -59,12 +62,12 @@ check_install()
     install_to "$installed"
 
     DESTDIR=$SCRATCH/staged install_to /nowhere/at/all
-    [ ! -e /nowhere ] || fail "DESTDIR was not honoured"
+    [ ! -e /nowhere ] || fail "DESTDIR was ignored"
     diff <(cd "$installed" && find . | sort) <(cd "$SCRATCH/staged/nowhere/at/all" && find . | sort) ||
-        fail "with DESTDIR other files were installed"
+        fail "with DESTDIR, other files were installed"
 
     (cd "$installed/include/$package" && find . -type f | sed 's,^\./,,' | LC_ALL=C sort) >"$SCRATCH/headers"
-    diff "$SOURCE/Tests/Consumer/headers.txt" "$SCRATCH/headers" || fail "these are not the headers to install"
+    diff "$SOURCE/Tests/Consumer/headers.txt" "$SCRATCH/headers" || fail "other headers were installed than headers.txt lists"
     [ -s "$(find "$installed" -name CHANGELOG.md)" ] || fail "the changelog is missing"
 
     local library file tag
@@ -72,7 +75,7 @@ check_install()
         for library in "${libraries[@]}"; do
             file=$(find "$installed" -name "lib$library.so.$VERSION")
             [ -f "$file" ] || fail "lib$library.so.$VERSION is missing"
-            [ "$(readlink "${file%"$VERSION"}$ABI")" = "lib$library.so.$VERSION" ] || fail "$file: no link for ABI $ABI"
+            [ "$(readlink "${file%"$VERSION"}$ABI")" = "lib$library.so.$VERSION" ] || fail "$file: no link for the loader"
             [ "$(readlink "${file%".$VERSION"}")" = "lib$library.so.$ABI" ] || fail "$file: no link for the linker"
             for tag in "soname: [lib$library.so.$ABI]" "runpath: [\$ORIGIN]"; do
                 readelf -d "$file" | grep -qF "$tag" || fail "$file: $tag is missing"
@@ -81,7 +84,7 @@ check_install()
     fi
 
     if grep -rlF -e "$SOURCE" -e "$BINARIES" -e "$SCRATCH" "$installed"; then
-        fail "these installed files name a folder of this build"
+        fail "these installed files contain a path of this build"
     fi
 
     mv "$installed" "$moved"
@@ -94,10 +97,10 @@ check_find_package()
     "$consumers/package/Consumer"
     expect_libraries_from "$moved" "$consumers/package/Consumer"
 
-    # Another major version is another interface.
+    # Another major version has another interface.
     for other in $((${VERSION%%.*} + 1)) 0.9; do
         if build_consumer package -DCMAKE_PREFIX_PATH="$moved" -DCONSUMER_VERSION="$other" >"$SCRATCH/other.log" 2>&1; then
-            fail "version $VERSION was taken for $other"
+            fail "version $VERSION was accepted for $other"
         fi
         grep -q "considered but not accepted" "$SCRATCH/other.log" || fail "$(cat "$SCRATCH/other.log")"
     done
@@ -109,8 +112,8 @@ check_pkg_config()
     mkdir -p "$consumers"
     PKG_CONFIG_PATH=$(dirname "$(find "$moved" -name "$package.pc")"):${PKG_CONFIG_PATH:-}
     export PKG_CONFIG_PATH
-    [ "$(pkg-config --modversion "$package")" = "$VERSION" ] || fail "pkg-config knows another version"
-    # What it says is meant for a shell: a blank in a path comes with a backslash.
+    [ "$(pkg-config --modversion "$package")" = "$VERSION" ] || fail "pkg-config gives another version"
+    # Its output is quoted for a shell: a space in a path has a backslash before it.
     eval "flags=($(pkg-config --cflags --libs "$package"))"
     eval "libdir=$(pkg-config --variable=libdir "$package")"
 
@@ -124,8 +127,8 @@ check_pkg_config()
     "$CXX" -std=c++17 -fsyntax-only "$SCRATCH/headers.cpp" "${flags[@]}"
 }
 
-# Nothing but four libraries and the consumer itself is built, nothing is installed, and the consumer's compiler gets
-# none of our flags.
+# Only the libraries and the consumer itself are built, nothing is installed, and the consumer is compiled without the
+# libraries' own flags.
 check_bundled()
 {
     local build=$consumers/bundled
@@ -135,13 +138,13 @@ check_bundled()
     expect_libraries_from "$build" "$build/Consumer"
 
     find "$build" -name 'lib*' -type f ! -name '*.o' | sed 's,.*/lib,,; s,\..*,,' | LC_ALL=C sort >"$SCRATCH/built"
-    diff <(printf '%s\n' "${libraries[@]}" | LC_ALL=C sort) "$SCRATCH/built" || fail "these are not the four libraries"
+    diff <(printf '%s\n' "${libraries[@]}" | LC_ALL=C sort) "$SCRATCH/built" || fail "other libraries were built than these: ${libraries[*]}"
     find "$build" -type f -perm -u+x ! -name 'lib*' ! -path '*/CMakeFiles/*' >"$SCRATCH/programs"
-    diff <(echo "$build/Consumer") "$SCRATCH/programs" || fail "more than the consumer was built"
-    ctest --test-dir "$build" -N 2>&1 | grep -q '^Total Tests: [^0]' && fail "the consumer got tests of ours"
+    diff <(echo "$build/Consumer") "$SCRATCH/programs" || fail "other programs were built than the consumer"
+    ctest --test-dir "$build" -N 2>&1 | grep -q '^Total Tests: [^0]' && fail "the consumer got the libraries' tests"
 
     cmake --install "$build" --prefix "$SCRATCH/bundled" >"$SCRATCH/install.log"
-    [ ! -e "$SCRATCH/bundled" ] || fail "with the consumer, files of ours are installed"
+    [ ! -e "$SCRATCH/bundled" ] || fail "installing the consumer installed files of the libraries"
 
     python3 - "$build/compile_commands.json" <<'PYTHON'
 import json, sys
@@ -149,12 +152,12 @@ import json, sys
 for unit in json.load(open(sys.argv[1])):
     if unit["file"].endswith("Consumer/main.cpp"):
         ours = [flag for flag in unit["command"].split() if flag.startswith(("-W", "-DQT_NO_KEYWORDS", "-DQT_NO_CAST", "-fmacro", "-fvis"))]
-        sys.exit("flags of the libraries reach the consumer: " + " ".join(ours) if ours else 0)
+        sys.exit("the consumer was compiled with flags of the libraries: " + " ".join(ours) if ours else 0)
 sys.exit("the consumer was not compiled")
 PYTHON
 }
 
-# Neither the companions of this project nor their headers have a part in it.
+# Neither the bundled companions nor their headers are used.
 check_companions()
 {
     local build=$consumers/companions
@@ -169,7 +172,7 @@ source = os.path.realpath(sys.argv[2])
 own = [os.path.join(source, folder) for folder in ("Core", "Util", "Lib/Interfaces", "Pointers.h")]
 units = json.load(open(sys.argv[1]))
 for unit in units:
-    # The compiler's own list of the files that it read.
+    # The compiler lists the files that it read.
     command = re.sub(r" -o \S+", "", unit["command"]) + " -M"
     rule = subprocess.run(command, shell=True, cwd=unit["directory"], check=True, capture_output=True, text=True).stdout
     for path in map(os.path.realpath, shlex.split(rule.replace("\\\n", " "))[1:]):
@@ -179,15 +182,12 @@ if not any("DirectoryUtils.cpp" in unit["file"] for unit in units):
     sys.exit("the library was not compiled")
 PYTHON
 
-    # Without them there is a word on what to do.
-    if cmake -S "$SOURCE" -B "$consumers/none" -G "$GENERATOR" -DCMAKE_CXX_COMPILER="$CXX" \
-        -DLWUTILFS_BUNDLED_COMPANIONS=OFF -DLWUTILFS_QT="$QT" >"$SCRATCH/none.log" 2>&1; then
-        fail "missing companions were not missed"
-    fi
-    grep -q "Zendra::Core has to be there" "$SCRATCH/none.log" || fail "$(cat "$SCRATCH/none.log")"
+    # If they are missing, the error says what to do.
+    expect_refusal "Zendra::Core must be defined already" cmake -S "$SOURCE" -B "$consumers/none" -G "$GENERATOR" \
+        -DCMAKE_CXX_COMPILER="$CXX" -DLWUTILFS_BUNDLED_COMPANIONS=OFF -DLWUTILFS_QT="$QT"
 }
 
-# expect_refusal <text> <command>...: it fails, and says why.
+# expect_refusal <text> <command>...: the command fails, and its output has this text.
 expect_refusal()
 {
     local text=$1
@@ -200,11 +200,11 @@ expect_refusal()
     tr -s '\n ' ' ' <"$SCRATCH/refused-$step.log" | grep -qF "$text" || fail "$*: no '$text' in $(cat "$SCRATCH/refused-$step.log")"
 }
 
-# The libraries for this Qt and for the other one in one prefix: neither touches the other's files, and a program takes
-# the one that it asks for. A project that takes both is told so.
+# Installs the libraries for both Qt versions in one prefix: neither overwrites files of the other, and a program gets
+# those that it asks for. A project that asks for both gets an error.
 check_side_by_side()
 {
-    local other=$((11 - QT)) both=$SCRATCH/both build=$SCRATCH/other there way second
+    local other=$((11 - QT)) both=$SCRATCH/both build=$SCRATCH/other overwritten way second
     pkg-config --exists "Qt${other}Widgets" || {
         echo "Qt $other is not installed"
         exit 77
@@ -217,8 +217,8 @@ check_side_by_side()
     cmake --build "$build"
     cmake --install "$build" --prefix "$both" >"$build/install.log"
     (cd "$both" && find . ! -type d -exec ls -l --time-style=full-iso {} + | sort) >"$SCRATCH/after"
-    there=$(comm -23 "$SCRATCH/before" "$SCRATCH/after")
-    [ -z "$there" ] || fail "the libraries for Qt $other took the place of $there"
+    overwritten=$(comm -23 "$SCRATCH/before" "$SCRATCH/after")
+    [ -z "$overwritten" ] || fail "the libraries for Qt $other overwrote $overwritten"
 
     build_consumer beside -DCONSUMER_WAY=package -DCMAKE_PREFIX_PATH="$both"
     cmake --build "$consumers/beside"
@@ -227,9 +227,9 @@ check_side_by_side()
 
     for way in package bundled; do
         for second in package bundled; do
-            expect_refusal "Zendra::LWUtilFS is there already, built for Qt $QT" build_consumer refused \
+            expect_refusal "Zendra::LWUtilFS is already defined, for Qt $QT" build_consumer refused \
                 -DCONSUMER_WAY="$way" -DCONSUMER_SECOND="$second" -DCMAKE_PREFIX_PATH="$both"
-            expect_refusal "Zendra::LWUtilFS is there already, built for Qt $other" build_consumer refused \
+            expect_refusal "Zendra::LWUtilFS is already defined, for Qt $other" build_consumer refused \
                 -DCONSUMER_WAY="$way" -DCONSUMER_SECOND="$second" -DCMAKE_PREFIX_PATH="$both" -DCONSUMER_QT="$other"
         done
     done
@@ -244,7 +244,7 @@ check_settings()
     expect_refusal 'packages for Qt 5 only: set LWUTILFS_QT to 5' "${configure[@]}" -DLWUTILFS_QT=6 -DLWUTILFS_DEBIAN_PACKAGES=ON
 }
 
-# The newest release in the changelog is the version of the project, and nobody else writes that number down.
+# The newest release in the changelog is the project's version, and no other file repeats it.
 check_version()
 {
     local newest

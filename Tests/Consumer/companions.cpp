@@ -1,4 +1,4 @@
-// The library on an application's own companions: what it does by them shows that they are these.
+// The library with an application's own companions. The results show that it uses these and no others.
 
 #include "Core/ioPath.h"
 #include "Lib/Interfaces/InstanceRegistry.h"
@@ -24,17 +24,17 @@ void Expect(bool holds, const char* what)
 {
     if (holds)
         return;
-    std::cerr << "not so: " << what << '\n';
+    std::cerr << "failed: " << what << '\n';
     ++failures;
 }
 
 struct Observer : Zendra::LW::IFileManagerObserver
 {
-    void OnFileExplored(const Zendra::ioPath&) override { ++told; }
-    void OnFileMovedToTrash(const Zendra::ioPath&) override { ++told; }
-    void OnFileRemoved(const Zendra::ioPath&) override { ++told; }
+    void OnFileExplored(const Zendra::ioPath&) override { ++calls; }
+    void OnFileMovedToTrash(const Zendra::ioPath&) override { ++calls; }
+    void OnFileRemoved(const Zendra::ioPath&) override { ++calls; }
 
-    int told = 0;
+    int calls = 0;
 };
 
 } // namespace
@@ -47,26 +47,27 @@ int main(int argc, char* argv[])
     {
         Zendra::LW::FileManager service;
         auto* files = static_cast<Zendra::LW::IFileManager*>(registry.published);
-        Expect(files == &service, "the stand-in registry has the file manager");
+        Expect(files == &service, "the file manager is in the stand-in registry");
         Observer observer;
         service.RegisterEventHandler(&observer);
         Expect(files->Exists("stand-in"), "only the stand-in path exists");
         Expect(!files->Exists("/"), "and no real one");
-        Expect(files->CreateDirectories("stand-in"), "only the stand-in folder is made");
+        Expect(files->CreateDirectories("stand-in"), "only the stand-in folder can be created");
         Expect(files->ExploreFile("stand-in") && files->MoveToTrash("stand-in") && files->Remove("stand-in"),
                "the stand-in operations succeed");
-        Expect(observer.told == 3, "and the observer is told of each");
-        Expect(!files->Remove("/no/such/file"), "no other operation does");
+        Expect(observer.calls == 3, "and the observer is notified of each");
+        Expect(!files->Remove("/no/such/file"), "a file that is not the stand-in cannot be removed");
     }
-    Expect(registry.published == nullptr, "the file manager is withdrawn");
+    Expect(registry.published == nullptr, "the file manager is unregistered");
 
-    Expect(!Zendra::LW::CheckPathAndAnnoyUserIfInvalid("/", nullptr), "the stand-in rules accept no folder");
+    Expect(!Zendra::LW::CheckPathAndAnnoyUserIfInvalid("/", nullptr),
+           "the stand-in validation accepts no folder");
     Expect(Zendra::Util::AlertBox::shown == "a stand-in reason: /", "the stand-in alert is shown");
 
     Zendra::LW::DirectoryChecker checker;
     Expect(checker.StartWatching("/no/such/folder", {}, {}, 0), "a folder can be watched");
 
     if (failures == 0)
-        std::cout << "The consumer's own companions did it.\n";
+        std::cout << "The library uses the consumer's own companions.\n";
     return failures;
 }

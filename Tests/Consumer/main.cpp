@@ -1,6 +1,6 @@
-// Uses something of each of the four libraries. `foreach` and the string literals for QString are on purpose:
-// what the libraries forbid themselves must not reach the programs that use them. Qt's widgets, Boost and
-// glog come along, without a word of the consumer's own.
+// Uses something of each of the libraries. `foreach` and plain literals for QString are intended: the
+// definitions that forbid them in the libraries must not reach the programs that use the libraries. Qt
+// Widgets, Boost and glog are linked through the libraries alone.
 
 #include "Core/FileOperations.h"
 #include "Lib/Interfaces/InstanceRegistry.h"
@@ -32,7 +32,7 @@ void Expect(bool holds, const char* what)
 {
     if (holds)
         return;
-    std::cerr << "not so: " << what << '\n';
+    std::cerr << "failed: " << what << '\n';
     ++failures;
 }
 
@@ -75,7 +75,7 @@ int main(int argc, char* argv[])
     LOG_IF(WARNING, !temporary.isValid()) << "There is no folder for temporary files.";
     Write(folder + "/take 9.mp4");
 
-    // Watching, with a signal that another library's meta-object carries.
+    // Watching, with a signal of a class in another library.
     Zendra::LW::DirectoryChecker checker;
     QStringList added;
     QObject::connect(&checker, &Zendra::LW::IDirectoryWatcher::FileAdded,
@@ -90,7 +90,7 @@ int main(int argc, char* argv[])
     Expect(qobject_cast<Zendra::LW::DirectoryWatcher*>(watcher), "the meta-object is known here");
     delete watcher;
 
-    // The next number, and errors that cross the border between libraries.
+    // The next number, and exceptions thrown in a library and caught here.
     const Zendra::ioPath path(folder.toStdString());
     const boost::multiprecision::cpp_int next(
         Zendra::LW::GetNextAvaliableIndex(path, std::regex(R"(take (\d+)\.mp4)")));
@@ -101,7 +101,7 @@ int main(int argc, char* argv[])
     Expect(Throws<boost::filesystem::filesystem_error>("/no/such/folder", noNumber),
            "a missing folder is an error");
 
-    // Services by the registry, and their observers.
+    // A service from the registry, and its observers.
     Zendra::LW::InstanceRegistry registry;
     Zendra::LW::FileManager service;
     auto* files = registry.Find<Zendra::LW::IFileManager>();
@@ -109,20 +109,20 @@ int main(int argc, char* argv[])
     Observer observer;
     service.RegisterEventHandler(&observer);
     Expect(service.Remove((folder + "/take 9.mp4").toStdString()), "a file can be removed");
-    Expect(observer.removed == 1, "and its observer is told");
+    Expect(observer.removed == 1, "and its observer is notified");
     Expect(dynamic_cast<Zendra::LW::FileManager*>(files), "the interface can be cast back");
 
-    // The rest.
+    // The other functions.
     Expect(Zendra::LW::PrepareFolder(folder, qobject_cast<QWidget*>(&application)), "the folder is valid");
     const Zendra::LW::TemporaryHardLink link("");
     Expect(link.GetExistFilePath().empty(), "an empty path makes no link");
     Expect(Zendra::LW::TemporaryHardLink::exists(folder.toStdString()), "the folder exists");
     QString reason;
     Expect(!Zendra::Util::IsThisPathValid("/no/such/folder", &reason), "a missing folder is invalid");
-    Expect(!reason.isEmpty(), "for a reason");
+    Expect(!reason.isEmpty(), "and the reason is given");
     Expect(!Zendra::Core::RemoveFile("/no/such/file"), "a missing file cannot be removed");
 
     if (failures == 0)
-        std::cout << "The consumer got all it asked for.\n";
+        std::cout << "The consumer can use everything.\n";
     return failures;
 }

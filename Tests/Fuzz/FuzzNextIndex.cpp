@@ -14,7 +14,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-// An input is a pattern's number and the names of files, each after a slash: "0/a1/a2/a7".
+// An input is the number of a pattern and the names of files, each after a slash: "0/a1/a2/a7".
 
 namespace Tests {
 namespace {

@@ -8,7 +8,7 @@
 #include <cstdlib>
 #include <string>
 
-// An input is the list of decisions that a run takes: what to do to which file, and when to look.
+// An input is the list of decisions in a run: the operations, their files, and the calls of the checker.
 
 namespace {
 
@@ -18,7 +18,7 @@ constexpr int operationLimit = 200;
 
 extern "C" int LLVMFuzzerInitialize(int*, char***)
 {
-    // A run starts a checker that is watching already now and then, and each time would leave a line.
+    // A run sometimes starts a checker that is watching already. Each time would log a line.
     FLAGS_minloglevel = google::GLOG_WARNING;
     return 0;
 }
@@ -27,9 +27,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     Tests::Choices choices(data, size);
     Tests::CheckerRun run;
-    const std::string complaint = run.Play(choices, operationLimit);
-    if (!complaint.empty()) {
-        std::fprintf(stderr, "%s\n", complaint.c_str());
+    const std::string failure = run.Play(choices, operationLimit);
+    if (!failure.empty()) {
+        std::fprintf(stderr, "%s\n", failure.c_str());
         std::abort();
     }
     return 0;

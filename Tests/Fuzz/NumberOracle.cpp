@@ -21,7 +21,7 @@ bool AreDigits(std::string_view text)
     return std::all_of(text.begin(), text.end(), IsDigit);
 }
 
-/// A dot of an expression matches no end of a line.
+/// A dot in an expression does not match the end of a line.
 bool IsOneLine(std::string_view text)
 {
     return text.find_first_of("\n\r") == std::string_view::npos;
@@ -67,7 +67,7 @@ Group NoGroup(std::string_view)
     return std::nullopt;
 }
 
-/// The number is the second group and so does not count.
+/// The number is in the second group, which is not used.
 Group MaybeB(std::string_view name)
 {
     return StartsWith(name, "ba") && name.size() > 2 && AreDigits(name.substr(2)) ? Group(name.substr(0, 1))
@@ -94,7 +94,7 @@ int DigitValue(char character)
     return 16;
 }
 
-/// Decimal digits from the last to the first; no digit is zero.
+/// Decimal digits, the last one first; zero has no digits.
 class Number
 {
 public:

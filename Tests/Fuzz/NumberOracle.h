@@ -7,14 +7,14 @@
 
 namespace Tests {
 
-/// The rules for the next free number, written down once more without regular expressions and without a
-/// number type.
+/// A second implementation of the rules for the next free number, without regular expressions or a number
+/// type.
 
 struct NumberPattern
 {
     const char* expression;
-    /// What the first group has of a whole name; nothing when the name does not match, or the group took no
-    /// part.
+    /// What the first group matches in a whole name; nullopt when the name does not match or the group took
+    /// no part.
     std::optional<std::string_view> (*group)(std::string_view name);
 };
 
@@ -22,8 +22,8 @@ const std::vector<NumberPattern>& NumberPatterns();
 
 struct NumberAnswer
 {
-    std::string next;                ///< empty when there has to be an error
-    std::vector<std::string> errors; ///< the texts, one of which has to come
+    std::string next;                ///< empty when an error is expected
+    std::vector<std::string> errors; ///< the error has one of these texts
 };
 
 NumberAnswer NextNumber(const NumberPattern& pattern, const std::vector<std::string>& names);

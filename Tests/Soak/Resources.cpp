@@ -10,7 +10,7 @@
 namespace Soak {
 namespace {
 
-// What one third of a run may need more than the one before.
+// How much more the last third of a run may need than the second one.
 constexpr std::size_t memorySlackKilobytes = 4096;
 constexpr std::size_t openFilesSlack = 2;
 
@@ -54,7 +54,7 @@ Resources::Reading Resources::Peak(std::size_t third) const
     return peak;
 }
 
-std::string Resources::Complaint() const
+std::string Resources::Error() const
 {
     if (readings.size() < 9)
         return "too few samples of memory and open files";

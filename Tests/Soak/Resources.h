@@ -6,13 +6,13 @@
 
 namespace Soak {
 
-/// Samples of this process's memory and open files.
+/// Samples of this process's memory and number of open files.
 class Resources
 {
 public:
     void Sample();
-    /// What still grows in the last third of the run; empty when nothing does.
-    std::string Complaint() const;
+    /// An error if something still grew in the last third of the run; else empty.
+    std::string Error() const;
     std::string Summary() const;
 
 private:

@@ -1,6 +1,7 @@
 #include "Tests/Soak/SignalAudit.h"
 
 #include "Lib/Util/FS/IDirectoryWatcher.h"
+#include "Tests/Support/FileTexts.h"
 
 #include <algorithm>
 #include <utility>
@@ -16,64 +17,61 @@ SignalAudit::SignalAudit(const IDirectoryWatcher& auditedWatcher, std::string au
         QObject::connect(&watcher, signal, &connections, slot);
     };
     connect(&IDirectoryWatcher::FileAdded,
-            [this](const QFileInfo& info) { NoteAdded(info.filePath().toStdString()); });
+            [this](const QFileInfo& info) { OnAdded(info.filePath().toStdString()); });
     connect(&IDirectoryWatcher::FileChanged,
-            [this](const QFileInfo& info) { NoteChanged(info.filePath().toStdString()); });
+            [this](const QFileInfo& info) { OnChanged(info.filePath().toStdString()); });
     connect(&IDirectoryWatcher::FileRemoved,
-            [this](const QFileInfo& info) { NoteRemoved(info.filePath().toStdString()); });
+            [this](const QFileInfo& info) { OnRemoved(info.filePath().toStdString()); });
 }
 
-void SignalAudit::TakeList()
+void SignalAudit::ReadList()
 {
-    known = Listed();
+    known = ListedPaths();
     everKnown = known;
 }
 
-std::set<std::string> SignalAudit::Listed()
+std::set<std::string> SignalAudit::ListedPaths()
 {
     const QList<QFileInfo> infos = watcher.GetFileInfoList();
-    const auto hasLessName = [](const QFileInfo& a, const QFileInfo& b) {
-        return a.fileName() < b.fileName();
-    };
-    if (!std::is_sorted(infos.begin(), infos.end(), hasLessName))
-        Complain("is out of order at", watcher.GetWatchedDirPath().toStdString());
+    if (!Tests::AreSortedByName(infos))
+        SetError("is unsorted in", watcher.GetWatchedDirPath().toStdString());
     std::set<std::string> paths;
     for (const QFileInfo& info : infos) {
         if (!paths.insert(info.filePath().toStdString()).second)
-            Complain("lists twice", info.filePath().toStdString());
+            SetError("lists twice:", info.filePath().toStdString());
     }
     return paths;
 }
 
-void SignalAudit::NoteAdded(const std::string& path)
+void SignalAudit::OnAdded(const std::string& path)
 {
     Count(path);
     if (!known.insert(path).second)
-        Complain("adds what it knows:", path);
+        SetError("adds a known file:", path);
     everKnown.insert(path);
-    if (Listed() != known)
-        Complain("lists something else after it adds", path);
+    if (ListedPaths() != known)
+        SetError("has a wrong list after adding", path);
 }
 
-void SignalAudit::NoteChanged(const std::string& path)
+void SignalAudit::OnChanged(const std::string& path)
 {
     Count(path);
     if (known.count(path) == 0)
-        Complain("changes what it does not know:", path);
-    if (Listed() != known)
-        Complain("lists something else after it changes", path);
+        SetError("changes an unknown file:", path);
+    if (ListedPaths() != known)
+        SetError("has a wrong list after changing", path);
 }
 
-void SignalAudit::NoteRemoved(const std::string& path)
+void SignalAudit::OnRemoved(const std::string& path)
 {
     Count(path);
     if (everKnown.count(path) == 0)
-        Complain("removes what it never knew:", path);
-    // Of two files of one name that vanish at the same time either may go first, as both are equal then.
-    const std::set<std::string> listed = Listed();
+        SetError("removes an unknown file:", path);
+    // Two missing files of one name count as equal, so either may be removed from the list first.
+    const std::set<std::string> listed = ListedPaths();
     const bool isSubset = std::includes(known.begin(), known.end(), listed.begin(), listed.end());
     if (!isSubset || known.size() - listed.size() > 1)
-        Complain("lists something else after it removes", path);
+        SetError("has a wrong list after removing", path);
     known = listed;
 }
 
@@ -83,10 +81,10 @@ void SignalAudit::Count(const std::string& path)
     ++total;
 }
 
-void SignalAudit::Complain(const std::string& text, const std::string& path)
+void SignalAudit::SetError(const std::string& text, const std::string& path)
 {
-    if (complaint.empty())
-        complaint = "the " + name + ' ' + text + ' ' + path;
+    if (error.empty())
+        error = "the " + name + ' ' + text + ' ' + path;
 }
 
 } // namespace Soak

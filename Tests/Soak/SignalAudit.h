@@ -14,11 +14,11 @@ class IDirectoryWatcher;
 
 namespace Soak {
 
-/// What has been done to a path, and what was said of it.
+/// How often something happened, by path.
 using Counts = std::map<std::string, long long>;
 
-/// Holds every signal of a watcher against its list, and counts them, so that each can be explained in the
-/// end.
+/// Compares every signal of a watcher with its list, and counts the signals of each path, so that they can be
+/// compared with the operations in the end.
 class SignalAudit
 {
 public:
@@ -26,21 +26,21 @@ public:
     SignalAudit(const SignalAudit&) = delete;
     SignalAudit& operator=(const SignalAudit&) = delete;
 
-    /// Call it after every start and stop.
-    void TakeList();
-    /// Every path of which something was said, and how often.
+    /// Begins with the watcher's present list; to be called after every start.
+    void ReadList();
+    /// The number of signals about each path.
     const Counts& SignalCounts() const { return signalCounts; }
     long long SignalCount() const { return total; }
-    /// The first signal that was wrong; empty when none was.
-    const std::string& Complaint() const { return complaint; }
+    /// Describes the first wrong signal; empty when all were right.
+    const std::string& Error() const { return error; }
 
 private:
-    std::set<std::string> Listed();
-    void NoteAdded(const std::string& path);
-    void NoteChanged(const std::string& path);
-    void NoteRemoved(const std::string& path);
+    std::set<std::string> ListedPaths();
+    void OnAdded(const std::string& path);
+    void OnChanged(const std::string& path);
+    void OnRemoved(const std::string& path);
     void Count(const std::string& path);
-    void Complain(const std::string& text, const std::string& path);
+    void SetError(const std::string& text, const std::string& path);
 
     const Zendra::LW::IDirectoryWatcher& watcher;
     const std::string name;
@@ -48,8 +48,8 @@ private:
     std::set<std::string> everKnown; ///< since the last start
     Counts signalCounts;
     long long total = 0;
-    std::string complaint;
-    QObject connections; ///< last: goes first, and the connections with it
+    std::string error;
+    QObject connections; ///< last: is destroyed first, and ends the connections
 };
 
 } // namespace Soak

@@ -2,11 +2,11 @@
 #include "Lib/Util/FS/DirectoryWatcher.h"
 #include "Tests/Soak/Resources.h"
 #include "Tests/Soak/SignalAudit.h"
+#include "Tests/Support/EventLoop.h"
 #include "Tests/Support/FolderModel.h"
 #include "Tests/Support/FolderOperations.h"
 #include "Tests/Support/Playground.h"
 
-#include <QAbstractEventDispatcher>
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDateTime>
@@ -29,8 +29,8 @@
 #include <poll.h>
 #include <unistd.h>
 
-// Both watchers look at one folder while another process plays with the files in it. Memory and open files
-// must level off, every signal must have its operation, and in the end the lists must be right.
+// Both watchers watch one folder while another process performs operations on its files. Memory and open
+// files must stop growing, every signal must have its operation, and in the end the lists must be right.
 
 using Zendra::LW::DirectoryChecker;
 using Zendra::LW::DirectoryWatcher;
@@ -40,19 +40,19 @@ namespace Soak {
 namespace {
 
 constexpr unsigned int depth = 3;
-/// Leaves the watchers time to see most states, and the machine time for others.
+/// Gives the watchers time to see most states.
 constexpr int betweenOperationsMilliseconds = 1;
 constexpr int passMilliseconds = 15;
 constexpr int sampleMilliseconds = 100;
 constexpr int watcherRestartMilliseconds = 700;
 constexpr int checkerRestartMilliseconds = 1900;
-/// A write and the setting of its time can be seen apart, and each as a file's coming, too.
+/// One write may be reported three times: as a new file, as new content and as a new modification time.
 constexpr long long signalsPerOperation = 3;
 
 Tests::FolderOperations::Kinds PlainFiles()
 {
     Tests::FolderOperations::Kinds kinds;
-    // Without these every signal is about the very path that an operation names.
+    // Without these every signal is about a path that an operation names.
     kinds.links = false;
     kinds.hardLinks = false;
     kinds.moveFolders = false;
@@ -60,14 +60,14 @@ Tests::FolderOperations::Kinds PlainFiles()
     return kinds;
 }
 
-/// Waits for the end of the input, but not for long.
+/// Waits for a moment for the end of the input.
 bool IsInputClosed()
 {
     pollfd input = {STDIN_FILENO, POLLIN, 0};
     return ::poll(&input, 1, betweenOperationsMilliseconds) > 0;
 }
 
-/// The other process: plays until its input is closed, and writes down what it does.
+/// The other process: performs operations until its input is closed, and prints them.
 int Operate(const std::string& playground, unsigned int seed)
 {
     Tests::Choices choices(seed);
@@ -77,7 +77,7 @@ int Operate(const std::string& playground, unsigned int seed)
     return 0;
 }
 
-/// What the other process has done, by path.
+/// The operations of the other process, by path.
 class Journal
 {
 public:
@@ -89,7 +89,7 @@ public:
 
     long long OperationCount() const { return total; }
 
-    /// How many operations can have to do with a path below the playground.
+    /// The number of operations on a path below the playground or on the folders above it.
     long long CountFor(const std::string& path) const
     {
         long long count = 0;
@@ -146,8 +146,8 @@ public:
         if (!other.waitForFinished() || other.exitCode() != 0)
             return Report("the other process failed");
         journal.Read(other);
-        HandleNotices();
-        return Report(FinalComplaint());
+        Tests::HandleQueuedNotices();
+        return Report(FinalError());
     }
 
 private:
@@ -155,7 +155,7 @@ private:
     {
         which.StopWatching();
         which.StartWatching(QString::fromStdString(settings.dirPath), {}, {}, depth);
-        audit.TakeList();
+        audit.ReadList();
     }
 
     void RunLoop(int seconds)
@@ -180,34 +180,28 @@ private:
         loop.exec();
     }
 
-    static void HandleNotices()
-    {
-        while (QAbstractEventDispatcher::instance()->processEvents(QEventLoop::AllEvents)) {
-        }
-    }
-
-    std::string FinalComplaint()
+    std::string FinalError()
     {
         if (journal.OperationCount() == 0 || checkerAudit.SignalCount() == 0
             || watcherAudit.SignalCount() == 0)
             return "nothing happened";
 
-        // A new file in the root makes the watcher look once more; nothing else happens any longer.
+        // A new file in the root makes the watcher scan once more. Nothing else changes any longer.
         QFile fence(QString::fromStdString(settings.dirPath + "/fence"));
         if (!fence.open(QIODevice::WriteOnly))
             return "cannot write a file";
-        HandleNotices();
+        Tests::HandleQueuedNotices();
         checker.CheckFolder();
         const long long signalsBefore = checkerAudit.SignalCount();
         checker.CheckFolder();
         if (checkerAudit.SignalCount() != signalsBefore)
-            return "the checker reports something although nothing happens";
+            return "the checker reports something although nothing has changed";
 
-        for (const std::string& complaint :
-             {CompareLists(), checkerAudit.Complaint(), watcherAudit.Complaint(), Unexplained(checkerAudit),
-              Unexplained(watcherAudit), resources.Complaint()}) {
-            if (!complaint.empty())
-                return complaint;
+        for (const std::string& error :
+             {CompareLists(), checkerAudit.Error(), watcherAudit.Error(), CompareWithOperations(checkerAudit),
+              CompareWithOperations(watcherAudit), resources.Error()}) {
+            if (!error.empty())
+                return error;
         }
         return {};
     }
@@ -233,14 +227,14 @@ private:
         }
         const std::set<std::string> present(scanned.begin(), scanned.end());
         for (const auto& [path, time] : times) {
-            // A known file stays known when a pipe takes its place between two passes.
+            // A known file stays listed when a pipe replaces it between two passes.
             if (present.count(path) == 0 && !std::filesystem::is_fifo(path))
                 return "the checker knows a file that is gone: " + path;
         }
         return {};
     }
 
-    std::string Unexplained(const SignalAudit& audit) const
+    std::string CompareWithOperations(const SignalAudit& audit) const
     {
         const std::size_t prefixLength = settings.dirPath.size() - std::string("root").size();
         for (const auto& [path, count] : audit.SignalCounts()) {
@@ -252,15 +246,15 @@ private:
         return {};
     }
 
-    int Report(const std::string& complaint) const
+    int Report(const std::string& error) const
     {
         std::cout << journal.OperationCount() << " operations, " << passCount << " passes, "
                   << checkerAudit.SignalCount() << " signals of the checker, " << watcherAudit.SignalCount()
                   << " of the watcher\n"
                   << resources.Summary() << '\n'
-                  << (complaint.empty() ? "all is well" : "seed " + std::to_string(seed) + ": " + complaint)
+                  << (error.empty() ? "no errors" : "seed " + std::to_string(seed) + ": " + error)
                   << std::endl;
-        return complaint.empty() ? 0 : 1;
+        return error.empty() ? 0 : 1;
     }
 
     const unsigned int seed;
@@ -283,11 +277,12 @@ int main(int argc, char* argv[])
     google::InitGoogleLogging(argv[0]);
     const QCoreApplication application(argc, argv);
     QCommandLineParser parser;
-    const QCommandLineOption seconds(QStringLiteral("seconds"), QStringLiteral("How long to go on."),
+    const QCommandLineOption seconds(QStringLiteral("seconds"), QStringLiteral("How long to run."),
                                      QStringLiteral("number"), QStringLiteral("20"));
     const QCommandLineOption seed(QStringLiteral("seed"), QStringLiteral("The seed of the operations."),
                                   QStringLiteral("number"), QStringLiteral("1"));
-    const QCommandLineOption operate(QStringLiteral("operate"), QStringLiteral("Be the other process."),
+    const QCommandLineOption operate(QStringLiteral("operate"),
+                                     QStringLiteral("Be the other process, which works in this folder."),
                                      QStringLiteral("folder"));
     parser.addOptions({seconds, seed, operate});
     parser.addHelpOption();

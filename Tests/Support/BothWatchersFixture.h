@@ -5,10 +5,6 @@
 #include "Tests/Support/Surroundings.h"
 #include "Tests/Support/WatcherFixture.h"
 
-#include <QFileInfo>
-#include <QString>
-#include <QStringList>
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -26,15 +22,16 @@ protected:
             GTEST_SKIP() << why;
     }
 
-    /// Starts both in a folder below the test's own, which the test may then delete or rename.
-    void StartBoth(unsigned int depth = 0, const QStringList& nameFilters = {}, const Predicate& filter = {})
+    /// Starts both in a folder below the test's own, which the test may then delete or rename, and clears
+    /// both logs.
+    void StartBoth(unsigned int depth = 0, const NameFilters& nameFilters = {}, const Predicate& filter = {})
     {
         ASSERT_TRUE(watcher->StartWatching(Path("root"), nameFilters, filter, depth));
         ASSERT_TRUE(checker.StartWatching(Path("root"), nameFilters, filter, depth));
-        Clear();
+        ClearLogs();
     }
 
-    void Clear()
+    void ClearLogs()
     {
         signalLog.Clear();
         checkerLog.Clear();
@@ -51,13 +48,7 @@ protected:
     Texts WatcherSaw() const { return Sorted(signalLog.Entries()); }
     Texts CheckerSaw() const { return Sorted(checkerLog.Entries()); }
 
-    Texts CheckerFiles() const
-    {
-        Texts files;
-        for (const QFileInfo& info : checker.GetFileInfoList())
-            files.push_back(info.filePath().mid(folder.Path().size() + 1).toStdString());
-        return files;
-    }
+    Texts CheckerFiles() const { return PathsOf(checker.GetFileInfoList(), folder.Path()); }
 
     Zendra::LW::DirectoryChecker checker;
     SignalLog checkerLog{checker, folder.Path()};

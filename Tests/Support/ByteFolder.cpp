@@ -1,10 +1,12 @@
 #include "Tests/Support/ByteFolder.h"
 
+#include "Tests/Support/Require.h"
+
+#include <QFile>
+
 #include <cerrno>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <stdexcept>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -13,42 +15,13 @@
 namespace fs = std::filesystem;
 
 namespace Tests {
-namespace {
 
-void Require(bool done, const char* step, const std::string& path)
+ByteFolder::ByteFolder() : root(QFile::encodeName(holder.Path()).toStdString())
 {
-    if (!done)
-        throw std::runtime_error(std::string("cannot ") + step + " " + path);
-}
-
-/// Only root can delete what is in a folder that a test has closed.
-void Open(const fs::path& folder)
-{
-    std::error_code ignored;
-    fs::permissions(folder, fs::perms::owner_all, ignored);
-    for (fs::directory_iterator entry(folder, ignored), end; entry != end; entry.increment(ignored))
-        if (entry->symlink_status(ignored).type() == fs::file_type::directory)
-            Open(entry->path());
-}
-
-} // namespace
-
-ByteFolder::ByteFolder()
-{
-    std::string name = fs::canonical(fs::temp_directory_path()) / "ByteFolder-XXXXXX";
-    Require(::mkdtemp(name.data()) != nullptr, "make", name);
-    root = name;
     SetMode(".", 0755);
 }
 
-ByteFolder::~ByteFolder()
-{
-    Open(root);
-    std::error_code ignored;
-    fs::remove_all(root, ignored);
-}
-
-bool ByteFolder::Takes(const std::string& name) const
+bool ByteFolder::CanStore(const std::string& name) const
 {
     const int file = ::open(Path(name).c_str(), O_WRONLY | O_CREAT | O_EXCL, 0600);
     if (file < 0)
@@ -63,7 +36,7 @@ std::string ByteFolder::Write(const std::string& name, const std::string& conten
     const fs::path path = Path(name);
     fs::create_directories(path.parent_path());
     std::ofstream file(path, std::ios::binary);
-    Require(bool(file << content << std::flush), "write", path);
+    Require(bool(file << content << std::flush), "write " + path.string());
     return path;
 }
 
@@ -82,7 +55,7 @@ std::string ByteFolder::Link(const std::string& target, const std::string& name)
 
 void ByteFolder::SetMode(const std::string& name, mode_t mode) const
 {
-    Require(::chmod(Path(name).c_str(), mode) == 0, "set the mode of", Path(name));
+    Require(::chmod(Path(name).c_str(), mode) == 0, "set the mode of " + Path(name));
 }
 
 std::vector<std::string> ByteFolder::Tree() const

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Tests/Support/TempFolder.h"
+
 #include <string>
 #include <vector>
 
@@ -7,38 +9,36 @@
 
 namespace Tests {
 
-/// A new folder like TempFolder, for names as the system takes them: any bytes, UTF-8 or not, whatever the
-/// locale. Everybody may enter it, so that another user is refused only where the test wants it.
+/// A new folder like TempFolder, for names of any bytes, UTF-8 or not, whatever the locale. Every user may
+/// enter it, so that another user is refused only where the test wants it.
 ///
-/// Names are relative to it, and what makes something returns its absolute path. Every step must succeed: a
-/// failure throws.
+/// Names are relative to it. A function that makes something returns its absolute path, and throws when it
+/// fails.
 class ByteFolder
 {
 public:
     ByteFolder();
-    ~ByteFolder();
-    ByteFolder(const ByteFolder&) = delete;
-    ByteFolder& operator=(const ByteFolder&) = delete;
 
     /// The folder's absolute path with no links in it.
     std::string Path() const { return root; }
     std::string Path(const std::string& name) const { return root + "/" + name; }
 
-    /// Whether the file system takes this name: not every one takes other bytes than UTF-8.
-    bool Takes(const std::string& name) const;
+    /// Whether the file system accepts this name: some accept only UTF-8.
+    bool CanStore(const std::string& name) const;
 
-    /// Writes a file, new or in place of what it held, and makes missing folders on the way.
+    /// Writes or overwrites a file, and makes its missing folders.
     std::string Write(const std::string& name, const std::string& content = "content") const;
-    /// Makes a folder with the missing ones above, or only sets its mode.
+    /// Makes a folder and its missing parents, or only sets the mode of an existing one.
     std::string MakeFolder(const std::string& name, mode_t mode = 0755) const;
-    /// A symbolic link with just this target text.
+    /// Makes a symbolic link with exactly this target text.
     std::string Link(const std::string& target, const std::string& name) const;
     void SetMode(const std::string& name, mode_t mode) const;
 
-    /// The names of all entries below, in every depth, in no particular order.
+    /// The names of all entries at every depth, unsorted.
     std::vector<std::string> Tree() const;
 
 private:
+    TempFolder holder;
     std::string root;
 };
 

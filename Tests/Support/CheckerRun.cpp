@@ -1,6 +1,7 @@
 #include "Tests/Support/CheckerRun.h"
 
 #include "Lib/Util/FS/DirectoryChecker.h"
+#include "Tests/Support/FileTexts.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -8,6 +9,7 @@
 
 #include <array>
 #include <exception>
+#include <functional>
 #include <system_error>
 
 using Zendra::LW::DirectoryChecker;
@@ -15,10 +17,9 @@ using Zendra::LW::DirectoryChecker;
 namespace Tests {
 namespace {
 
-constexpr std::size_t historyLimit = 60;
 constexpr unsigned int predicateKinds = 4;
 
-/// The predicates, on no more than a path and a size, so that the model can do without QFileInfo.
+/// The predicates. They need only a path and a size, so the model can apply them without QFileInfo.
 bool Accepts(unsigned int kind, unsigned int generation, const std::string& path, std::uintmax_t size)
 {
     switch (kind) {
@@ -38,112 +39,82 @@ std::uintmax_t SizeOf(const std::string& path)
     return error ? 0 : size;
 }
 
-std::filesystem::path ToPath(const QString& path)
-{
-    return path.toStdString();
-}
-
-QStringList ToQt(const std::vector<std::string>& texts)
-{
-    QStringList list;
-    for (const std::string& text : texts)
-        list.append(QString::fromStdString(text));
-    return list;
-}
-
 } // namespace
 
-CheckerRun::CheckerRun() : current(playground.Path()), operations(ToPath(playground.Path()))
+CheckerRun::CheckerRun() : RandomRun(FolderOperations::Kinds()), current(playground.Path())
 {
-    Renew();
+    CreateChecker();
 }
 
 CheckerRun::~CheckerRun() = default;
 
-std::string CheckerRun::Play(Choices& choices, int operationCount)
+void CheckerRun::TakeTurn(Choices& choices)
 {
-    std::string complaint;
-    while (complaint.empty() && operationsDone < operationCount && !choices.AreUsedUp()) {
-        for (unsigned int left = 1 + choices.Below(4); left > 0; --left) {
-            history.push_back(operations.Perform(choices));
-            ++operationsDone;
-        }
-        ++generation;
-        try {
-            complaint = TakeStep(choices);
-        } catch (const std::exception& exception) {
-            complaint = exception.what();
-        }
+    PerformOperations(choices);
+    ++generation;
+    try {
+        Fail(TakeStep(choices));
+    } catch (const std::exception& exception) {
+        Fail(exception.what());
     }
-    if (complaint.empty())
-        return {};
-
-    std::string text = "after these steps:";
-    const std::size_t first = history.size() > historyLimit ? history.size() - historyLimit : 0;
-    for (std::size_t i = first; i < history.size(); ++i)
-        text += "\n    " + history[i];
-    text += "\n  " + complaint;
-    const std::string prefix = playground.Path().toStdString() + '/';
-    for (auto at = text.find(prefix); at != std::string::npos; at = text.find(prefix, at))
-        text.erase(at, prefix.size());
-    return text;
 }
 
+/// @return what is wrong; empty when nothing is
 std::string CheckerRun::TakeStep(Choices& choices)
 {
     const unsigned int step = choices.Below(32);
     const bool isIdle = checker->GetWatchedDirPath().isEmpty();
-    if (step == 0 || (isIdle && !addsToFilesOfBefore && step < 24))
+    if (step == 0 || (isIdle && !nextStartAppends && step < 24))
         return Start(choices);
 
     switch (step) {
     case 1: {
-        Begin("stop");
+        BeginStep("stop");
         checker->StopWatching();
-        return model.Stop(Observed());
+        return model.Stop(Observe());
     }
     case 2: {
         const std::string path = operations.ChooseFolder(choices).string();
-        Begin("folder changed " + path);
+        BeginStep("folder changed " + path);
         checker->OnDirectoryChanged(QString::fromStdString(path));
-        return model.OnDirectoryChanged(path, Observed());
+        return model.OnDirectoryChanged(path, Observe());
     }
     case 3: {
         const std::string path = operations.ChooseFile(choices).string();
-        Begin("file changed " + path);
+        BeginStep("file changed " + path);
         checker->OnFileChanged(QString::fromStdString(path));
-        return model.OnFileChanged(path, Observed());
+        return model.OnFileChanged(path, Observe());
     }
     default: {
-        Begin("check");
+        BeginStep("check");
         ++passesDone;
         checker->CheckFolder();
-        return model.CheckFolder(Observed());
+        return model.CheckFolder(Observe());
     }
     }
 }
 
-/// Starts anew most of the time, and now and then while it is watching already.
+/// Mostly after a stop, and sometimes while the checker is watching already.
 std::string CheckerRun::Start(Choices& choices)
 {
-    if (addsToFilesOfBefore) {
-        // A list that was added to is out of order, and what follows from that is not defined.
-        Renew();
+    if (nextStartAppends) {
+        // A second start would append to the list and leave it unsorted; the model does not cover that.
+        CreateChecker();
     } else if (!choices.OneIn(4)) {
-        Begin("stop");
+        BeginStep("stop");
         checker->StopWatching();
-        const std::string complaint = model.Stop(Observed());
-        if (!complaint.empty())
-            return complaint;
+        const std::string error = model.Stop(Observe());
+        if (!error.empty())
+            return error;
     }
 
     const bool isIdle = checker->GetWatchedDirPath().isEmpty();
-    // The old start's predicate stays in use when the new one is refused.
+    // A refused start leaves the old predicate in use.
     if (isIdle)
         ChoosePredicate(choices);
     const FolderModel::Settings settings = ChooseSettings(choices);
-    Begin("start " + settings.dirPath + " depth " + std::to_string(settings.depth) + " predicate "
-          + std::to_string(predicateKind) + " filters " + std::to_string(settings.nameFilters.size()));
+    BeginStep("start '" + settings.dirPath + "' depth " + std::to_string(settings.depth) + " predicate "
+              + std::to_string(predicateKind) + " filters " + std::to_string(settings.nameFilters.size()));
     std::function<bool(const QFileInfo&)> filter;
     if (settings.filter) {
         filter = [this, kind = predicateKind](const QFileInfo& info) {
@@ -152,12 +123,13 @@ std::string CheckerRun::Start(Choices& choices)
             return Accepts(kind, generation, path, static_cast<std::uintmax_t>(info.size()));
         };
     }
-    const bool hasStarted = checker->StartWatching(QString::fromStdString(settings.dirPath),
-                                                   ToQt(settings.nameFilters), filter, settings.depth);
+    const bool hasStarted =
+        checker->StartWatching(QString::fromStdString(settings.dirPath), ToQStringList(settings.nameFilters),
+                               filter, settings.depth);
     if (hasStarted != isIdle)
         return isIdle ? "the start was refused" : "the start was not refused";
-    addsToFilesOfBefore = isIdle && settings.dirPath.empty();
-    return model.Start(settings, Observed());
+    nextStartAppends = isIdle && settings.dirPath.empty();
+    return model.Start(settings, Observe());
 }
 
 FolderModel::Settings CheckerRun::ChooseSettings(Choices& choices)
@@ -185,13 +157,13 @@ void CheckerRun::ChoosePredicate(Choices& choices)
     predicateKind = choices.OneIn(2) ? 0 : choices.Below(predicateKinds);
 }
 
-void CheckerRun::Begin(const std::string& step)
+void CheckerRun::BeginStep(const std::string& step)
 {
-    history.push_back("* " + step);
+    AddStep("* " + step);
     trace.clear();
 }
 
-FolderModel::Observation CheckerRun::Observed() const
+FolderModel::Observation CheckerRun::Observe() const
 {
     FolderModel::Observation observation;
     observation.trace = trace;
@@ -200,26 +172,25 @@ FolderModel::Observation CheckerRun::Observed() const
     return observation;
 }
 
-void CheckerRun::Renew()
+void CheckerRun::CreateChecker()
 {
-    history.push_back("* a new checker");
+    AddStep("* a new checker");
     model = FolderModel();
-    addsToFilesOfBefore = false;
+    nextStartAppends = false;
     checker = std::make_unique<DirectoryChecker>();
-    const auto note = [this](const char* signal, const QString& path) {
+    const auto add = [this](const char* signal, const QString& path) {
         ++signalsSeen;
         trace.push_back(signal + path.toStdString());
     };
     const auto connect = [&](auto signal, auto slot) { QObject::connect(checker.get(), signal, slot); };
-    connect(&DirectoryChecker::WatchingStarted, [=] { note("WatchingStarted", QString()); });
-    connect(&DirectoryChecker::WatchingStopped, [=] { note("WatchingStopped", QString()); });
-    connect(&DirectoryChecker::PathChanged, [=](const QString& path) { note("PathChanged ", path); });
-    connect(&DirectoryChecker::FileAdded,
-            [=](const QFileInfo& info) { note("FileAdded ", info.filePath()); });
+    connect(&DirectoryChecker::WatchingStarted, [=] { add("WatchingStarted", QString()); });
+    connect(&DirectoryChecker::WatchingStopped, [=] { add("WatchingStopped", QString()); });
+    connect(&DirectoryChecker::PathChanged, [=](const QString& path) { add("PathChanged ", path); });
+    connect(&DirectoryChecker::FileAdded, [=](const QFileInfo& info) { add("FileAdded ", info.filePath()); });
     connect(&DirectoryChecker::FileRemoved,
-            [=](const QFileInfo& info) { note("FileRemoved ", info.filePath()); });
+            [=](const QFileInfo& info) { add("FileRemoved ", info.filePath()); });
     connect(&DirectoryChecker::FileChanged,
-            [=](const QFileInfo& info) { note("FileChanged ", info.filePath()); });
+            [=](const QFileInfo& info) { add("FileChanged ", info.filePath()); });
 }
 
 } // namespace Tests

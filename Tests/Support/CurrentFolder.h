@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Tests/Support/PathText.h"
+
 #include <QDir>
 
 #include <stdexcept>
@@ -10,10 +12,11 @@ namespace Tests {
 class CurrentFolder
 {
 public:
-    explicit CurrentFolder(const QString& path) : before(QDir::currentPath())
+    explicit CurrentFolder(const PathText& path) : before(QDir::currentPath())
     {
-        if (!QDir::setCurrent(path))
-            throw std::runtime_error("cannot go to " + path.toStdString());
+        const QString& text = path;
+        if (!QDir::setCurrent(text))
+            throw std::runtime_error("cannot go to " + text.toStdString());
     }
     ~CurrentFolder() { QDir::setCurrent(before); }
     CurrentFolder(const CurrentFolder&) = delete;

@@ -8,7 +8,7 @@
 
 namespace Tests {
 
-/// The desktop: takes every file URL that is to be opened, while it lives.
+/// Stands in for the desktop while it lives: records the file URLs that are opened.
 class Desktop : public QObject
 {
     Q_OBJECT

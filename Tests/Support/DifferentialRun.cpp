@@ -1,5 +1,8 @@
 #include "Tests/Support/DifferentialRun.h"
 
+#include "Tests/Support/FileTexts.h"
+#include "Tests/Support/IndentedLines.h"
+
 #include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
@@ -12,7 +15,6 @@
 namespace Tests {
 namespace {
 
-constexpr std::size_t historyLimit = 60;
 // East and west of Greenwich, with and without daylight saving.
 constexpr std::array zones = {"UTC0", "CET-1CEST,M3.5.0,M10.5.0/3", "EST5EDT,M3.2.0,M11.1.0", "NPT-5:45"};
 
@@ -35,83 +37,40 @@ QString PathIn(const std::string& logEntry)
     return QString::fromStdString(logEntry.substr(first, logEntry.find(", ", first) - first));
 }
 
-std::vector<std::string> Described(const QList<QFileInfo>& files)
-{
-    std::vector<std::string> texts;
-    for (const QFileInfo& info : files)
-        texts.push_back(DescribedEntry(info));
-    return texts;
-}
-
-std::vector<std::string> Described(const QStringList& paths)
-{
-    std::vector<std::string> texts;
-    for (const QString& path : paths)
-        texts.push_back(path.toStdString());
-    return texts;
-}
-
-std::string Listed(const std::vector<std::string>& texts)
-{
-    std::string list;
-    for (const std::string& text : texts)
-        list += "\n      " + text;
-    return list.empty() ? "\n      nothing" : list;
-}
-
 } // namespace
 
 DifferentialRun::DifferentialRun(WatcherKind watcherKind, Choices& choices)
-    : kind(watcherKind), zone(zones[choices.Below(zones.size())]), current(playground.Path()),
-      operations(playground.Path().toStdString(), AllKinds())
+    : RandomRun(AllKinds()), kind(watcherKind), zone(zones[choices.Below(zones.size())]),
+      current(playground.Path())
 {
-    Renew();
+    CreateWatchers();
 }
 
 DifferentialRun::~DifferentialRun() = default;
 
-std::string DifferentialRun::Play(Choices& choices, int operationCount)
+void DifferentialRun::TakeTurn(Choices& choices)
 {
-    while (difference.empty() && operationsDone < operationCount) {
-        for (unsigned int left = 1 + choices.Below(4); left > 0; --left) {
-            history.push_back(operations.Perform(choices));
-            ++operationsDone;
-        }
-        ++generation;
-        if (LeadsAnyPathElsewhere())
-            Renew();
-        TakeStep(choices);
-        // Where the files that the step has added lead now: the next operations may change it.
-        LeadsAnyPathElsewhere();
-    }
-    if (difference.empty())
-        return {};
-
-    std::string text = "after these steps:";
-    const std::size_t first = history.size() > historyLimit ? history.size() - historyLimit : 0;
-    for (std::size_t i = first; i < history.size(); ++i)
-        text += "\n    " + history[i];
-    text += "\n  " + difference;
-    const std::string prefix = playground.Path().toStdString() + '/';
-    for (auto at = text.find(prefix); at != std::string::npos; at = text.find(prefix, at))
-        text.erase(at, prefix.size());
-    return text;
+    PerformOperations(choices);
+    ++generation;
+    if (HasAnyTargetChanged())
+        CreateWatchers();
+    TakeStep(choices);
 }
 
-void DifferentialRun::Renew()
+void DifferentialRun::CreateWatchers()
 {
-    history.push_back("* new watchers");
+    AddStep("* new watchers");
     targets.clear();
     isWatching = false;
     library = MakeLibraryWatcher(kind, [this](const std::string& entry) { libraryLog.push_back(entry); });
     reference = MakeReferenceWatcher(
         kind, [this](const std::string& entry) { referenceLog.push_back(entry); },
-        [this](QList<QFileInfo>& sorted) { TakeOrderFromLibrary(sorted); });
+        [this](QList<QFileInfo>& sorted) { OrderAsLibrary(sorted); });
 }
 
 void DifferentialRun::TakeStep(Choices& choices)
 {
-    // A watcher that is not running gets no notices; a checker may be called at any time.
+    // Only a running watcher gets notices, but a checker may be called at any time.
     if (!isWatching && (kind == WatcherKind::Watcher || !choices.OneIn(8)))
         return Start(choices);
     switch (choices.Below(16)) {
@@ -134,7 +93,7 @@ void DifferentialRun::TakeStep(Choices& choices)
     }
     case 5:
     case 6:
-        return NoticeEveryFile();
+        return NotifyOfEveryFile();
     default:
         if (kind == WatcherKind::Checker)
             return DoBoth("check", [](ComparedWatcher& watcher) { watcher.CheckFolder(); });
@@ -162,7 +121,7 @@ void DifferentialRun::Start(Choices& choices)
                                           QString(),
                                           QString()};
 
-    // Two starts on an empty path follow one another, and the list goes out of order.
+    // Without a stop, a start after one with an empty path appends to the list and leaves it unsorted.
     if (!choices.OneIn(4))
         Stop();
     const QString& dirPath = forms[choices.Below(forms.size())];
@@ -177,7 +136,7 @@ void DifferentialRun::Start(Choices& choices)
                    watcher.Start(dirPath, nameFilters, MakePredicate(predicate, watcher, log), depth);
                log.push_back(hasStarted ? "has started" : "was refused");
            });
-    // A checker that looks into the current folder counts as idle.
+    // A checker that was started with an empty path counts as idle.
     isWatching = kind == WatcherKind::Watcher || !library->DirPath().isEmpty();
 }
 
@@ -188,7 +147,7 @@ void DifferentialRun::Stop()
 }
 
 /// In the order of the library's list, as long as both agree on it.
-void DifferentialRun::NoticeEveryFile()
+void DifferentialRun::NotifyOfEveryFile()
 {
     const QList<QFileInfo> files = library->Files();
     for (const QFileInfo& info : files) {
@@ -198,7 +157,7 @@ void DifferentialRun::NoticeEveryFile()
     }
 }
 
-/// Writes down each question, and what the watcher shows of itself meanwhile.
+/// The predicate logs each of its calls, with what the watcher shows during the call.
 ComparedWatcher::Predicate DifferentialRun::MakePredicate(unsigned int predicate,
                                                           const ComparedWatcher& watcher, Entries& log) const
 {
@@ -222,7 +181,7 @@ ComparedWatcher::Predicate DifferentialRun::MakePredicate(unsigned int predicate
             ask(info);
             return info.size() % 2 == 1;
         };
-    case 4: // accepts by turns, and remembers whose turn it is
+    case 4: // has a state of its own: rejects every third file
         return [ask, n = 0](const QFileInfo& info) mutable {
             ask(info);
             return ++n % 3 != 0;
@@ -238,45 +197,44 @@ ComparedWatcher::Predicate DifferentialRun::MakePredicate(unsigned int predicate
 template <typename Act>
 void DifferentialRun::DoBoth(const std::string& step, Act act)
 {
-    if (!difference.empty())
+    if (HasFailed())
         return;
-    history.push_back("* " + step);
+    AddStep("* " + step);
     ++stepsDone;
     libraryLog.clear();
     referenceLog.clear();
     filesBeforeStep = library->Files().size();
-    // The library goes first: the reference takes the order of equal names from it.
+    // The library goes first: the reference orders files of one name as the library did.
     act(*library);
     act(*reference);
     Compare();
-    NoteTargets();
+    RecordTargets();
 }
 
 void DifferentialRun::Compare()
 {
     entriesSeen += static_cast<int>(libraryLog.size());
-    Compare("signals and questions", libraryLog, referenceLog);
-    Compare("list", Described(library->Files()), Described(reference->Files()));
-    Compare("folder", Described(QStringList{library->DirPath()}),
-            Described(QStringList{reference->DirPath()}));
-    Compare("registered files", Described(library->RegisteredFiles()),
-            Described(reference->RegisteredFiles()));
+    Compare("signals and predicate calls", libraryLog, referenceLog);
+    Compare("list", DescribedEntries(library->Files()), DescribedEntries(reference->Files()));
+    Compare("folder", {library->DirPath().toStdString()}, {reference->DirPath().toStdString()});
+    Compare("registered files", ToTexts(library->RegisteredFiles()), ToTexts(reference->RegisteredFiles()));
 }
 
 void DifferentialRun::Compare(const char* what, const Entries& ofLibrary, const Entries& ofReference)
 {
-    if (!difference.empty() || ofLibrary == ofReference)
+    if (ofLibrary == ofReference)
         return;
     const auto first =
         std::mismatch(ofLibrary.begin(), ofLibrary.end(), ofReference.begin(), ofReference.end());
-    difference = std::string(what) + ": after " + std::to_string(first.first - ofLibrary.begin())
-                 + " equal ones the library has" + Listed(Entries(first.first, ofLibrary.end()))
-                 + "\n    and by the rules it is" + Listed(Entries(first.second, ofReference.end()));
+    Fail(std::string(what) + ": after " + std::to_string(first.first - ofLibrary.begin())
+         + " equal ones the library has" + IndentedLines({first.first, ofLibrary.end()}, "      ")
+         + "\n    and by the rules it is" + IndentedLines({first.second, ofReference.end()}, "      "));
 }
 
-void DifferentialRun::TakeOrderFromLibrary(QList<QFileInfo>& sorted) const
+void DifferentialRun::OrderAsLibrary(QList<QFileInfo>& sorted) const
 {
-    // What the library has asked about or reported in this step, and what a start has appended to its list.
+    // The files in the order in which the library asked about them, reported them or, at a start, appended
+    // them.
     std::map<QString, std::size_t> ranks;
     const auto rank = [&](const QString& path) { ranks.emplace(path, ranks.size()); };
     for (const std::string& entry : libraryLog) {
@@ -288,7 +246,7 @@ void DifferentialRun::TakeOrderFromLibrary(QList<QFileInfo>& sorted) const
          ++i)
         rank(files.at(i).filePath());
 
-    // Where the library shows nothing of a file, it has known it already, and its place does not matter.
+    // The other files were known already, so their order does not matter.
     const auto rankOf = [&](const QFileInfo& info) {
         const auto known = ranks.find(info.filePath());
         return known == ranks.end() ? std::numeric_limits<std::size_t>::max() : known->second;
@@ -298,7 +256,7 @@ void DifferentialRun::TakeOrderFromLibrary(QList<QFileInfo>& sorted) const
     });
 }
 
-void DifferentialRun::NoteTargets()
+void DifferentialRun::RecordTargets()
 {
     for (const QFileInfo& info : reference->Files()) {
         if (targets.count(info.filePath()) == 0)
@@ -306,14 +264,14 @@ void DifferentialRun::NoteTargets()
     }
 }
 
-bool DifferentialRun::LeadsAnyPathElsewhere() const
+bool DifferentialRun::HasAnyTargetChanged() const
 {
     const QList<QFileInfo> files = reference->Files();
     return std::any_of(files.begin(), files.end(), [this](const QFileInfo& info) {
         const QString path = info.filePath();
         const QString target = QFileInfo(path).canonicalFilePath();
         const QString& known = targets.at(path);
-        // A link that is gone, too, while the file that it led to is there.
+        // A removed link counts as changed while the file that it led to exists.
         return target.isEmpty() ? QFileInfo::exists(known) : known != target;
     });
 }

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "Tests/Support/CurrentFolder.h"
-#include "Tests/Support/FolderOperations.h"
-#include "Tests/Support/Playground.h"
+#include "Tests/Support/RandomRun.h"
 #include "Tests/Support/ReferenceWatchers.h"
 #include "Tests/Support/TimeZone.h"
 
@@ -13,64 +12,54 @@
 
 namespace Tests {
 
-/// Plays with files and with two watchers of them, the library's and one that follows the rules literally,
-/// and compares what both do and hold after every step. Their handlers are called; no notice is waited for.
+/// Calls two watchers after each turn of file operations, the library's and one that follows the rules
+/// literally, and compares their signals, predicate calls and lists. It calls their handlers itself and does
+/// not wait for notices.
 ///
-/// Two things are left open by the rules. Files of one name come in the order in which the library takes
-/// them. When a path leads to another file than before, what a QFileInfo remembers of it counts or not: both
-/// watchers start afresh then.
+/// The rules leave two things open. Files of one name come in the order in which the library lists them. When
+/// a path leads to another file than before, a QFileInfo may or may not use what it remembers of the earlier
+/// one: the run then creates new watchers.
 ///
-/// The process's current folder is the playground meanwhile, and its time zone is chosen.
-class DifferentialRun
+/// During the run the process's current folder is the playground, and its time zone is one of several.
+class DifferentialRun final : public RandomRun
 {
 public:
     DifferentialRun(WatcherKind watcherKind, Choices& choices);
     ~DifferentialRun();
 
-    /// Goes on until so many file operations are done, or there is a difference.
-    ///
-    /// @return the first difference and what led to it; empty when there is none
-    std::string Play(Choices& choices, int operationCount);
-
-    int OperationCount() const { return operationsDone; }
     int StepCount() const { return stepsDone; }
     int EntryCount() const { return entriesSeen; }
 
 private:
     using Entries = std::vector<std::string>;
 
-    void Renew();
+    void TakeTurn(Choices& choices) override;
+    void CreateWatchers();
     void TakeStep(Choices& choices);
     void Start(Choices& choices);
     void Stop();
-    void NoticeEveryFile();
+    void NotifyOfEveryFile();
     ComparedWatcher::Predicate MakePredicate(unsigned int predicate, const ComparedWatcher& watcher,
                                              Entries& log) const;
     template <typename Act>
     void DoBoth(const std::string& step, Act act);
     void Compare();
     void Compare(const char* what, const Entries& library, const Entries& reference);
-    void TakeOrderFromLibrary(QList<QFileInfo>& sorted) const;
-    void NoteTargets();
-    bool LeadsAnyPathElsewhere() const;
+    void OrderAsLibrary(QList<QFileInfo>& sorted) const;
+    void RecordTargets();
+    bool HasAnyTargetChanged() const;
 
     const WatcherKind kind;
     const TimeZone zone;
-    const Playground playground;
     const CurrentFolder current;
-    FolderOperations operations;
     Entries libraryLog;
     Entries referenceLog;
     std::unique_ptr<ComparedWatcher> library;
     std::unique_ptr<ComparedWatcher> reference;
     bool isWatching = false;
     QList<QFileInfo>::size_type filesBeforeStep = 0;
-    std::map<QString, QString> targets; ///< the paths without links, by path
-    unsigned int generation = 0;        ///< what one of the predicates accepts depends on it
-
-    Entries history;
-    std::string difference;
-    int operationsDone = 0;
+    std::map<QString, QString> targets; ///< the canonical paths of the listed files, by path
+    unsigned int generation = 0;        ///< one of the predicates depends on it
     int stepsDone = 0;
     int entriesSeen = 0;
 };

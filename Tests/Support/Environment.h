@@ -7,7 +7,7 @@
 
 namespace Tests {
 
-/// Environment variables that are put back when it goes.
+/// Sets environment variables, and restores them when it is destroyed.
 class Environment
 {
 public:

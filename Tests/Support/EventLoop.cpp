@@ -1,5 +1,6 @@
 #include "Tests/Support/EventLoop.h"
 
+#include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QEvent>
@@ -15,7 +16,7 @@ bool WaitUntil(const std::function<bool()>& condition, int limitMilliseconds)
         if (deadline.hasExpired())
             return false;
         QEventLoop loop;
-        // Wakes the loop now and then for conditions that no event of this process announces.
+        // Wakes the loop regularly: some conditions come true without an event in this process.
         QTimer::singleShot(20, &loop, &QEventLoop::quit);
         loop.processEvents(QEventLoop::WaitForMoreEvents);
     }
@@ -25,6 +26,12 @@ bool WaitUntil(const std::function<bool()>& condition, int limitMilliseconds)
 void ProcessDeferredDeletes()
 {
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+void HandleQueuedNotices()
+{
+    while (QAbstractEventDispatcher::instance()->processEvents(QEventLoop::AllEvents)) {
+    }
 }
 
 } // namespace Tests

@@ -6,11 +6,15 @@ namespace Tests {
 
 /// Runs the event loop until the condition holds; returns as soon as it does.
 ///
-/// The limit is a safety net for a condition that never comes true, not a time to wait.
+/// @param limitMilliseconds  ends the wait for a condition that never comes true
 /// @return whether the condition holds now
 bool WaitUntil(const std::function<bool()>& condition, int limitMilliseconds = 20000);
 
-/// Lets everything that was put off with deleteLater() go.
+/// Deletes the objects for which deleteLater() was called.
 void ProcessDeferredDeletes();
+
+/// Handles every event that the system has queued so far. On Linux all notices of an operation are queued
+/// when the operation returns, so there is nothing to wait for.
+void HandleQueuedNotices();
 
 } // namespace Tests

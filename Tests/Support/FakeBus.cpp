@@ -31,12 +31,12 @@ int Listen(const QByteArray& path)
 
 void Send(int connection, const std::string& text)
 {
-    // A caller that has gone is noticed by the next read.
+    // The next read notices a client that has disconnected.
     [[maybe_unused]] const ssize_t sent = ::send(connection, text.data(), text.size(), MSG_NOSIGNAL);
 }
 
-/// The lines before the messages. @return whether the caller has logged in, and not hung up
-bool LetIn(int connection)
+/// Answers the lines before the first message. @return whether the client has logged in
+bool LogIn(int connection)
 {
     std::string line;
     for (char character = 0; ::read(connection, &character, 1) == 1;) {
@@ -62,13 +62,13 @@ FakeBus::FakeBus(const QString& socketPath, Behaviour behaviour)
     : address("unix:path=" + QUrl::toPercentEncoding(socketPath, "/", "~")),
       listener(Listen(QFile::encodeName(socketPath)))
 {
-    if (behaviour != Behaviour::AcceptsNobody)
+    if (behaviour != Behaviour::AcceptsNoConnection)
         server = std::thread([this, behaviour] { ServeOne(behaviour); });
 }
 
 FakeBus::~FakeBus()
 {
-    // Wakes a server that still waits for its caller.
+    // Wakes a server that still waits for its client.
     ::shutdown(listener, SHUT_RDWR);
     if (server.joinable())
         server.join();
@@ -80,7 +80,7 @@ void FakeBus::ServeOne(Behaviour behaviour) const
     const int connection = ::accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
     if (connection < 0)
         return;
-    if (LetIn(connection)) {
+    if (LogIn(connection)) {
         char bytes[1024];
         while (::read(connection, bytes, sizeof bytes) > 0 && behaviour == Behaviour::IgnoresHello) {
         }

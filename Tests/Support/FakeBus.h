@@ -7,15 +7,15 @@
 
 namespace Tests {
 
-/// A bus that is broken, on a socket of its own.
+/// A broken bus, on a socket of its own.
 class FakeBus
 {
 public:
     enum class Behaviour
     {
-        AcceptsNobody, ///< the system takes as many connections as fit into its queue, nobody reads them
-        IgnoresHello,  ///< lets the first caller log in, reads on and answers nothing
-        HangsUpOnHello ///< lets the first caller log in and closes the connection after its first message
+        AcceptsNoConnection, ///< connections only fill the queue of the system
+        IgnoresHello,        ///< lets the first client log in, reads its messages and answers nothing
+        HangsUpOnHello ///< lets the first client log in, and closes the connection after its first message
     };
 
     FakeBus(const QString& socketPath, Behaviour behaviour);

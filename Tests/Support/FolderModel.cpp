@@ -1,5 +1,7 @@
 #include "Tests/Support/FolderModel.h"
 
+#include "Tests/Support/IndentedLines.h"
+
 #include <algorithm>
 #include <chrono>
 #include <map>
@@ -13,7 +15,7 @@ namespace fs = std::filesystem;
 namespace Tests {
 namespace {
 
-/// The largest number of possibilities to follow; more are a fault of the operations.
+/// More possibilities mean that the operations are badly chosen.
 constexpr std::size_t possibilityLimit = 20000;
 
 std::u32string CodePoints(const std::string& utf8)
@@ -79,7 +81,7 @@ std::string Absolute(const std::string& path)
     return fs::absolute(path).lexically_normal().string();
 }
 
-/// The path of the folder in the paths of its own files.
+/// The folder's path as it stands in the paths of its files.
 std::string ListedPath(std::string path)
 {
     while (path.size() > 1 && path.back() == '/')
@@ -104,28 +106,23 @@ bool MatchesWildcards(const char32_t* name, const char32_t* pattern)
 
 constexpr auto hasLessName = [](const auto& a, const auto& b) { return a.name < b.name; };
 
-std::string Listed(const std::vector<std::string>& texts)
+std::vector<std::string> Described(const std::vector<FolderModel::File>& files)
 {
-    std::string list;
-    for (const std::string& text : texts)
-        list += "\n    " + text;
-    return list.empty() ? "\n    nothing" : list;
-}
-
-std::string Described(const std::string& path, std::int64_t time)
-{
-    return path + " of " + std::to_string(time);
+    std::vector<std::string> texts;
+    for (const FolderModel::File& file : files)
+        texts.push_back(file.path + " of " + std::to_string(file.time));
+    return texts;
 }
 
 } // namespace
 
-/// What was observed, and how far it has been explained.
+/// Compares what was observed with the branches of the model, and describes where they differ.
 class FolderModel::Step
 {
 public:
     explicit Step(const Observation& observation) : observed(observation) {}
 
-    /// Accounts for one line of the trace. @return false if something else happened
+    /// Accounts for the next line of the trace. @return false if it is another one
     bool Expect(Branch& branch, const std::string& text)
     {
         const bool hasCome =
@@ -133,7 +130,7 @@ public:
         if (hasCome)
             ++branch.explained;
         else
-            Miss(branch.explained, text);
+            AddMismatch(branch.explained, text);
         return hasCome;
     }
 
@@ -147,128 +144,120 @@ public:
         branches = std::move(left);
     }
 
-    /// Whether the newest entry of a list that only grows is the one that was observed.
-    bool IsObservedAsLast(const World& world)
+    /// Whether the last entry of a list that only grows is the observed one.
+    bool IsObservedAsLast(const Snapshot& snapshot)
     {
-        const std::size_t last = world.size() - 1;
-        const bool isThere = last < observed.files.size() && observed.files[last].path == world[last].path;
+        const std::size_t last = snapshot.size() - 1;
+        const bool isThere = last < observed.files.size() && observed.files[last].path == snapshot[last].path;
         if (!isThere)
-            Miss(0, "the file " + world[last].path + " as number " + std::to_string(last));
+            AddMismatch(0, "the file " + snapshot[last].path + " as number " + std::to_string(last));
         return isThere;
     }
 
     bool IsExplainedBy(const Branch& branch)
     {
         if (branch.explained != observed.trace.size()) {
-            Miss(branch.explained, "nothing more");
+            AddMismatch(branch.explained, "nothing more");
             return false;
         }
         std::vector<File> files;
-        for (const Entry& entry : branch.world)
+        for (const Entry& entry : branch.snapshot)
             files.push_back({entry.path, entry.time});
         if (files == observed.files)
             return true;
-        std::vector<std::string> texts;
-        for (const File& file : files)
-            texts.push_back(Described(file.path, file.time));
-        Miss(branch.explained, "these files:" + Listed(texts));
+        AddMismatch(branch.explained, "these files:" + IndentedLines(Described(files), "    "));
         return false;
     }
 
-    std::string Complaint() const
+    std::string Error() const
     {
-        std::vector<std::string> files;
-        for (const File& file : observed.files)
-            files.push_back(Described(file.path, file.time));
-        return "observed:" + Listed(observed.trace) + "\n  and the files:" + Listed(files) + "\n  but after "
-               + std::to_string(furthest) + " of these the model wants one of:" + Listed(missed);
+        return "observed:" + IndentedLines(observed.trace, "    ")
+               + "\n  and the files:" + IndentedLines(Described(observed.files), "    ") + "\n  but after "
+               + std::to_string(furthest)
+               + " of these the model expects one of:" + IndentedLines(expected, "    ");
     }
 
     const Observation& observed;
 
 private:
-    void Miss(std::size_t where, const std::string& text)
+    /// Keeps only the mismatches of the branches that explained most of the trace.
+    void AddMismatch(std::size_t explained, const std::string& expectedText)
     {
-        if (where > furthest)
-            missed.clear();
-        furthest = std::max(furthest, where);
-        if (where == furthest && std::find(missed.begin(), missed.end(), text) == missed.end())
-            missed.push_back(text);
+        if (explained > furthest)
+            expected.clear();
+        furthest = std::max(furthest, explained);
+        if (explained == furthest
+            && std::find(expected.begin(), expected.end(), expectedText) == expected.end())
+            expected.push_back(expectedText);
     }
 
     std::size_t furthest = 0;
-    std::vector<std::string> missed; ///< what would have been right there
+    std::vector<std::string> expected;
 };
 
 bool FolderModel::Entry::operator<(const Entry& other) const
 {
-    return std::tie(path, time, target, earlier, remembered)
-           < std::tie(other.path, other.time, other.target, other.earlier, other.remembered);
+    return std::tie(path, time, target, earlierTargets, rememberedTarget)
+           < std::tie(other.path, other.time, other.target, other.earlierTargets, other.rememberedTarget);
 }
 
 bool FolderModel::Branch::operator<(const Branch& other) const
 {
-    return std::tie(explained, world) < std::tie(other.explained, other.world);
+    return std::tie(explained, snapshot) < std::tie(other.explained, other.snapshot);
 }
 
 std::string FolderModel::Start(const Settings& wanted, const Observation& observed)
 {
     Step step(observed);
-    Branches branches = Begin();
+    Branches branches = BeginStep();
     if (!settings.dirPath.empty())
-        return Finish(step, branches);
+        return FinishStep(step, branches);
 
     settings = wanted;
-    const std::vector<Entry> scanned = ScanSorted(settings.dirPath);
-    for (auto first = scanned.begin(); first != scanned.end();) {
-        const auto last =
-            std::find_if(first, scanned.end(), [&](const Entry& entry) { return entry.name != first->name; });
-        TakeNewFilesOfOneName(step, branches, std::vector<Entry>(first, last), Mode::Initial);
-        first = last;
-    }
+    AddNewFiles(step, branches, settings.dirPath, Mode::Initial);
     step.ExpectInAll(branches, "PathChanged " + settings.dirPath);
     step.ExpectInAll(branches, "WatchingStarted");
-    return Finish(step, branches);
+    return FinishStep(step, branches);
 }
 
 std::string FolderModel::Stop(const Observation& observed)
 {
     Step step(observed);
-    Branches branches = Begin();
+    Branches branches = BeginStep();
     if (!settings.dirPath.empty()) {
         branches = {Branch()};
         settings = Settings();
         step.ExpectInAll(branches, "WatchingStopped");
     }
-    return Finish(step, branches);
+    return FinishStep(step, branches);
 }
 
 std::string FolderModel::CheckFolder(const Observation& observed)
 {
     Step step(observed);
-    // All worlds have the same paths in the same order.
-    const World known = *worlds.begin();
-    Branches branches = Begin();
-    TakeNewFiles(step, branches, settings.dirPath);
+    // All snapshots have the same paths in the same order.
+    const Snapshot known = *snapshots.begin();
+    Branches branches = BeginStep();
+    AddNewFiles(step, branches, settings.dirPath);
     for (const Entry& entry : known)
-        LookAt(step, branches, Absolute(entry.path));
-    return Finish(step, branches);
+        CheckFile(step, branches, Absolute(entry.path));
+    return FinishStep(step, branches);
 }
 
 std::string FolderModel::OnDirectoryChanged(const std::string& path, const Observation& observed)
 {
     Step step(observed);
-    Branches branches = Begin();
-    TakeNewFiles(step, branches, path);
-    return Finish(step, branches);
+    Branches branches = BeginStep();
+    AddNewFiles(step, branches, path);
+    return FinishStep(step, branches);
 }
 
 std::string FolderModel::OnFileChanged(const std::string& path, const Observation& observed)
 {
     Step step(observed);
-    Branches branches = Begin();
-    LookAt(step, branches, path);
-    return Finish(step, branches);
+    Branches branches = BeginStep();
+    CheckFile(step, branches, path);
+    return FinishStep(step, branches);
 }
 
 std::vector<std::string> FolderModel::Scan(const Settings& settings)
@@ -284,7 +273,7 @@ std::vector<std::string> FolderModel::Scan(const Settings& settings)
     return paths;
 }
 
-FolderModel::Entry FolderModel::Look(const std::string& path)
+FolderModel::Entry FolderModel::ReadEntry(const std::string& path)
 {
     Entry entry;
     entry.path = path;
@@ -296,51 +285,54 @@ FolderModel::Entry FolderModel::Look(const std::string& path)
 
 bool FolderModel::AreEqual(const Entry& a, const Entry& b)
 {
-    const std::string target = a.remembered.value_or(a.target);
-    const std::string otherTarget = b.remembered.value_or(b.target);
-    // A file that has vanished leads nowhere; then its path decides.
+    const std::string target = a.rememberedTarget.value_or(a.target);
+    const std::string otherTarget = b.rememberedTarget.value_or(b.target);
+    // A missing file has no canonical path, so the paths decide.
     if (target.empty() || otherTarget.empty())
         return Absolute(a.path) == Absolute(b.path);
     return a.path == b.path || target == otherTarget;
 }
 
-bool FolderModel::IsSurelyEqual(const Entry& a, const Entry& b)
+bool FolderModel::AreAlwaysEqual(const Entry& a, const Entry& b)
 {
-    return a.path == b.path || (a.earlier.empty() && AreEqual(a, b));
+    return a.path == b.path || (a.earlierTargets.empty() && AreEqual(a, b));
 }
 
-/// Settles what has been remembered for the entries that a lookup compares, where it matters for the result.
-std::vector<FolderModel::World> FolderModel::Decided(const World& world, const Entry& entry)
+/// Decides which targets are remembered by the entries that a lookup compares, where that changes its result.
+///
+/// @return the snapshot with every combination of them
+std::vector<FolderModel::Snapshot> FolderModel::WithTargetsDecided(const Snapshot& snapshot,
+                                                                   const Entry& entry)
 {
     const std::size_t first = static_cast<std::size_t>(
-        std::lower_bound(world.begin(), world.end(), entry, hasLessName) - world.begin());
-    std::vector<World> variants = {world};
-    for (std::size_t i = first; i < world.size() && (i == first || world[i].name == entry.name); ++i) {
-        if (world[i].earlier.empty()
-            || (world[i].target != entry.target && world[i].earlier.count(entry.target) == 0))
+        std::lower_bound(snapshot.begin(), snapshot.end(), entry, hasLessName) - snapshot.begin());
+    std::vector<Snapshot> variants = {snapshot};
+    for (std::size_t i = first; i < snapshot.size() && (i == first || snapshot[i].name == entry.name); ++i) {
+        if (snapshot[i].earlierTargets.empty()
+            || (snapshot[i].target != entry.target && snapshot[i].earlierTargets.count(entry.target) == 0))
             continue;
         for (std::size_t k = variants.size(); k-- > 0;) {
-            for (const std::string& earlier : world[i].earlier) {
+            for (const std::string& earlier : snapshot[i].earlierTargets) {
                 variants.push_back(variants[k]);
-                variants.back()[i].remembered = earlier;
+                variants.back()[i].rememberedTarget = earlier;
                 variants.back()[i].target = earlier;
-                variants.back()[i].earlier.clear();
+                variants.back()[i].earlierTargets.clear();
             }
-            variants[k][i].earlier.clear();
+            variants[k][i].earlierTargets.clear();
         }
     }
     return variants;
 }
 
-int FolderModel::FindPlace(const World& world, const Entry& entry)
+int FolderModel::FindIndex(const Snapshot& snapshot, const Entry& entry)
 {
-    const auto first = std::lower_bound(world.begin(), world.end(), entry, hasLessName);
-    if (first == world.end())
+    const auto first = std::lower_bound(snapshot.begin(), snapshot.end(), entry, hasLessName);
+    if (first == snapshot.end())
         return -1;
     const auto last =
-        std::find_if(first, world.end(), [&](const Entry& other) { return other.name != entry.name; });
+        std::find_if(first, snapshot.end(), [&](const Entry& other) { return other.name != entry.name; });
     const auto equal = std::find_if(first, last, [&](const Entry& other) { return AreEqual(other, entry); });
-    return static_cast<int>((equal == last ? first : equal) - world.begin());
+    return static_cast<int>((equal == last ? first : equal) - snapshot.begin());
 }
 
 std::vector<FolderModel::Entry> FolderModel::ScanSorted(const std::string& path) const
@@ -365,11 +357,11 @@ void FolderModel::ScanInto(std::vector<Entry>& entries, const std::string& path,
                 ScanInto(entries, Absolute(entryPath), depth - 1);
             continue;
         }
-        // QDir counts a link to a pipe or a device as a file, though neither of these.
+        // QDir lists a link to a pipe or a device as a file, but not a pipe or a device itself.
         const bool isFile = fs::is_regular_file(status)
                             || (fs::exists(status) && fs::is_symlink(entry->symlink_status(error)));
         if (isFile && MatchesNameFilters(name)) {
-            entries.push_back(Look(entryPath));
+            entries.push_back(ReadEntry(entryPath));
         }
     }
 }
@@ -382,67 +374,71 @@ bool FolderModel::MatchesNameFilters(const std::string& name) const
            });
 }
 
-FolderModel::Branches FolderModel::Begin()
+FolderModel::Branches FolderModel::BeginStep()
 {
     std::map<std::string, std::string> targets;
     Branches branches;
-    for (World world : worlds) {
-        for (Entry& entry : world) {
-            if (entry.remembered)
+    for (Snapshot snapshot : snapshots) {
+        for (Entry& entry : snapshot) {
+            if (entry.rememberedTarget)
                 continue;
             const auto [known, isNew] = targets.try_emplace(entry.path);
             if (isNew)
                 known->second = WithoutLinks(entry.path);
             if (known->second == entry.target)
                 continue;
-            entry.earlier.insert(std::exchange(entry.target, known->second));
+            entry.earlierTargets.insert(std::exchange(entry.target, known->second));
         }
-        branches.insert({std::move(world), 0});
+        branches.insert({std::move(snapshot), 0});
     }
     return branches;
 }
 
-std::string FolderModel::Finish(const Step& step, const Branches& branches)
+std::string FolderModel::FinishStep(const Step& step, const Branches& branches)
 {
     Step last = step;
-    std::set<World> left;
+    std::set<Snapshot> left;
     for (const Branch& branch : branches) {
         if (last.IsExplainedBy(branch))
-            left.insert(branch.world);
+            left.insert(branch.snapshot);
     }
     if (left.empty())
-        return last.Complaint();
-    worlds = std::move(left);
+        return last.Error();
+    snapshots = std::move(left);
     return {};
 }
 
-void FolderModel::TakeNewFiles(Step& step, Branches& branches, const std::string& path) const
+void FolderModel::AddNewFiles(Step& step, Branches& branches, const std::string& path) const
 {
-    if (branches.empty())
-        return;
-    const Mode mode = branches.begin()->world.empty() ? Mode::Filling : Mode::Inserting;
+    if (!branches.empty())
+        AddNewFiles(step, branches, path,
+                    branches.begin()->snapshot.empty() ? Mode::Filling : Mode::Inserting);
+}
+
+void FolderModel::AddNewFiles(Step& step, Branches& branches, const std::string& path, Mode mode) const
+{
     const std::vector<Entry> scanned = ScanSorted(path);
     for (auto first = scanned.begin(); first != scanned.end();) {
         const auto last =
             std::find_if(first, scanned.end(), [&](const Entry& entry) { return entry.name != first->name; });
-        TakeNewFilesOfOneName(step, branches, std::vector<Entry>(first, last), mode);
+        AddNewFilesOfOneName(step, branches, std::vector<Entry>(first, last), mode);
         first = last;
     }
 }
 
-/// Goes through the files in every order.
-void FolderModel::TakeNewFilesOfOneName(Step& step, Branches& branches, const std::vector<Entry>& entries,
-                                        Mode mode) const
+/// Follows every order of the files.
+void FolderModel::AddNewFilesOfOneName(Step& step, Branches& branches, const std::vector<Entry>& entries,
+                                       Mode mode) const
 {
     Branches results;
     for (const Branch& start : branches) {
-        // An entry of the same name stays, so a file that equals one is known in every order.
+        // A file that equals an entry is known in every order, since adding files removes no entry.
         std::vector<Entry> open;
         for (const Entry& entry : entries) {
             const bool isKnown =
                 mode == Mode::Inserting
-                && std::any_of(start.world.begin(), start.world.end(), [&](const Entry& other) {
-                       return other.name == entry.name && IsSurelyEqual(other, entry);
+                && std::any_of(start.snapshot.begin(), start.snapshot.end(), [&](const Entry& other) {
+                       return other.name == entry.name && AreAlwaysEqual(other, entry);
                    });
             if (!isKnown)
                 open.push_back(entry);
@@ -458,7 +454,7 @@ void FolderModel::TakeNewFilesOfOneName(Step& step, Branches& branches, const st
                         continue;
                     Taken withThis = taken;
                     withThis[i] = true;
-                    for (const Branch& continued : TakeIfNew(step, branch, open[i], mode))
+                    for (const Branch& continued : AddIfNew(step, branch, open[i], mode))
                         next.emplace(withThis, continued);
                 }
             }
@@ -472,16 +468,16 @@ void FolderModel::TakeNewFilesOfOneName(Step& step, Branches& branches, const st
     branches = std::move(results);
 }
 
-/// @return how it may go on; nothing if it has not
-FolderModel::Branches FolderModel::TakeIfNew(Step& step, const Branch& branch, const Entry& entry,
-                                             Mode mode) const
+/// @return every way to go on; none if the branch contradicts what was observed
+FolderModel::Branches FolderModel::AddIfNew(Step& step, const Branch& branch, const Entry& entry,
+                                            Mode mode) const
 {
     Branches left;
-    for (World& world :
-         mode == Mode::Inserting ? Decided(branch.world, entry) : std::vector<World>{branch.world}) {
-        Branch continued = {std::move(world), branch.explained};
-        const int place = mode == Mode::Inserting ? FindPlace(continued.world, entry) : -1;
-        if (place != -1 && AreEqual(continued.world[static_cast<std::size_t>(place)], entry)) {
+    for (Snapshot& snapshot : mode == Mode::Inserting ? WithTargetsDecided(branch.snapshot, entry)
+                                                      : std::vector<Snapshot>{branch.snapshot}) {
+        Branch continued = {std::move(snapshot), branch.explained};
+        const int index = mode == Mode::Inserting ? FindIndex(continued.snapshot, entry) : -1;
+        if (index != -1 && AreEqual(continued.snapshot[static_cast<std::size_t>(index)], entry)) {
             left.insert(std::move(continued));
             continue;
         }
@@ -493,8 +489,9 @@ FolderModel::Branches FolderModel::TakeIfNew(Step& step, const Branch& branch, c
                 continue;
             }
         }
-        continued.world.insert(place == -1 ? continued.world.end() : continued.world.begin() + place, entry);
-        const bool isRight = mode == Mode::Initial ? step.IsObservedAsLast(continued.world)
+        continued.snapshot.insert(index == -1 ? continued.snapshot.end() : continued.snapshot.begin() + index,
+                                  entry);
+        const bool isRight = mode == Mode::Initial ? step.IsObservedAsLast(continued.snapshot)
                                                    : step.Expect(continued, "FileAdded " + entry.path);
         if (isRight)
             left.insert(std::move(continued));
@@ -502,22 +499,22 @@ FolderModel::Branches FolderModel::TakeIfNew(Step& step, const Branch& branch, c
     return left;
 }
 
-void FolderModel::LookAt(Step& step, Branches& branches, const std::string& path) const
+void FolderModel::CheckFile(Step& step, Branches& branches, const std::string& path) const
 {
-    const Entry entry = Look(path);
+    const Entry entry = ReadEntry(path);
     const bool exists = Exists(path);
     Branches left;
     for (const Branch& branch : branches) {
-        for (World& world : Decided(branch.world, entry)) {
-            Branch continued = {std::move(world), branch.explained};
-            const int place = FindPlace(continued.world, entry);
-            const auto known = continued.world.begin() + std::max(place, 0);
+        for (Snapshot& snapshot : WithTargetsDecided(branch.snapshot, entry)) {
+            Branch continued = {std::move(snapshot), branch.explained};
+            const int index = FindIndex(continued.snapshot, entry);
+            const auto known = continued.snapshot.begin() + std::max(index, 0);
             bool isRight = true;
             if (!exists) {
-                if (place != -1)
-                    continued.world.erase(known);
+                if (index != -1)
+                    continued.snapshot.erase(known);
                 isRight = step.Expect(continued, "FileRemoved " + path);
-            } else if (place != -1 && known->time != entry.time) {
+            } else if (index != -1 && known->time != entry.time) {
                 *known = entry;
                 isRight = step.Expect(continued, "FileChanged " + path);
             }

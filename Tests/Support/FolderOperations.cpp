@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 namespace Tests {
 namespace {
 
-// The last two sort the other way round by their bytes than by their UTF-16 code units.
+// The last two sort differently by their bytes and by their UTF-16 code units.
 constexpr std::array fileNames = {"m.txt",
                                   "M.txt",
                                   "a.txt",
@@ -34,20 +34,20 @@ constexpr std::array oddFileNames = {" blank .txt",
                                      "line\nbreak.txt",
                                      "\xF0\x9F\x98\x80\xEF\xBB\xBF",
                                      "..txt",
-                                     "\xFF\xFE.txt", // no UTF-8
+                                     "\xFF\xFE.txt", // not UTF-8
                                      "m\xC3.txt"};
 constexpr std::array folderNames = {"", "a", "b", "a/c", "a/c/b", ".h", "b/.h"};
 constexpr std::array folderLinkNames = {"to1", "to2", "to3.mp4"};
-// Cycles of links multiply the paths of a file.
+// Each cycle of links multiplies the paths of a file.
 constexpr std::size_t folderLinkLimit = 3;
 
 constexpr long long second = 1'000'000'000; // in nanoseconds
 constexpr long long hour = 3600 * second;
 
-/// Modification times around the borders of a millisecond, in nanoseconds since 1.5e9 seconds after 1970.
+/// Modification times around the start of a millisecond, in nanoseconds since 1.5e9 seconds after 1970.
 constexpr std::array<long long, 7> times = {
     0, 999'999, 1'000'000, -1, 5'000'000'000, -400'000'000'000'000'000, 90'000'000'000'000'000};
-/// In nanoseconds since 1970: midnight there and in some other zones, and close to it.
+/// Around midnight at the start of 1970 in several zones, in nanoseconds since 1970.
 constexpr std::array<long long, 8> oddTimes = {
     0, 999'999, 1'000'000, -1, -hour, 5 * hour, -5 * hour - hour / 2, -second};
 
@@ -55,11 +55,11 @@ void SetTime(const fs::path& path, long long nanoseconds)
 {
     const long long fraction = (nanoseconds % second + second) % second;
     const timespec both[2] = {{0, UTIME_OMIT}, {(nanoseconds - fraction) / second, fraction}};
-    // Nothing is to be done about a path that is not there.
+    // Ignored: a random path may be missing.
     static_cast<void>(::utimensat(AT_FDCWD, path.c_str(), both, 0));
 }
 
-/// Sorted, as the order in which the system lists them differs from run to run.
+/// Sorted, since the system lists them in another order in each run.
 std::vector<fs::path> Below(const fs::path& folder, bool wantFolders)
 {
     std::vector<fs::path> found;
@@ -165,7 +165,6 @@ std::string FolderOperations::Perform(Choices& choices)
         return Described("hard link", from, to);
     }
     case 14: {
-        // A folder in the place of a file.
         const fs::path path = ChooseFile(choices);
         if (!kinds.moveFolders || !fs::remove(path, error))
             return "nothing";
@@ -226,7 +225,7 @@ fs::path FolderOperations::ExistingFolder(Choices& choices) const
 std::string FolderOperations::Write(const fs::path& path, Choices& choices)
 {
     std::error_code error;
-    // A pipe would block until somebody reads it.
+    // Opening a pipe would block until there is a reader.
     if (fs::exists(path, error) && !fs::is_regular_file(path, error))
         return "nothing";
     fs::create_directories(path.parent_path(), error);
@@ -257,7 +256,7 @@ std::string FolderOperations::MakeLink(Choices& choices)
         return Described("remove", path);
     }
     const fs::path target = ChooseFolder(choices);
-    // One after the other, or each compiler plays games of its own.
+    // In two statements: the order of the choices must not depend on the compiler.
     const char* const name = folderLinkNames[choices.Below(folderLinkNames.size())];
     const fs::path path = ChooseFolder(choices) / name;
     fs::create_directory_symlink(choices.OneIn(2) ? target : target.lexically_relative(path.parent_path()),

@@ -8,7 +8,7 @@
 
 namespace Tests {
 
-/// Where a run takes its decisions from: a seed, or the bytes of an input.
+/// The source of a run's random decisions: a seed, or the bytes of a fuzzer's input.
 class Choices
 {
 public:
@@ -16,10 +16,10 @@ public:
     /// Does not copy the bytes.
     Choices(const unsigned char* data, std::size_t size);
 
-    /// 0 to bound - 1; 0 once the bytes are used up.
+    /// A number from 0 to bound - 1; always 0 once the bytes are used up.
     unsigned int Below(unsigned int bound);
     bool OneIn(unsigned int count) { return Below(count) == 0; }
-    /// Never true for a seed.
+    /// Always false for a seed.
     bool AreUsedUp() const { return isBytes && position == size; }
 
 private:
@@ -30,13 +30,15 @@ private:
     bool isBytes = false;
 };
 
-/// Does real things to the files in a playground: a folder "root" to be watched, and a folder "outside" that
-/// links may lead to.
+/// Random operations on real files in a playground: a folder "root" to be watched, and a folder "outside" as
+/// a target of links.
 ///
-/// Names come from small sets, so that the same one is deleted, made again, renamed over and linked, in
-/// several folders at once. What cannot be done, such as a folder moved into itself, is left undone.
+/// Names come from small sets, so that the same one is deleted, made again, overwritten by a rename and
+/// linked, and occurs in several folders. Operations that are impossible, such as moving a folder into
+/// itself, are skipped.
 ///
-/// A relative link that is moved may lead up to three levels above the playground: give these to it, too.
+/// A relative link that was moved may lead up to three levels above the playground, so these must belong to
+/// the test, too.
 class FolderOperations
 {
 public:
@@ -46,19 +48,19 @@ public:
         bool hardLinks = true;
         bool moveFolders = true;
         bool replaceRoot = true; ///< delete the root or move it away, and make it again
-        bool oddNames = false;   ///< names that are hard to decode, quote or compare, too
-        bool oddTimes = false;   ///< modification times around the start of 1970, too
+        bool oddNames = false;   ///< also names that are hard to decode, quote or compare
+        bool oddTimes = false;   ///< also modification times around the start of 1970
     };
 
-    /// The playground exists, is empty, and has no links in its path.
+    /// @param folder  the playground: exists, is empty, and has no links in its path
     explicit FolderOperations(const std::filesystem::path& folder) : FolderOperations(folder, Kinds()) {}
     FolderOperations(const std::filesystem::path& folder, const Kinds& allowed);
 
-    /// Does one thing and says what, for example "write root/a/m.txt".
+    /// Performs one operation. @return its description, for example "write root/a/m.txt"
     std::string Perform(Choices& choices);
 
     std::filesystem::path Root() const { return playground / "root"; }
-    /// A file or link that is there, or a path where there may be none.
+    /// Mostly an existing file or link, sometimes a path where there may be none.
     std::filesystem::path ChooseFile(Choices& choices) const;
     std::filesystem::path ChooseFolder(Choices& choices) const;
 

@@ -4,8 +4,8 @@
 
 namespace Tests {
 
-/// The bytes that the process, Qt included, has taken from the heap and not given back. For a test that links
-/// TestHeap, with the C library of GNU.
+/// The bytes on the heap that the process, Qt included, has allocated and not freed. For tests that link
+/// TestHeap; needs the GNU C library.
 std::ptrdiff_t HeapBytesInUse();
 
 } // namespace Tests

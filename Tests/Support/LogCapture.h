@@ -14,7 +14,7 @@ public:
     struct Message
     {
         google::LogSeverity severity;
-        std::string file; ///< the source's path as the compiler was given it
+        std::string file; ///< the source's path as it was given to the compiler
         std::string text;
     };
 

@@ -50,7 +50,7 @@ MemoryRunsOut::~MemoryRunsOut()
 
 } // namespace Tests
 
-// The forms that are not replaced here call these.
+// All other forms call these.
 void* operator new(std::size_t size)
 {
     return Allocate(size);

@@ -4,10 +4,10 @@
 
 namespace Tests {
 
-// For a test that links TestMemory: its program, and the libraries that it loads, then take and give back
-// their memory through what is counted here.
+// For a test that links TestMemory: it replaces `new` and `delete` in the program and the libraries that it
+// loads.
 
-/// The blocks that this thread has taken with `new` and not given back.
+/// The number of blocks that this thread has allocated with `new` and not deleted.
 std::ptrdiff_t BlocksInUse();
 
 /// Lets `new` throw std::bad_alloc on this thread while it lives, from a given allocation on.

@@ -10,7 +10,7 @@ thread_local const Tests::MutexLog::Listener* listening = nullptr;
 
 void Report(Tests::MutexLog::Event event, const pthread_mutex_t* mutex)
 {
-    // Nothing is reported from inside the listener.
+    // What the listener locks is not reported.
     const Tests::MutexLog::Listener* const listener = std::exchange(listening, nullptr);
     if (listener)
         (*listener)(event, mutex);
@@ -33,7 +33,7 @@ MutexLog::~MutexLog()
 
 } // namespace Tests
 
-// The linker's names for the function in place of another (--wrap) and for the one replaced.
+// The linker's names for the replacement of a function (--wrap) and for the replaced function.
 // NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" {
 int __real_pthread_mutex_lock(pthread_mutex_t* mutex) noexcept;

@@ -4,10 +4,11 @@
 
 namespace Tests {
 
-// For a test that links TestMutexLog: the linker then leads the mutexes of what the program itself compiles,
-// and of no library, through what is watched here.
+// For a test that links TestMutexLog: the linker replaces the locking of mutexes in the program itself, but
+// not in the libraries that it loads.
 
-/// Sees every mutex that this thread locks and unlocks while it lives; of several objects, the newest does.
+/// Reports every mutex that this thread locks and unlocks while it lives. Of several objects, only the newest
+/// reports.
 class MutexLog
 {
 public:

@@ -17,7 +17,7 @@
 
 namespace Tests {
 
-/// A language in which every text of the validation stands in brackets.
+/// Puts every text of the validation in brackets, so that tests see which texts are translated.
 class Brackets : public QTranslator
 {
 public:
@@ -31,83 +31,85 @@ public:
     }
 };
 
-/// What the validation said: the verdict and, for a refusal, the reason.
-struct Said
+/// The result of a validation, with the reason if the folder is refused.
+struct Validation
 {
     bool valid;
     QString reason;
 };
 
-inline bool operator==(const Said& left, const Said& right)
+inline bool operator==(const Validation& left, const Validation& right)
 {
     return left.valid == right.valid && left.reason == right.reason;
 }
 
-inline std::ostream& operator<<(std::ostream& stream, const Said& said)
+inline std::ostream& operator<<(std::ostream& stream, const Validation& validation)
 {
-    return stream << (said.valid ? "valid, " : "invalid, ") << '"' << said.reason.toStdString() << '"';
+    return stream << (validation.valid ? "valid, " : "invalid, ") << '"' << validation.reason.toStdString()
+                  << '"';
 }
 
-inline const QString untouched = QStringLiteral("nobody wrote here");
+inline const QString untouched = QStringLiteral("not written");
 
-inline Said Valid()
+inline Validation Valid()
 {
     return {true, untouched};
 }
 
-inline Said Invalid(const char* reason)
+inline Validation Invalid(const char* reason)
 {
     return {false, QLatin1Char('[') + QString::fromLatin1(reason) + QLatin1Char(']')};
 }
 
-inline Said NothingGiven()
+inline Validation NothingGiven()
 {
     return Invalid("No folder is given");
 }
 
-inline Said Missing()
+inline Validation Missing()
 {
     return Invalid("The folder does not exist");
 }
 
-inline Said NotAFolder()
+inline Validation NotAFolder()
 {
     return Invalid("This is not a folder");
 }
 
-inline Said Unreadable()
+inline Validation Unreadable()
 {
     return Invalid("The folder cannot be read");
 }
 
-inline Said Unwritable()
+inline Validation Unwritable()
 {
     return Invalid("The folder cannot be written to");
 }
 
-inline Said DiskFull()
+inline Validation DiskFull()
 {
     return Invalid("The disk is full");
 }
 
-inline Said Validate(const QString& path)
+inline Validation Validate(const PathText& path)
 {
     QString reason = untouched;
     const bool valid = Zendra::Util::IsThisPathValid(path, &reason);
     return {valid, reason};
 }
-/// A folder to validate, and a translator that shows which texts are translated.
+
+/// A folder to validate, with the translator above installed.
 class PathValidationFixture : public testing::Test
 {
 protected:
     PathValidationFixture() { QCoreApplication::installTranslator(&brackets); }
     ~PathValidationFixture() override { QCoreApplication::removeTranslator(&brackets); }
 
-    /// Gives something in the folder to the user that Unprivileged becomes, with this mode, and lets that
-    /// user reach it.
-    void GiveAway(const QString& relativePath, unsigned int mode) const
+    /// Gives an entry of the folder this mode and the user of Unprivileged as its owner, and lets that user
+    /// enter the folder.
+    void GiveAway(const PathText& relativePath, unsigned int mode) const
     {
-        folder.SetPermissions(QStringLiteral("."), 0755);
+        folder.SetPermissions(".", 0755);
         const QByteArray name = QFile::encodeName(folder.Path(relativePath));
         if (::geteuid() == 0) {
             ASSERT_EQ(::chown(name.constData(), Unprivileged::userId, Unprivileged::userId), 0);

@@ -6,7 +6,7 @@
 
 namespace Tests {
 
-/// A new folder for FolderOperations, gone when the object is.
+/// A new folder for FolderOperations, deleted with the object.
 class Playground
 {
 public:

@@ -11,7 +11,7 @@
 
 namespace Tests {
 
-// What the tests ask of Qt, and what Qt 5 and Qt 6 call differently or do differently.
+// Functions that Qt 5 and Qt 6 name differently, and behaviour in which they differ.
 
 /// Whether Qt knows a type by its name.
 inline bool IsMetaType(const char* name)
@@ -25,31 +25,32 @@ inline bool IsMetaType(const char* name)
 
 #if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
 
-/// A locale whose encoding is not UTF-8, while it lives. Qt 6 writes file names in UTF-8 in any locale.
-class OtherLetters
+/// Sets a locale whose encoding is not UTF-8, while it lives. Qt 6 writes file names in UTF-8 in any locale.
+class NonUtf8Locale
 {
 public:
-    OtherLetters() { std::setlocale(LC_CTYPE, "C"); }
-    ~OtherLetters() { std::setlocale(LC_CTYPE, "C.UTF-8"); }
-    OtherLetters(const OtherLetters&) = delete;
-    OtherLetters& operator=(const OtherLetters&) = delete;
+    NonUtf8Locale() { std::setlocale(LC_CTYPE, "C"); }
+    ~NonUtf8Locale() { std::setlocale(LC_CTYPE, "C.UTF-8"); }
+    NonUtf8Locale(const NonUtf8Locale&) = delete;
+    NonUtf8Locale& operator=(const NonUtf8Locale&) = delete;
 
-    /// The letter U+00E4 in a file's name on the disk.
+    /// The letter U+00E4 in the name of a file on the disk.
     static constexpr const char* umlaut = "\xc3\xa4";
 };
 
 #else
 
-/// A locale whose encoding is not UTF-8, while it lives. Qt 5 writes file names in the locale's encoding.
-class OtherLetters
+/// Sets a locale whose encoding is not UTF-8, while it lives. Qt 5 writes file names in the locale's
+/// encoding.
+class NonUtf8Locale
 {
 public:
-    OtherLetters() { QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1")); }
-    ~OtherLetters() { QTextCodec::setCodecForLocale(nullptr); }
-    OtherLetters(const OtherLetters&) = delete;
-    OtherLetters& operator=(const OtherLetters&) = delete;
+    NonUtf8Locale() { QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1")); }
+    ~NonUtf8Locale() { QTextCodec::setCodecForLocale(nullptr); }
+    NonUtf8Locale(const NonUtf8Locale&) = delete;
+    NonUtf8Locale& operator=(const NonUtf8Locale&) = delete;
 
-    /// The letter U+00E4 in a file's name on the disk.
+    /// The letter U+00E4 in the name of a file on the disk.
     static constexpr const char* umlaut = "\xe4";
 };
 

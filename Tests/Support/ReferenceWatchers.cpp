@@ -24,8 +24,8 @@ bool HasLessName(const QFileInfo& a, const QFileInfo& b)
     return a.fileName() < b.fileName();
 }
 
-/// An entry keeps the time that the file had when it was taken in.
-const QFileInfo& WithTime(const QFileInfo& info)
+/// Reads the modification time. QFileInfo caches it, so the entry keeps the present one.
+const QFileInfo& WithTimeRead(const QFileInfo& info)
 {
     info.lastModified();
     return info;
@@ -75,7 +75,7 @@ private:
     Watcher watcher;
 };
 
-/// What both kinds have in common.
+/// The rules that both kinds share.
 class Reference : public ComparedWatcher
 {
 public:
@@ -109,31 +109,31 @@ protected:
         return static_cast<int>(range.first - fileInfos.begin());
     }
 
-    void TakeNewFiles(const QString& path)
+    void AddNewFiles(const QString& path)
     {
-        const QList<QFileInfo> fresh = SortedScan(path);
+        const QList<QFileInfo> scanned = SortedScan(path);
         if (fileInfos.isEmpty()) {
-            for (const QFileInfo& entry : fresh) {
+            for (const QFileInfo& entry : scanned) {
                 if (!Accepts(entry))
                     continue;
-                fileInfos.append(WithTime(entry));
+                fileInfos.append(WithTimeRead(entry));
                 log("FileAdded " + DescribedEntry(entry));
             }
             return;
         }
-        for (const QFileInfo& entry : fresh) {
+        for (const QFileInfo& entry : scanned) {
             const int index = IndexOf(entry);
             if (index != -1 && AreSameFile(fileInfos.at(index), entry))
                 continue;
             if (!Accepts(entry))
                 continue;
-            fileInfos.insert(index == -1 ? fileInfos.size() : index, WithTime(entry));
+            fileInfos.insert(index == -1 ? fileInfos.size() : index, WithTimeRead(entry));
             Register(entry);
             log("FileAdded " + DescribedEntry(entry));
         }
     }
 
-    void LookAtFile(const QString& path)
+    void CheckFile(const QString& path)
     {
         const QFileInfo info(path);
         const int index = IndexOf(info);
@@ -193,7 +193,7 @@ public:
         depth = levels;
         for (const QFileInfo& entry : SortedScan(path)) {
             if (Accepts(entry))
-                fileInfos.append(WithTime(entry));
+                fileInfos.append(WithTimeRead(entry));
         }
         dirPath = path;
         log("PathChanged " + path.toStdString());
@@ -216,13 +216,13 @@ public:
     void CheckFolder() override
     {
         const QList<QFileInfo> known = fileInfos;
-        TakeNewFiles(dirPath);
+        AddNewFiles(dirPath);
         for (const QFileInfo& entry : known)
-            LookAtFile(entry.absoluteFilePath());
+            CheckFile(entry.absoluteFilePath());
     }
 
-    void OnDirectoryChanged(const QString& path) override { TakeNewFiles(path); }
-    void OnFileChanged(const QString& path) override { LookAtFile(path); }
+    void OnDirectoryChanged(const QString& path) override { AddNewFiles(path); }
+    void OnFileChanged(const QString& path) override { CheckFile(path); }
     QStringList RegisteredFiles() const override { return {}; }
 };
 
@@ -244,7 +244,7 @@ public:
         for (const QFileInfo& entry : SortedScan(path)) {
             if (!Accepts(entry))
                 continue;
-            fileInfos.append(WithTime(entry));
+            fileInfos.append(WithTimeRead(entry));
             Register(entry);
         }
         log("WatchingStarted");
@@ -264,8 +264,8 @@ public:
     }
 
     void CheckFolder() override {}
-    void OnDirectoryChanged(const QString& path) override { TakeNewFiles(path); }
-    void OnFileChanged(const QString& path) override { LookAtFile(path); }
+    void OnDirectoryChanged(const QString& path) override { AddNewFiles(path); }
+    void OnFileChanged(const QString& path) override { CheckFile(path); }
     QStringList RegisteredFiles() const override { return system ? system->files() : QStringList(); }
 
 private:
@@ -314,6 +314,14 @@ std::string DescribedEntry(const QFileInfo& info)
     const QDateTime time = info.lastModified();
     return info.filePath().toStdString() + ", " + std::to_string(info.size()) + " bytes, "
            + (time.isValid() ? std::to_string(time.toMSecsSinceEpoch()) : "no time");
+}
+
+std::vector<std::string> DescribedEntries(const QList<QFileInfo>& infos)
+{
+    std::vector<std::string> texts;
+    for (const QFileInfo& info : infos)
+        texts.push_back(DescribedEntry(info));
+    return texts;
 }
 
 } // namespace Tests

@@ -8,15 +8,16 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace Tests {
 
-/// A watcher as a run that compares two of them sees it.
+/// The interface of the watchers that a run compares.
 class ComparedWatcher
 {
 public:
     using Predicate = std::function<bool(const QFileInfo&)>;
-    /// Is called for every signal: "FileAdded /folder/a.txt, 7 bytes, 1500000000000".
+    /// Called for every signal, for example with "FileAdded /folder/a.txt, 7 bytes, 1500000000000".
     using Log = std::function<void(const std::string& entry)>;
 
     virtual ~ComparedWatcher() = default;
@@ -24,17 +25,17 @@ public:
     virtual bool Start(const QString& dirPath, const QStringList& nameFilters, const Predicate& filter,
                        unsigned int depth) = 0;
     virtual void Stop() = 0;
-    /// Does nothing for the watcher that is driven by notices.
+    /// Does nothing for the event-driven watcher.
     virtual void CheckFolder() = 0;
     virtual void OnDirectoryChanged(const QString& path) = 0;
     virtual void OnFileChanged(const QString& path) = 0;
     virtual QString DirPath() const = 0;
     virtual QList<QFileInfo> Files() const = 0;
-    /// The files that the system was asked to tell about.
+    /// The files that are registered with the system.
     virtual QStringList RegisteredFiles() const = 0;
 };
 
-/// Puts the files of one name, which stand together in a sorted list, into an order of its own.
+/// Orders the files of one name in a list that is sorted by name.
 using OrderEqualNames = std::function<void(QList<QFileInfo>& sorted)>;
 
 enum class WatcherKind
@@ -45,19 +46,20 @@ enum class WatcherKind
 
 std::unique_ptr<ComparedWatcher> MakeLibraryWatcher(WatcherKind kind, const ComparedWatcher::Log& log);
 
-/// The rules written down with QDir, std::sort, std::equal_range and QFileInfo, with no thought of speed.
+/// The rules implemented with QDir, std::sort, std::equal_range and QFileInfo, without regard to speed.
 ///
-/// What slots do to the watcher that calls them is not among them: the log must not call it.
+/// The log must not call the watcher: the rules for such calls are not implemented.
 ///
-/// @param orderEqualNames  is called after each sort, whose order of equal names is left open
+/// @param orderEqualNames  called after each sort, since the rules leave the order of equal names open
 std::unique_ptr<ComparedWatcher> MakeReferenceWatcher(WatcherKind kind, const ComparedWatcher::Log& log,
                                                       const OrderEqualNames& orderEqualNames);
 
-/// Whether two entries are of the same file, as QFileInfo::operator== has it. A file that has vanished has no
+/// Whether two entries are the same file, as QFileInfo::operator== compares them. A missing file has no
 /// canonical path, so then the absolute paths decide.
 bool AreSameFile(const QFileInfo& a, const QFileInfo& b);
 
-/// An entry as the log has it, with the size and time that it holds.
+/// The text of an entry in the log: path, size and time.
 std::string DescribedEntry(const QFileInfo& info);
+std::vector<std::string> DescribedEntries(const QList<QFileInfo>& infos);
 
 } // namespace Tests

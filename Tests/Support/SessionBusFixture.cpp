@@ -23,7 +23,7 @@ Helper::Helper(const QString& program, const QStringList& arguments)
     process.start(program, arguments);
     while (!process.canReadLine()) {
         if (!process.waitForReadyRead(20000))
-            throw std::runtime_error("no sign of life from " + program.toStdString());
+            throw std::runtime_error(program.toStdString() + " printed nothing");
     }
     firstLine = process.readLine().trimmed();
 }
@@ -43,17 +43,16 @@ SessionBusFixture::SessionBusFixture()
 {
     environment.Set("DBUS_SESSION_BUS_ADDRESS", QByteArray());
     environment.Set("XDG_RUNTIME_DIR", QByteArray());
-    working.MakeFolder(QStringLiteral("services"));
+    working.MakeFolder("services");
 }
 
-void SessionBusFixture::StartBus(const QString& socketName)
+void SessionBusFixture::StartBus(const PathText& socketName)
 {
     const QByteArray address = "unix:path=" + QUrl::toPercentEncoding(working.Path(socketName), "/", "~");
     const QString configuration = working.Write(QStringLiteral("bus.conf"), R"(<busconfig>
         <type>session</type>
         <listen>)" + address + R"(</listen>
-        <servicedir>)" + QFile::encodeName(working.Path(QStringLiteral("services")))
-                                                                                + R"(</servicedir>
+        <servicedir>)" + QFile::encodeName(working.Path("services")) + R"(</servicedir>
         <policy context="default"><allow send_destination="*"/><allow receive_sender="*"/><allow own="*"/></policy>
         </busconfig>)");
     bus = std::make_unique<Helper>(QStringLiteral("dbus-daemon"),
@@ -89,7 +88,7 @@ void SessionBusFixture::LetTheBusStartBrowsers() const
 
 QString SessionBusFixture::RecordName() const
 {
-    return working.Path(QStringLiteral("record"));
+    return working.Path("record");
 }
 
 QByteArray SessionBusFixture::Requests() const

@@ -15,13 +15,13 @@
 
 namespace Tests {
 
-/// Far more than a machine under load needs, and less than any limit that is not ours.
+/// More than a machine under load needs, and less than any time limit of Qt or GLib.
 constexpr std::chrono::milliseconds slack{10000};
 
 /// The number of files, sockets and the like that this process has open.
 int OpenDescriptors();
 
-/// A process that says a line when it is ready, and ends with this object.
+/// A process that prints a line when it is ready, and ends with this object.
 class Helper
 {
 public:
@@ -32,7 +32,7 @@ public:
 
     QByteArray FirstLine() const { return firstLine; }
 
-    /// Takes the processor away from it for good: its sockets stay open, and nothing answers.
+    /// Stops the process: its sockets stay open, and nothing answers.
     void Freeze() const;
 
 private:
@@ -40,26 +40,25 @@ private:
     QByteArray firstLine;
 };
 
-/// A session bus of the test's own: no service of this machine is on it or started by it.
-///
-/// There is none until StartBus() or StartBrowser().
+/// A session bus of the test's own, without the services of this machine. It is not started before StartBus()
+/// or StartBrowser().
 class SessionBusFixture : public testing::Test
 {
 protected:
     SessionBusFixture();
 
-    /// Starts a bus that listens on a socket in a folder of the test, by default found by its address.
-    void StartBus(const QString& socketName = QStringLiteral("socket"));
+    /// Starts a bus with a socket in a folder of the test, and sets its address in the environment.
+    void StartBus(const PathText& socketName = "socket");
     void StopBus();
 
     /// @param behaviour  see FileManagerStandIn.cpp
     void StartBrowserOnTheBus(const char* behaviour);
     /// Starts the bus and a file browser on it.
     void StartBrowser(const char* behaviour);
-    /// From now on a bus starts a file browser that answers when it is asked for one.
+    /// Lets the bus start a file browser when one is requested.
     void LetTheBusStartBrowsers() const;
 
-    /// What file browsers have been asked, a line for each request.
+    /// The requests to file browsers, one a line.
     QByteArray Requests() const;
 
     static QByteArray RequestFor(const QByteArray& uri);
@@ -68,7 +67,7 @@ protected:
     QString RecordName() const;
 
     const TempFolder folder;
-    /// Where the bus and the browser keep what is theirs.
+    /// Files of the bus and the browser.
     const TempFolder working;
     Environment environment;
     std::unique_ptr<Helper> bus;

@@ -2,6 +2,7 @@
 
 #include "Lib/Util/FS/IDirectoryWatcher.h"
 #include "Tests/Support/EventLoop.h"
+#include "Tests/Support/FileTexts.h"
 
 #include <algorithm>
 #include <iterator>
@@ -10,8 +11,7 @@ using Zendra::LW::IDirectoryWatcher;
 
 namespace Tests {
 
-SignalLog::SignalLog(const IDirectoryWatcher& watcher, const QString& root)
-    : rootPrefix(root.isEmpty() ? QString() : root + QLatin1Char('/'))
+SignalLog::SignalLog(const IDirectoryWatcher& watcher, const QString& rootPath) : root(rootPath)
 {
     const auto connect = [&](auto signal, auto slot) {
         QObject::connect(&watcher, signal, &connections, slot);
@@ -56,9 +56,7 @@ void SignalLog::Clear()
 
 void SignalLog::Add(const char* signal, const QString& path)
 {
-    const bool isBelow = !rootPrefix.isEmpty() && path.startsWith(rootPrefix);
-    const QString shown = isBelow ? path.mid(rootPrefix.size()) : path;
-    entries.push_back(signal + (' ' + shown.toStdString()));
+    entries.push_back(signal + (' ' + RelativePath(path, root)));
 }
 
 void SignalLog::AddFile(const char* signal, const QFileInfo& info)

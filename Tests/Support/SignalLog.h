@@ -13,29 +13,28 @@ class IDirectoryWatcher;
 
 namespace Tests {
 
-/// Writes down every signal of a watcher, in the order in which they come, while both of them live.
+/// Records every signal of a watcher, in the order in which they come, while both of them live.
 ///
 ///     SignalLog signalLog(watcher, folder.Path());
 ///     folder.Write("sub/a.txt");
 ///     ASSERT_TRUE(signalLog.WaitFor("FileAdded sub/a.txt"));
 ///     EXPECT_THAT(signalLog.Entries(), ElementsAre("WatchingStarted", "FileAdded sub/a.txt"));
 ///
-/// Slots are called in the order of their connection: what was connected before the log has already run when
-/// a signal is written down.
+/// Slots are called in the order of their connection: those that were connected before the log have run when
+/// it records a signal.
 class SignalLog
 {
 public:
-    /// @param root  stripped from the paths below it, which are otherwise written exactly as the signal has
-    ///              them
-    explicit SignalLog(const Zendra::LW::IDirectoryWatcher& watcher, const QString& root = QString());
+    /// @param rootPath  paths below it are written relative to it, all others as the signal has them
+    explicit SignalLog(const Zendra::LW::IDirectoryWatcher& watcher, const QString& rootPath = QString());
     SignalLog(const SignalLog&) = delete;
     SignalLog& operator=(const SignalLog&) = delete;
 
     /// One text a signal: "WatchingStarted", "FileAdded sub/a.txt", "PathChanged /folder".
     const std::vector<std::string>& Entries() const { return entries; }
-    /// Those of one signal only, by its name.
+    /// The entries of one signal, by its name.
     std::vector<std::string> EntriesOf(const std::string& signal) const;
-    /// The argument of the last of the three file signals; one that is empty when none has come.
+    /// The argument of the latest file signal; an empty one when none has come.
     QFileInfo LastInfo() const { return infos.empty() ? QFileInfo() : infos.back(); }
     /// The arguments of the file signals.
     const std::vector<QFileInfo>& Infos() const { return infos; }
@@ -52,10 +51,10 @@ private:
     void Add(const char* signal, const QString& path);
     void AddFile(const char* signal, const QFileInfo& info);
 
-    QString rootPrefix;
+    QString root;
     std::vector<std::string> entries;
     std::vector<QFileInfo> infos;
-    QObject connections; ///< last: goes first, and the connections with it
+    QObject connections; ///< last: is destroyed first, and ends the connections
 };
 
 } // namespace Tests

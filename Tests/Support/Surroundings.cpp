@@ -19,33 +19,22 @@ bool IsInMemory(const QString& path)
 
 } // namespace
 
-std::string WhyCaseIsLost()
+std::string WhyCaseIsIgnored()
 {
     const TempFolder folder;
     folder.Write(QStringLiteral("a"));
     if (QFile::exists(folder.Path(QStringLiteral("A"))))
-        return "this file system takes upper and lower case for the same";
+        return "this file system ignores case";
     return {};
 }
 
-std::string WhySpellingIsLost()
-{
-    const TempFolder folder;
-    const QStringList names = {QStringLiteral("u\u0308 decomposed"), QStringLiteral("\u00fc composed")};
-    for (const QString& name : names)
-        folder.Write(name);
-    if (folder.Entries() != names)
-        return "letters with accents are spelled in one way here";
-    return {};
-}
-
-std::string WhyBytesAreRefused()
+std::string WhyOnlyUtf8IsAccepted()
 {
     const TempFolder folder;
     const QByteArray path = QFile::encodeName(folder.Path()) + "/\xFF";
     const int file = ::open(path.constData(), O_WRONLY | O_CREAT, 0600);
     if (file < 0)
-        return "this file system takes no names but UTF-8";
+        return "this file system accepts only UTF-8 names";
     ::close(file);
     ::unlink(path.constData());
     return {};
@@ -56,17 +45,17 @@ std::string WhyNoticesAreLate()
 #ifdef __linux__
     return {};
 #else
-    return "notices come late and together on this system";
+    return "this system delays and combines notices";
 #endif
 }
 
 std::string WhyNothingIsTrashed()
 {
 #ifdef __APPLE__
-    return "this system has one trash for each user, which is not the test's to fill";
+    return "this system has one trash per user, which a test must not use";
 #else
     if (IsInMemory(QDir::tempPath()))
-        return "the temporary folder and /var/tmp lie in memory, and nothing in memory is ever trashed";
+        return "the temporary folder and /var/tmp are in memory, where there is no trash";
     return {};
 #endif
 }

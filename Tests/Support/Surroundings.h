@@ -4,25 +4,23 @@
 
 namespace Tests {
 
-// What the system and the file system of the temporary folder do not let a test see. Each function says why,
-// for GTEST_SKIP(); what it says is empty where nothing stands in the way.
+// Each function returns why a kind of test cannot run on this system or in the temporary folder's file
+// system, as a text for GTEST_SKIP(), or an empty text.
 
-/// Names that differ in upper and lower case alone.
-std::string WhyCaseIsLost();
-/// Names with accents, letter by letter as they were given.
-std::string WhySpellingIsLost();
-/// Names that are no UTF-8.
-std::string WhyBytesAreRefused();
+/// Tests with names that differ only in case.
+std::string WhyCaseIsIgnored();
+/// Tests with names that are not UTF-8.
+std::string WhyOnlyUtf8IsAccepted();
 
-/// Notices in an order, and at a time: on Linux they are queued by the time that the call which caused them
+/// Tests of the time and order of notices. On Linux notices are queued when the call that causes them
 /// returns.
 std::string WhyNoticesAreLate();
 
-/// A trash of the test's own.
+/// Tests that need a trash of their own.
 std::string WhyNothingIsTrashed();
 
-/// Moves the temporary folder from memory, where nothing can be trashed, to a disk, if that helps. For a
-/// constant of a test file, so that it is done before main().
+/// Moves the temporary folder from a file system in memory, which has no trash, to a disk, if there is one.
+/// Initializes a constant of a test file, so that it runs before main().
 bool PreferATemporaryFolderWithATrash();
 
 } // namespace Tests

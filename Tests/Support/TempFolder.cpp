@@ -10,6 +10,7 @@
 #include <stdexcept>
 #include <system_error>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -55,7 +56,7 @@ TempFolder::~TempFolder()
     std::filesystem::remove_all(folder, ignored);
 }
 
-QString TempFolder::Write(const QString& relativePath, const QByteArray& content) const
+QString TempFolder::Write(const PathText& relativePath, const QByteArray& content) const
 {
     const QString path = Path(relativePath);
     Require(QDir().mkpath(QFileInfo(path).path()), "make the folder of", path);
@@ -65,57 +66,64 @@ QString TempFolder::Write(const QString& relativePath, const QByteArray& content
     return path;
 }
 
-QString TempFolder::MakeFolder(const QString& relativePath) const
+QString TempFolder::MakeFolder(const PathText& relativePath) const
 {
     Require(root.mkpath(relativePath), "make", Path(relativePath));
     return Path(relativePath);
 }
 
-QString TempFolder::Link(const QString& target, const QString& relativePath) const
+QString TempFolder::Link(const PathText& target, const PathText& relativePath) const
 {
     Require(::symlink(Native(target), Native(Path(relativePath))) == 0, "link", Path(relativePath));
     return Path(relativePath);
 }
 
-void TempFolder::HardLink(const QString& existingPath, const QString& relativePath) const
+void TempFolder::HardLink(const PathText& existingPath, const PathText& relativePath) const
 {
     Require(::link(Native(Path(existingPath)), Native(Path(relativePath))) == 0, "link", Path(relativePath));
 }
 
-void TempFolder::Remove(const QString& relativePath) const
+void TempFolder::Remove(const PathText& relativePath) const
 {
     Require(::unlink(Native(Path(relativePath))) == 0, "remove", Path(relativePath));
 }
 
-void TempFolder::RemoveFolder(const QString& relativePath) const
+void TempFolder::RemoveFolder(const PathText& relativePath) const
 {
     Require(QDir(Path(relativePath)).removeRecursively(), "remove", Path(relativePath));
 }
 
-void TempFolder::Rename(const QString& from, const QString& to) const
+void TempFolder::Rename(const PathText& from, const PathText& to) const
 {
     Require(std::rename(Native(Path(from)), Native(Path(to))) == 0, "rename", Path(from));
 }
 
-void TempFolder::SetModificationTime(const QString& relativePath, const QDateTime& time) const
+void TempFolder::SetModificationTime(const PathText& relativePath, const QDateTime& time) const
 {
     QFile file(Path(relativePath));
     Require(file.open(QIODevice::ReadWrite), "open", file.fileName());
     Require(file.setFileTime(time, QFileDevice::FileModificationTime), "date", file.fileName());
 }
 
-void TempFolder::Touch(const QString& relativePath) const
+void TempFolder::SetModificationTime(const PathText& relativePath, std::chrono::nanoseconds sinceEpoch) const
+{
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(sinceEpoch);
+    const timespec times[2] = {{0, UTIME_OMIT}, {seconds.count(), (sinceEpoch - seconds).count()}};
+    Require(::utimensat(AT_FDCWD, Native(Path(relativePath)), times, 0) == 0, "date", Path(relativePath));
+}
+
+void TempFolder::Touch(const PathText& relativePath) const
 {
     SetModificationTime(relativePath, QFileInfo(Path(relativePath)).lastModified().addSecs(60));
 }
 
-void TempFolder::SetPermissions(const QString& relativePath, unsigned int mode) const
+void TempFolder::SetPermissions(const PathText& relativePath, unsigned int mode) const
 {
     Require(::chmod(Native(Path(relativePath)), static_cast<mode_t>(mode)) == 0, "set the permissions of",
             Path(relativePath));
 }
 
-QStringList TempFolder::Entries(const QString& relativePath) const
+QStringList TempFolder::Entries(const PathText& relativePath) const
 {
     return QDir(Path(relativePath))
         .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);

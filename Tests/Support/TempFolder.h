@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Tests/Support/PathText.h"
+
 #include <QByteArray>
 #include <QDateTime>
 #include <QDir>
@@ -7,12 +9,14 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
+#include <chrono>
+
 namespace Tests {
 
 /// A new folder that a test has to itself; gone, with all that is in it, when the test ends.
 ///
-/// All paths are relative to it. Every step must succeed: a failure throws std::runtime_error, so that
-/// a test never goes on with a folder that is not as it was meant to be.
+/// All paths are relative to it. Every step must succeed: a failure throws std::runtime_error, so that a test
+/// never goes on with a folder that is not as it was meant to be.
 class TempFolder
 {
 public:
@@ -24,26 +28,28 @@ public:
     /// The folder's absolute path with no links in it.
     QString Path() const { return root.path(); }
     /// The absolute path of something in it.
-    QString Path(const QString& relativePath) const { return root.filePath(relativePath); }
+    QString Path(const PathText& relativePath) const { return root.filePath(relativePath); }
 
     /// Writes a file, new or in place of what it held, and makes missing folders on the way.
-    QString Write(const QString& relativePath, const QByteArray& content = QByteArray("content")) const;
-    QString MakeFolder(const QString& relativePath) const;
+    QString Write(const PathText& relativePath, const QByteArray& content = QByteArray("content")) const;
+    QString MakeFolder(const PathText& relativePath) const;
     /// A symbolic link with just this target text.
-    QString Link(const QString& target, const QString& relativePath) const;
-    void HardLink(const QString& existingPath, const QString& relativePath) const;
+    QString Link(const PathText& target, const PathText& relativePath) const;
+    void HardLink(const PathText& existingPath, const PathText& relativePath) const;
     /// Deletes a file or a link.
-    void Remove(const QString& relativePath) const;
-    void RemoveFolder(const QString& relativePath) const;
+    void Remove(const PathText& relativePath) const;
+    void RemoveFolder(const PathText& relativePath) const;
     /// Renames, over an existing file too.
-    void Rename(const QString& from, const QString& to) const;
-    void SetModificationTime(const QString& relativePath, const QDateTime& time) const;
+    void Rename(const PathText& from, const PathText& to) const;
+    void SetModificationTime(const PathText& relativePath, const QDateTime& time) const;
+    /// To the nanosecond, of a folder too.
+    void SetModificationTime(const PathText& relativePath, std::chrono::nanoseconds sinceEpoch) const;
     /// Moves the modification time forward by a minute, so that the change cannot be missed.
-    void Touch(const QString& relativePath) const;
-    void SetPermissions(const QString& relativePath, unsigned int mode) const;
+    void Touch(const PathText& relativePath) const;
+    void SetPermissions(const PathText& relativePath, unsigned int mode) const;
 
     /// Every entry's name, hidden ones too, sorted.
-    QStringList Entries(const QString& relativePath = QString()) const;
+    QStringList Entries(const PathText& relativePath = QString()) const;
 
 private:
     QTemporaryDir holder;

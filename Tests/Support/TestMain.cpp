@@ -12,14 +12,14 @@
 namespace {
 
 /// Gives the process a home of its own, so that no test reads or writes the user's.
-void LiveIn(const QDir& home)
+void UseAsHome(const QDir& home)
 {
     const QByteArray path = QFile::encodeName(home.absolutePath());
     qputenv("HOME", path);
     qputenv("XDG_DATA_HOME", path + "/data");
     qputenv("XDG_CONFIG_HOME", path + "/config");
     qputenv("XDG_CACHE_HOME", path + "/cache");
-    qputenv("XDG_RUNTIME_DIR", path); // for nobody else, which Qt insists on
+    qputenv("XDG_RUNTIME_DIR", path); // Qt requires that only its owner may enter it
 }
 
 } // namespace
@@ -27,9 +27,9 @@ void LiveIn(const QDir& home)
 int main(int argc, char* argv[])
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    // Whoever runs the tests may hide new files from others; the tests hide what they want to.
+    // The user's umask must not forbid what the tests allow.
     ::umask(022);
-    // What is to die runs in a process of its own, in the home of the one that started it and outlives it.
+    // A death test starts this program again. That process uses the home of the one that started it.
     constexpr const char* homeVariable = "LW_TESTS_HOME";
     std::unique_ptr<QTemporaryDir> home;
     if (!qEnvironmentVariableIsSet(homeVariable)) {
@@ -38,7 +38,7 @@ int main(int argc, char* argv[])
             std::cerr << "The tests need a temporary folder: " << qPrintable(home->errorString()) << '\n';
             return 1;
         }
-        LiveIn(QDir(home->path()));
+        UseAsHome(QDir(home->path()));
         qputenv(homeVariable, QFile::encodeName(home->path()));
     }
 

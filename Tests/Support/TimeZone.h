@@ -7,8 +7,8 @@
 
 namespace Tests {
 
-/// Makes a time zone the process's own while it lives: a text as TZ takes it, such as "CET-1", or a null one
-/// for the machine's.
+/// Sets the process's time zone while it lives: a text as TZ takes it, such as "CET-1"; a null text is the
+/// machine's zone.
 class TimeZone
 {
 public:

@@ -10,7 +10,7 @@ namespace {
 
 #ifdef __linux__
 
-// The real ids too, since access() asks for those; the saved ones stay for the way back.
+// Sets the real ids too, since access() uses them. The saved ids stay, to switch back.
 
 bool Become(uid_t user)
 {
@@ -24,7 +24,7 @@ bool BecomeRootAgain()
 
 #else
 
-// There is no way back from other real ids, so access() goes on answering for root.
+// Real ids could not be restored, so access() still uses those of root.
 
 bool Become(uid_t user)
 {

@@ -4,10 +4,10 @@
 
 namespace Tests {
 
-/// Makes the process an ordinary user while it lives: for root every folder is readable and writable,
+/// Turns a process of root into one of an ordinary user while it lives: root may read and write every folder,
 /// so a test of a refusal would test nothing.
 ///
-/// Changes nothing when the process is not root in the first place.
+/// Does nothing if the process does not run as root.
 class Unprivileged
 {
 public:

@@ -7,11 +7,11 @@
 
 namespace Zendra::Util {
 
-/// Needs no display: keeps the text for who wants to look.
+/// Shows nothing and keeps the text in `shown`.
 class __attribute__((visibility("default"))) AlertBox
 {
 public:
-    /// Names of its own: the library goes by the value.
+    /// Other names than the bundled companion's: the library only uses the values.
     enum class Level
     {
         Caution

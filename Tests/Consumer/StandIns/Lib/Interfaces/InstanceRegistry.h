@@ -4,7 +4,7 @@
 
 namespace Zendra::LW {
 
-/// Knows one instance, of whatever type.
+/// Holds one instance, of any type.
 class InstanceRegistry
 {
 public:

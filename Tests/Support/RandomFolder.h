@@ -1,12 +1,12 @@
 #pragma once
 
+#include "Tests/Support/Require.h"
 #include "Tests/Support/TempFolder.h"
 
 #include <QDir>
 #include <QFile>
 
 #include <random>
-#include <stdexcept>
 #include <string>
 
 #include <sys/stat.h>
@@ -14,11 +14,11 @@
 
 namespace Tests {
 
-/// A folder full of all kinds of entries, the same for the same seed.
-class WildFolder
+/// A folder with random entries of every kind, the same for the same seed.
+class RandomFolder
 {
 public:
-    WildFolder(unsigned int seed, bool withCycles) : random(seed), cycles(withCycles)
+    RandomFolder(unsigned int seed, bool withCycles) : random(seed), cycles(withCycles)
     {
         Fill(folder.Path(), 0);
     }
@@ -27,12 +27,6 @@ public:
 
 private:
     static std::string Native(const QString& path) { return QFile::encodeName(path).toStdString(); }
-
-    static void Require(bool done, const std::string& step)
-    {
-        if (!done)
-            throw std::runtime_error(step);
-    }
 
     template <typename Number>
     Number Next(Number count)
@@ -75,7 +69,7 @@ private:
                 Link(QStringLiteral("missing"), entry);
                 break;
             case 4:
-                Require(::mkfifo(name.c_str(), 0600) == 0, "make a fifo");
+                Require(::mkfifo(name.c_str(), 0600) == 0, "make " + name);
                 break;
             case 5:
                 if (!files.isEmpty())
