@@ -82,7 +82,7 @@ TEST_F(PredicateInCheckerStartTest, IsAskedOnceAboutEachFileBeforeAnySignal)
     EXPECT_THAT(signalLog.Entries(), ElementsAre("PathChanged " + RootPath(), "WatchingStarted"));
 }
 
-TEST_F(PredicateInCheckerStartTest, FindsItIdleWhenItStopsIt)
+TEST_F(PredicateInCheckerStartTest, MayStopTheCheckerWhichIsStillIdle)
 {
     EXPECT_TRUE(StartAsking([&](const QFileInfo&) {
         checker.StopWatching();
@@ -94,7 +94,7 @@ TEST_F(PredicateInCheckerStartTest, FindsItIdleWhenItStopsIt)
     EXPECT_EQ(checker.GetWatchedDirPath(), folder.Path());
 }
 
-TEST_F(PredicateInCheckerStartTest, EndsItByAnotherStart)
+TEST_F(PredicateInCheckerStartTest, EndsTheStartByAnotherOne)
 {
     const TempFolder other;
     other.Write("z");
@@ -162,7 +162,7 @@ TEST_F(PredicateInCheckerStartTest, MayChangeThePathThatTheCallerHasGiven)
     EXPECT_THAT(signalLog.Entries(), ElementsAre("PathChanged " + RootPath(), "WatchingStarted"));
 }
 
-TEST_F(PredicateInCheckerStartTest, EndsItByAnotherStartThatItStopsAgain)
+TEST_F(PredicateInCheckerStartTest, EndsTheStartByAnotherOneThatItStopsAgain)
 {
     const TempFolder other;
     other.Write("z");

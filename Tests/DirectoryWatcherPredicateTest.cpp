@@ -112,7 +112,7 @@ TEST_F(PredicateInWatcherStartTest, MayThrowWhenItIsCopiedInsideASlot)
     EXPECT_TRUE(StartAsking({}));
 }
 
-TEST_F(PredicateInWatcherStartTest, EndsItByAStop)
+TEST_F(PredicateInWatcherStartTest, EndsTheStartByAStop)
 {
     Texts asked;
 
@@ -135,7 +135,7 @@ TEST_F(PredicateInWatcherStartTest, EndsItByAStop)
     EXPECT_TRUE(StartAsking({}));
 }
 
-TEST_F(PredicateInWatcherStartTest, EndsItByAnotherStart)
+TEST_F(PredicateInWatcherStartTest, EndsTheStartByAnotherOne)
 {
     Texts asked;
 

@@ -88,7 +88,7 @@ TEST_F(DirectoryWatcherRegistrationTest, ComesBeforeTheTimesOfANewFileAreRead)
     EXPECT_EQ(Entry(0).lastModified(), QFileInfo(Path("a.txt")).lastModified());
 }
 
-TEST_F(DirectoryWatcherRegistrationTest, OfTheRootComesBeforeTheFirstLook)
+TEST_F(DirectoryWatcherRegistrationTest, OfTheRootComesBeforeTheFirstScan)
 {
     Write({"a.txt"});
     TheSystem().beforeRegistering = [this](const std::string& path) {

@@ -6,7 +6,6 @@
 
 #include <gmock/gmock.h>
 
-#include <cstdlib>
 #include <memory>
 #include <string>
 
@@ -88,11 +87,8 @@ TEST_P(WatcherMemoryTest, StaysTheSameOverPassesInWhichNothingChanged)
         checker.CheckFolder();
     const std::ptrdiff_t afterAllPasses = HeapBytesInUse();
 
-    // Qt 6 allocates a few bytes of its own for name filters, and frees them later.
-    const QStringList& nameFilters = GetParam().nameFilters;
-    const std::ptrdiff_t ofQt = QT_VERSION_MAJOR > 5 && !nameFilters.isEmpty() ? 16 : 0;
-    EXPECT_LE(std::abs(afterOnePass - afterTheStart), ofQt);
-    EXPECT_LE(std::abs(afterAllPasses - afterOnePass), ofQt);
+    EXPECT_EQ(afterOnePass - afterTheStart, 0);
+    EXPECT_EQ(afterAllPasses - afterOnePass, 0);
     EXPECT_THAT(signalLog.Entries(), IsEmpty());
 }
 
