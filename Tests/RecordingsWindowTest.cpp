@@ -181,6 +181,20 @@ TEST_F(RecordingsWindowTest, RestartsWithAnotherFilterAndDepth)
     EXPECT_EQ(window.Follower().Settings().depth, 1U);
 }
 
+TEST_F(RecordingsWindowTest, EnablesTheIntervalOnlyWhilePolling)
+{
+    const auto* interval = window.findChildren<QSpinBox*>().at(1);
+    const bool atTheStart = interval->isEnabled();
+
+    window.Settings().SetMode(WatchMode::Polling);
+    const bool whilePolling = interval->isEnabled();
+    window.Settings().SetMode(WatchMode::Notices);
+
+    EXPECT_FALSE(atTheStart);
+    EXPECT_TRUE(whilePolling);
+    EXPECT_FALSE(interval->isEnabled());
+}
+
 TEST_F(RecordingsWindowTest, SwitchesToPolling)
 {
     window.OpenFolder(folder.Path());

@@ -17,12 +17,12 @@ std::string CreateNextRecording(const std::string& folder)
     const std::regex pattern("Recording ([1-9]\\d*)\\.mp4");
     while (true) {
         const std::string number = Zendra::LW::GetNextAvaliableIndex(folder, pattern);
-        const std::string path = folder + "/Recording " + number + ".mp4";
+        std::string path = folder + "/Recording ";
+        path += number + ".mp4";
         QFile file(QString::fromStdString(path));
         if (file.open(QIODevice::WriteOnly | QIODevice::NewOnly))
             return path;
-        // If another program took the number meanwhile, the next call returns another. Retrying helps nothing
-        // else.
+        // Try again if another program took the number meanwhile, but not after any other error.
         if (!file.exists())
             throw std::runtime_error(file.errorString().toStdString());
     }
