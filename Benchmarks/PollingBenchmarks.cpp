@@ -28,26 +28,31 @@ constexpr PassGoals usualGoals = {0.5, 1.6, 1.9, 2.2};
 constexpr PassGoals goalsOfAMillion = {0.6, 2.0, 2.0, 2.0};
 constexpr double stretchAgainstRaw = 1.3;
 
-constexpr auto whyStart = "A start reads the time of each file twice. QFileInfo keeps it for the "
-                          "application, but as local time, which "
-                          "costs more to convert than to read again; so the start reads it once more, and no "
-                          "pass has to convert it.";
-constexpr auto whyNameFilters = "Only QDir knows what a wildcard matches, so with name filters QDirIterator "
-                                "lists the folders, and makes a "
-                                "QFileInfo of every entry.";
-constexpr auto whyPredicate = "Every pass asks again about the files that the predicate rejects, and for "
-                              "that makes a QFileInfo of each, sorts "
-                              "them and looks them up.";
-constexpr auto whyPass = "A pass finds the path of each file in a set, and then reads the times in the order "
-                         "of names, in which the "
-                         "signals come. Where names alternate between folders, neighbours in that order are "
-                         "not neighbours in memory.";
+constexpr auto whyStart =
+    "A start reads the time of each file twice. QFileInfo caches it for the application, but as local time, "
+    "and converting that takes longer than a second system call.";
+constexpr auto whyNameFilters =
+    "Only QDir implements name filters, so with them QDirIterator lists the folders and creates a QFileInfo "
+    "for every entry.";
+constexpr auto whyPredicate =
+    "Every pass calls the predicate again for the files that it rejected, and so creates, sorts and looks up "
+    "a QFileInfo for each of them.";
+constexpr auto whyFolders =
+    "With one file in each folder, most of the time goes into opening the folders, whoever polls them.";
+constexpr auto whyPass =
+    "A pass reads the times in the order of the signals, sorted by name. Where names alternate between "
+    "folders, consecutive files are scattered in memory.";
+constexpr auto whyDifferences =
+    "A slot may read the list after every signal, so each insertion and removal moves the entries behind it "
+    "in QList.";
 
-const char* WhyPass(const PollSettings& settings)
+const char* WhyPass(const PollSettings& settings, const PolledTree::Shape& shape)
 {
     if (settings.predicate)
         return whyPredicate;
-    return settings.nameFilters.isEmpty() ? whyPass : whyNameFilters;
+    if (!settings.nameFilters.isEmpty())
+        return whyNameFilters;
+    return shape.filesPerFolder == 1 ? whyFolders : whyPass;
 }
 
 /// All contenders that poll one tree with the same settings.
@@ -58,7 +63,7 @@ public:
             const PollSettings& settings = {}, const std::string& settingsText = {})
         : tree(std::move(polledTree)), goals(passGoals),
           title((settingsText.empty() ? "" : ", " + settingsText) + ", " + tree->GetShape().text),
-          whyMissed(WhyPass(settings)), repetitions(tree->IsLarge() ? 3 : 5),
+          whyMissed(WhyPass(settings, tree->GetShape())), repetitions(tree->IsLarge() ? 3 : 5),
           library(Library(tree, settings)), raw(RawWalk(tree, settings)), poller(Poller(tree, settings)),
           laterLibrary(std::make_shared<LaterPasses>(tree, library)),
           laterRaw(std::make_shared<LaterPasses>(tree, raw)),
@@ -185,7 +190,7 @@ private:
                                 const std::function<void(PolledTree&)>& change) const
     {
         Work work{"CheckFolder, later pass, " + what + title, Contender::raw, maxRatioToRaw};
-        work.whyMissed = whyMissed;
+        work.whyMissed = whyDifferences;
         if (tree->IsLarge())
             work.moreGoals.push_back({Contender::polling, goals.poller});
         for (const auto& [contender, later] :

@@ -30,11 +30,16 @@ using Difference = DirectorySnapshot::Difference;
 class DirectorySnapshotTest : public Tests::SnapshotFixture
 {
 protected:
+    /// The known paths, all of which have to be in the list.
     Texts KnownPaths() const
     {
+        const Zendra::LW::KnownPaths& known = *snapshot.GetKnownPaths();
         Texts paths;
-        for (const QString& path : *snapshot.GetKnownPaths())
-            paths.push_back(RelativePath(path, folder.Path()));
+        for (const QFileInfo& info : snapshot.GetFileInfos()) {
+            if (known.Contains(info.filePath()))
+                paths.push_back(RelativePath(info.filePath(), folder.Path()));
+        }
+        EXPECT_EQ(known.size(), static_cast<int>(paths.size()));
         return paths;
     }
 
@@ -46,7 +51,7 @@ TEST_F(DirectorySnapshotTest, IsEmptyAtFirst)
 {
     EXPECT_THAT(snapshot.GetFileInfos(), IsEmpty());
     EXPECT_THAT(snapshot.GetKnownFiles().infos, IsEmpty());
-    EXPECT_THAT(snapshot.GetKnownFiles().times, IsEmpty());
+    EXPECT_EQ(snapshot.GetKnownFiles().files.size(), 0);
 }
 
 TEST_F(DirectorySnapshotTest, HasNoIndexForAFileWhileItIsEmpty)
@@ -332,7 +337,7 @@ TEST_F(DirectorySnapshotTest, IsEmptyAfterAClear)
 
     EXPECT_THAT(snapshot.GetFileInfos(), IsEmpty());
     EXPECT_EQ(snapshot.GetInfoIndex(File("a.txt")), -1);
-    EXPECT_THAT(snapshot.GetKnownFiles().times, IsEmpty());
+    EXPECT_EQ(snapshot.GetKnownFiles().files.size(), 0);
     Have({"a.txt"});
     EXPECT_THAT(KnownPaths(), ElementsAre("a.txt"));
 }
@@ -421,7 +426,16 @@ protected:
     {
         const DirectorySnapshot::KnownFiles known = snapshot.GetKnownFiles();
         EXPECT_EQ(known.infos, snapshot.GetFileInfos());
-        return {known.times.begin(), known.times.end()};
+        std::vector<qint64> times;
+        QStringList paths;
+        for (const auto& chunk : known.files.GetChunks()) {
+            for (const DirectorySnapshot::KnownFile& file : chunk) {
+                times.push_back(known.canCompareTimes ? file.modificationTime : unreadableTime);
+                paths.append(file.path);
+            }
+        }
+        EXPECT_EQ(Tests::ToTexts(paths), Tests::PathsOf(known.infos));
+        return times;
     }
 
     QFileInfo FileOfTime(const char* path, const QDateTime& time) const
@@ -562,7 +576,7 @@ TEST_F(SnapshotMetadataTest, IsReadWhenAFileIsAddedNotWhenAPredicateReadsIt)
     snapshot.Append({listed});
 
     EXPECT_EQ(snapshot.GetFileInfos().at(0).lastModified(), later);
-    EXPECT_THAT(snapshot.GetKnownFiles().times, ElementsAre(later.toMSecsSinceEpoch()));
+    EXPECT_EQ(snapshot.GetKnownFiles().files.at(0).modificationTime, later.toMSecsSinceEpoch());
 }
 
 TEST_F(SnapshotMetadataTest, IsReadWhenAFileIsAddedNotWhenItIsListed)

@@ -4,13 +4,13 @@
 #include "Tests/Support/CurrentFolder.h"
 #include "Tests/Support/FileTexts.h"
 #include "Tests/Support/FolderFixture.h"
+#include "Tests/Support/MakeKnownPaths.h"
 #include "Tests/Support/NextFunction.h"
 #include "Tests/Support/RandomFolder.h"
 
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
-#include <QSet>
 
 #include <gmock/gmock.h>
 
@@ -70,6 +70,8 @@ using Tests::NameFilters;
 using Tests::RandomFolder;
 using Tests::Texts;
 using Tests::ToTexts;
+using Zendra::LW::KnownPathFinder;
+using Zendra::LW::KnownPaths;
 using Zendra::LW::ListedFile;
 using Zendra::LW::ListedFiles;
 using Zendra::LW::ListingOptions;
@@ -275,9 +277,10 @@ TEST_P(ListingMethodTest, LeavesOutKnownFilesAndLinks)
     Write({"a", "b", "c"});
     folder.Link("a", "link");
     folder.Link("a", "link2");
-    const QSet<QString> known{Path("a"), Path("c"), Path("link")};
+    const KnownPaths known = Tests::MakeKnownPaths({Path("a"), Path("c"), Path("link")});
+    KnownPathFinder finder(known);
     ListingOptions options;
-    options.known = &known;
+    options.knownPaths = &finder;
 
     EXPECT_THAT(FilesOf(List(options)),
                 testing::UnorderedElementsAre(Path("b").toStdString(), Path("link2").toStdString()));
@@ -286,11 +289,12 @@ TEST_P(ListingMethodTest, LeavesOutKnownFilesAndLinks)
 TEST_P(ListingMethodTest, ListsAFolderInThePlaceOfAKnownFile)
 {
     Write("a/b");
-    const QSet<QString> known{Path("a")};
+    const KnownPaths known = Tests::MakeKnownPaths({Path("a")});
+    KnownPathFinder finder(known);
     ListingOptions options;
     options.nameFilters = Filters();
     options.subfolders = true;
-    options.known = &known;
+    options.knownPaths = &finder;
     ListedFiles listed;
 
     EXPECT_THAT(Zendra::LW::ListFolder(folder.Path(), options, listed), SizeIs(1));

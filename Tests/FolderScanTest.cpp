@@ -5,13 +5,13 @@
 #include "Tests/Support/DeepFolder.h"
 #include "Tests/Support/FileTexts.h"
 #include "Tests/Support/FolderFixture.h"
+#include "Tests/Support/MakeKnownPaths.h"
 #include "Tests/Support/RandomFolder.h"
 #include "Tests/Support/TempFolder.h"
 #include "Tests/Support/Unprivileged.h"
 
 #include <QDir>
 #include <QFile>
-#include <QSet>
 
 #include <gmock/gmock.h>
 
@@ -597,9 +597,10 @@ TEST_F(SortedScanTest, AppliesTheNameFilters)
 TEST_F(DirectoryScanTest, LeavesOutKnownFilesInEveryFolder)
 {
     Write({"a.txt", "b.txt", "sub/a.txt", "sub/b.txt"});
-    const QSet<QString> known{Path("b.txt"), Path("sub/a.txt")};
+    const KnownPaths known = Tests::MakeKnownPaths({Path("b.txt"), Path("sub/a.txt")});
+    KnownPathFinder finder(known);
     ListingOptions options;
-    options.known = &known;
+    options.knownPaths = &finder;
 
     const SortedFiles files = GetSortedFilesInDirRecursively(folder.Path(), 1, options);
 

@@ -46,15 +46,38 @@ TEST_F(NewFilesTest, ReservesMemoryForAllFilesOfAnEmptySnapshot)
 {
     for (int file = 0; file < 100; ++file)
         folder.Write(QString::number(file));
-    NewFiles files = NewFiles::OfPass(snapshot, folder.Path(), source.GetToken());
+    NewFiles files = NewFiles::ForPass(snapshot, folder.Path(), source.GetToken());
     ASSERT_TRUE(files.MoveNext());
-    files.TakeIn();
+    files.Add();
     const QFileInfo* const before = &snapshot.GetFileInfos().first();
 
     while (files.MoveNext())
-        files.TakeIn();
+        files.Add();
 
     EXPECT_EQ(&snapshot.GetFileInfos().first(), before);
+}
+
+TEST_F(NewFilesTest, RemembersTheOrderOfTheListing)
+{
+    WriteInManyFolders();
+
+    Pass();
+
+    ExpectTheOrderOfTheListing();
+}
+
+TEST_F(NewFilesTest, PutsLaterFilesBehindTheOrderOfTheListing)
+{
+    Write({"b.txt", "a.txt"});
+    Pass();
+    Write({"0.txt"});
+
+    Pass();
+
+    KnownPathFinder finder(*snapshot.GetKnownPaths());
+    EXPECT_FALSE(finder.IsNext(Path("0.txt")));
+    ASSERT_TRUE(finder.Find(Path(finder.IsNext(Path("a.txt")) ? "b.txt" : "a.txt")));
+    EXPECT_TRUE(finder.IsNext(Path("0.txt")));
 }
 
 TEST_F(NewFilesTest, AddsNoFileTwice)
@@ -269,13 +292,22 @@ protected:
 
     void Start(Times times = Times::ReadLater)
     {
-        NewFiles files = NewFiles::OfStart(snapshot, folder.Path(), times, source.GetToken());
+        NewFiles files = NewFiles::ForStart(snapshot, folder.Path(), times, source.GetToken());
         while (files.MoveNext()) {
             EXPECT_EQ(files.GetScan().at(files.GetPosition()).info, files.Get());
-            files.TakeIn();
+            files.Add();
         }
     }
 };
+
+TEST_F(InitialFilesTest, RememberTheOrderOfTheListing)
+{
+    WriteInManyFolders();
+
+    Start();
+
+    ExpectTheOrderOfTheListing();
+}
 
 TEST_F(InitialFilesTest, AreThoseThatThePredicateAccepts)
 {
@@ -338,11 +370,11 @@ TEST_F(InitialFilesTest, HaveTheTimesOfTheListingOnlyIfAsked)
     for (const Times times : {Times::ReadLater, Times::ReadWhileListing}) {
         snapshot.Clear();
         SetTime("a.txt", earlier);
-        NewFiles files = NewFiles::OfStart(snapshot, folder.Path(), times, source.GetToken());
+        NewFiles files = NewFiles::ForStart(snapshot, folder.Path(), times, source.GetToken());
         SetTime("a.txt", later);
 
         ASSERT_TRUE(files.MoveNext());
-        EXPECT_EQ(files.TakeIn().lastModified(), times == Times::ReadLater ? later : earlier);
+        EXPECT_EQ(files.Add().lastModified(), times == Times::ReadLater ? later : earlier);
     }
 }
 
@@ -354,7 +386,7 @@ protected:
 
     Identity IdentityOf(const QString& path)
     {
-        NewFiles::OfPass(snapshot, path, source.GetToken());
+        NewFiles::ForPass(snapshot, path, source.GetToken());
         return snapshot.GetIdentity();
     }
 };
@@ -391,7 +423,7 @@ TEST_F(FileIdentityTest, IsTheCanonicalPathAfterAStartWithALink)
 {
     Write("a.txt");
     folder.Link("a.txt", "link");
-    NewFiles::OfStart(snapshot, folder.Path(), ListingOptions::Times::ReadLater, source.GetToken());
+    NewFiles::ForStart(snapshot, folder.Path(), ListingOptions::Times::ReadLater, source.GetToken());
     Remove("link");
 
     EXPECT_EQ(IdentityOf(folder.Path()), Identity::CanonicalPath);
@@ -419,7 +451,7 @@ TEST_F(FileIdentityTest, IsTheCanonicalPathBelowARelativeOrUncleanPath)
 TEST_F(FileIdentityTest, IsTheCanonicalPathAfterAStartWithAnEmptyPath)
 {
     const CurrentFolder here(folder.Path());
-    NewFiles::OfStart(snapshot, QString(), ListingOptions::Times::ReadLater, source.GetToken());
+    NewFiles::ForStart(snapshot, QString(), ListingOptions::Times::ReadLater, source.GetToken());
 
     EXPECT_EQ(IdentityOf(folder.Path()), Identity::CanonicalPath);
 }

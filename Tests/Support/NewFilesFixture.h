@@ -68,14 +68,32 @@ protected:
     void Pass() { Pass(folder.Path()); }
     void Pass(const QString& path)
     {
-        auto files = Zendra::LW::NewFiles::OfPass(snapshot, path, source.GetToken());
+        auto files = Zendra::LW::NewFiles::ForPass(snapshot, path, source.GetToken());
         while (files.MoveNext()) {
             const QFileInfo info = files.Get();
             added.push_back({RelativePath(info.filePath(), folder.Path()), files.SnapshotWasEmpty()});
-            EXPECT_EQ(files.TakeIn().filePath(), info.filePath());
+            EXPECT_EQ(files.Add().filePath(), info.filePath());
             if (afterEach)
                 afterEach(info.fileName().toStdString());
         }
+    }
+
+    /// Files whose order by name is not that of their folders.
+    void WriteInManyFolders() const
+    {
+        Write({"1/b.txt", "2/c.txt", "3/a.txt", "1/f.txt", "2/d.txt", "3/e.txt", "g.txt", "2/0.txt"});
+    }
+
+    /// The next listing finds each file of the snapshot where it expects it.
+    void ExpectTheOrderOfTheListing() const
+    {
+        Zendra::LW::KnownPathFinder finder(*snapshot.GetKnownPaths());
+        const auto listed = Zendra::LW::GetFilesInDirRecursively(folder.Path(), settings.depth, {});
+        for (const Zendra::LW::ListedFile& file : listed.files) {
+            EXPECT_TRUE(finder.IsNext(file.info.filePath())) << qPrintable(file.info.filePath());
+            EXPECT_TRUE(finder.Find(file.info.filePath())) << qPrintable(file.info.filePath());
+        }
+        EXPECT_EQ(listed.files.size(), snapshot.GetFileInfos().size());
     }
 
     void SetPredicate(std::function<bool(const std::string& name)> predicate)

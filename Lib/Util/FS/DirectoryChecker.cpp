@@ -15,15 +15,36 @@
 #include <optional>
 
 namespace Zendra::LW {
+namespace {
+
+using KnownFile = DirectorySnapshot::KnownFile;
+using Chunk = ChunkedList<KnownFile>::Chunk;
+
+/// Loads the path of a later file while the pass waits for the file system: the paths are scattered in
+/// memory.
+void PrefetchPathBehind(const Chunk& chunk, Chunk::const_iterator file)
+{
+    constexpr int distance = 8;
+    if (chunk.cend() - file > distance)
+        __builtin_prefetch(file[distance].path.constData());
+}
+
+/// One system call instead of a lookup and conversions to local time.
+bool IsUnchanged(const KnownFile& file, FileTimeReader& timeReader)
+{
+    return file.modificationTime != unreadableTime && timeReader.Read(file.path) == file.modificationTime;
+}
+
+} // namespace
 
 struct DirectoryChecker::Impl
 {
     DirectorySnapshot snapshot;
-    std::optional<DirectorySnapshot> beforeStart; ///< set while a start is asking the predicate
+    std::optional<DirectorySnapshot> beforeStart; ///< set while a start calls the predicate
     WatchTokenSource watch;
     WatchTokenSource pass;
 
-    /// Forgets everything. @return false when there was nothing to forget
+    /// Clears settings and files. @return false when nothing is being watched
     bool Reset()
     {
         if (snapshot.settings.dirPath.isEmpty())
@@ -40,22 +61,22 @@ struct DirectoryChecker::Impl
         beforeStart.reset();
     }
 
-    void TakeInitialFiles(const QString& dirPath, const WatchToken& token)
+    void AddInitialFiles(const QString& dirPath, const WatchToken& token)
     {
         using Times = ListingOptions::Times;
-        // A predicate may take its time, or change the file.
+        // A predicate may be slow, or change the file.
         const Times times = snapshot.settings.filter ? Times::ReadLater : Times::ReadWhileListing;
         // Intended: not cleared first, so a start after one with an empty path adds to its files.
-        NewFiles files = NewFiles::OfStart(snapshot, dirPath, times, token);
+        NewFiles files = NewFiles::ForStart(snapshot, dirPath, times, token);
         while (files.MoveNext())
-            files.TakeIn();
+            files.Add();
     }
 
     void ReportNewFiles(DirectoryChecker& checker, const QString& path)
     {
-        NewFiles files = NewFiles::OfPass(snapshot, path, watch.GetToken());
+        NewFiles files = NewFiles::ForPass(snapshot, path, watch.GetToken());
         while (files.MoveNext())
-            Q_EMIT checker.FileAdded(files.TakeIn());
+            Q_EMIT checker.FileAdded(files.Add());
     }
 
     void ReportDifference(DirectoryChecker& checker, const QString& filePath,
@@ -85,16 +106,16 @@ DirectoryChecker::~DirectoryChecker() = default;
 bool DirectoryChecker::StartWatching(const QString& dirPath, const QStringList& nameFilters,
                                      const std::function<bool(const QFileInfo&)>& filter, unsigned int depth)
 {
-    // Intended: with an empty path the checker runs and still counts as idle.
+    // Intended: a checker that was started with an empty path still counts as idle.
     if (!impl->snapshot.settings.dirPath.isEmpty()) {
         LOG(INFO) << "Can't start watching " << dirPath.toStdString() << ", already watch "
                   << impl->snapshot.settings.dirPath.toStdString();
         return false;
     }
 
-    // The predicate or a slot may change or destroy the caller's.
+    // A copy, since the predicate or a slot may change or destroy the caller's string.
     const QString path = dirPath; // NOLINT(performance-unnecessary-copy-initialization)
-    // Nothing stays of a start whose predicate begins another one.
+    // A start inside the predicate of another start replaces that one.
     impl->UndoStart();
     impl->watch.Invalidate();
     const WatchToken token = impl->watch.GetToken();
@@ -104,9 +125,9 @@ bool DirectoryChecker::StartWatching(const QString& dirPath, const QStringList& 
             impl->UndoStart();
     });
     impl->snapshot.settings = {nameFilters, MakeSharedPredicate(filter), QString(), depth};
-    impl->TakeInitialFiles(path, token);
+    impl->AddInitialFiles(path, token);
     undoStart.dismiss();
-    // The predicate has begun another watch.
+    // The predicate has started another watch.
     if (token.IsExpired())
         return false;
 
@@ -139,8 +160,8 @@ QList<QFileInfo> DirectoryChecker::GetFileInfoList() const
 void DirectoryChecker::CheckFolder()
 {
     const WatchToken watch = impl->watch.GetToken();
-    // A pass that a slot makes looks at every known file, so it ends this one: a file that it has removed
-    // would otherwise stand for another one here. Intended: OnFileChanged() does not end it.
+    // A pass that a slot starts checks every known file and so ends the outer one, which would otherwise
+    // treat a removed file as the entry now at its index. Intended: OnFileChanged() does not end a pass.
     impl->pass.Invalidate();
     const WatchToken pass = impl->pass.GetToken();
 
@@ -148,16 +169,17 @@ void DirectoryChecker::CheckFolder()
     // Intended: no test whether it is watching; an idle checker scans the current folder.
     impl->ReportNewFiles(*this, QString(impl->snapshot.settings.dirPath));
     FileTimeReader timeReader;
-    for (int i = 0; i < known.infos.size(); ++i) {
-        if (watch.IsExpired() || pass.IsExpired())
-            return;
-        const QFileInfo& info = known.infos.at(i);
-        const qint64 knownTime = known.times.at(i);
-        // One system call instead of a lookup and conversions to local time.
-        if (knownTime != unreadableTime && timeReader.Read(info.filePath()) == knownTime)
-            continue;
-        timeReader.CloseFolder(); // a slot may rename it
-        impl->ReportDifference(*this, info.absoluteFilePath(), impl->snapshot.GetIdentity());
+    auto info = known.infos.cbegin();
+    for (const Chunk& chunk : known.files.GetChunks()) {
+        for (auto file = chunk.cbegin(); file != chunk.cend(); ++file, ++info) {
+            if (watch.IsExpired() || pass.IsExpired())
+                return;
+            PrefetchPathBehind(chunk, file);
+            if (known.canCompareTimes && IsUnchanged(*file, timeReader))
+                continue;
+            timeReader.CloseFolder(); // a slot may rename it
+            impl->ReportDifference(*this, info->absoluteFilePath(), impl->snapshot.GetIdentity());
+        }
     }
 }
 

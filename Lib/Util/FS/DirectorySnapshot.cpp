@@ -31,7 +31,7 @@ bool IsSameFile(const QFileInfo& entry, const QFileInfo& info, DirectorySnapshot
         return false;
     const QString canonicalPath = info.canonicalFilePath();
     const QString canonicalPathOfEntry = entry.canonicalFilePath();
-    // To QFileInfo::operator== all missing files are one and the same, since none has a canonical path.
+    // QFileInfo::operator== treats all missing files as equal, since none has a canonical path.
     if (canonicalPath.isEmpty() || canonicalPathOfEntry.isEmpty())
         return AbsolutePathOf(entry) == AbsolutePathOf(info);
     return canonicalPathOfEntry == canonicalPath;
@@ -64,63 +64,60 @@ bool DirectorySnapshot::HasOtherTime(int index, const QFileInfo& info) const
     return index != -1 && info.lastModified() != fileInfos.at(index).lastModified();
 }
 
-void DirectorySnapshot::Reserve(int count)
+int DirectorySnapshot::Reserve(int count)
 {
     fileInfos.reserve(fileInfos.size() + count);
-    times.reserve(times.size() + count);
-    paths.reserve(paths.size() + count);
+    return paths.AddPlaces(count);
 }
 
-/// The time by which a pass may tell that the file at a path is unchanged. What a relative path means depends
-/// on the process's current folder, and an unclean one need not lead where absoluteFilePath() does.
+/// The time by which a pass recognizes an unchanged file. Not for relative paths, which depend on the
+/// process's current folder, nor for unclean ones, whose absoluteFilePath() may name another file.
 qint64 DirectorySnapshot::ReadTimeToCompare(const QString& path) const
 {
     return use == Use::Passes && IsAbsoluteAndClean(path) ? ReadModificationTime(path) : unreadableTime;
 }
 
-/// A file with the size and times that it has now.
+/// A file with its current size and times.
 ListedFile DirectorySnapshot::ReadNow(const QFileInfo& info) const
 {
     const QString path = info.filePath();
-    // The time to compare with is read first, and the entry is a QFileInfo that no predicate has asked yet.
-    // If the file changes between the two, passes compare the entry itself; the other way round they would
-    // miss it.
+    // The time to compare with is read before the entry's own, from a new QFileInfo without cached values. If
+    // the file changes in between, a pass compares the entry; in the other order it would miss the change.
     const qint64 time = ReadTimeToCompare(path);
     const QFileInfo entry(path);
     ReadMetadata(entry);
     return {entry, time};
 }
 
-QFileInfo DirectorySnapshot::Append(const ListedFile& file)
+QFileInfo DirectorySnapshot::Append(const ListedFile& file, int place)
 {
-    if (!fileInfos.isEmpty() && NameLess()(FileNameIn(file.info.filePath()), fileInfos.constLast()))
+    const QString path = file.info.filePath();
+    if (!fileInfos.isEmpty() && NameLess()(FileNameIn(path), fileInfos.constLast()))
         isSorted = false;
     const bool wasRead = file.modificationTime != unreadableTime;
-    return Add(-1, wasRead ? file : ReadNow(file.info));
+    const ListedFile read = wasRead ? file : ReadNow(file.info);
+    fileInfos.append(read.info);
+    knownFiles.append({path, read.modificationTime});
+    paths.Insert(path, place);
+    ++revision;
+    return read.info;
 }
 
 QFileInfo DirectorySnapshot::Insert(int index, const QFileInfo& info)
 {
-    return Add(index, ReadNow(info));
-}
-
-QFileInfo DirectorySnapshot::Add(int index, const ListedFile& file)
-{
-    if (index == -1) { // insert() would not use the room that was reserved
-        fileInfos.append(file.info);
-        times.append(file.modificationTime);
-    } else {
-        fileInfos.insert(index, file.info);
-        times.insert(index, file.modificationTime);
-    }
-    paths.insert(file.info.filePath());
+    const ListedFile read = ReadNow(info);
+    const QString path = info.filePath();
+    const int end = static_cast<int>(fileInfos.size());
+    fileInfos.insert(index == -1 ? end : index, read.info);
+    knownFiles.insert(index == -1 ? end : index, {path, read.modificationTime});
+    paths.Insert(path);
     ++revision;
-    return file.info;
+    return read.info;
 }
 
 DirectorySnapshot::Difference DirectorySnapshot::Update(const QFileInfo& info, Identity identity)
 {
-    // Before the file's own times, as by ReadNow().
+    // Read before the file's own times, as in ReadNow().
     const qint64 time = ReadTimeToCompare(info.filePath());
     const int index = GetInfoIndex(info, identity);
     if (info.exists()) {
@@ -136,21 +133,23 @@ DirectorySnapshot::Difference DirectorySnapshot::Update(const QFileInfo& info, I
 
 void DirectorySnapshot::Replace(int index, const QFileInfo& info, qint64 time)
 {
-    const QString before = fileInfos.at(index).filePath();
-    if (before != info.filePath())
-        ExpectSeveralPathsOfOneFile();
-    paths.remove(before);
+    const QString path = info.filePath();
     fileInfos.replace(index, info);
-    times.replace(index, time);
-    paths.insert(info.filePath());
+    KnownFile& file = knownFiles[index];
+    if (file.path != path) {
+        CompareByCanonicalPath();
+        paths.Remove(file.path);
+        paths.Insert(path);
+    }
+    file = {path, time};
     ++revision;
 }
 
 void DirectorySnapshot::RemoveAt(int index)
 {
-    paths.remove(fileInfos.at(index).filePath());
+    paths.Remove(knownFiles.at(index).path);
     fileInfos.removeAt(index);
-    times.removeAt(index);
+    knownFiles.removeAt(index);
     ++revision;
 }
 
@@ -158,21 +157,21 @@ void DirectorySnapshot::Clear()
 {
     // clear() would keep the memory.
     fileInfos = {};
-    times = {};
+    knownFiles = {};
     paths = {};
     isSorted = true;
     fileIdentity = Identity::Path;
     ++revision;
 }
 
-const QSet<QString>* DirectorySnapshot::GetKnownPaths() const
+const KnownPaths* DirectorySnapshot::GetKnownPaths() const
 {
     return IsIndexed() ? &paths : nullptr;
 }
 
 DirectorySnapshot::KnownFiles DirectorySnapshot::GetKnownFiles() const
 {
-    return {fileInfos, IsIndexed() ? times : QVector<qint64>(fileInfos.size(), unreadableTime)};
+    return {fileInfos, knownFiles, IsIndexed()};
 }
 
 } // namespace Zendra::LW

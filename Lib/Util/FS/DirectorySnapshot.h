@@ -1,103 +1,111 @@
 #pragma once
 
+#include "Lib/Util/FS/ChunkedList.h"
 #include "Lib/Util/FS/FolderListing.h"
+#include "Lib/Util/FS/KnownPaths.h"
 #include "Lib/Util/FS/WatchSettings.h"
 
 #include <QFileInfo>
 #include <QList>
-#include <QSet>
 #include <QString>
-#include <QVector>
 
 namespace Zendra::LW {
 
-/// What a watcher knows of its folder: the settings of the watch, and the accepted files in the order of
-/// QFileInfo::fileName() alone, compared by QString's operator<.
+/// The settings of a watch and the accepted files, sorted by QFileInfo::fileName() alone with QString's
+/// operator<.
 ///
-/// Files enter and leave one at a time, between signals, so that every slot sees a list that is in order.
+/// Files are added and removed one at a time, between signals, so that every slot sees a sorted list.
 class DirectorySnapshot
 {
 public:
-    /// What an update found out about a file.
+    /// The result of Update().
     enum class Difference
     {
         None,
-        Changed, ///< it has another modification time
+        Changed, ///< its modification time differs
         Removed  ///< it does not exist
     };
 
-    /// What tells that a file is one of the list.
+    /// How files are compared with entries.
     enum class Identity
     {
-        CanonicalPath, ///< as for QFileInfo::operator==: two paths may be those of one file
-        Path           ///< faster, and the same while every file has one path only
+        CanonicalPath, ///< as QFileInfo::operator== does: different paths may name one file
+        Path           ///< faster, and equivalent while every file has one path only
     };
 
-    /// What the snapshot is for.
+    /// Which kind of watcher uses the snapshot.
     enum class Use
     {
-        Passes, ///< which compare the times of all files
-        Notices ///< which name the file that has changed; no time is read for passes
+        Passes, ///< passes compare the times of all files
+        Notices ///< notices name the changed file, so no times are stored for passes
     };
 
     explicit DirectorySnapshot(Use intendedUse = Use::Passes) : use(intendedUse) {}
 
     const QList<QFileInfo>& GetFileInfos() const { return fileInfos; }
 
-    /// The index of a file in the list, or of its name when the file is not in it.
+    /// The index of a file in the list or, when it is not in the list, of its name.
     ///
-    /// Intended: a result other than -1 is no proof that the file is there; the caller compares the entry.
+    /// Intended: a result other than -1 does not mean that the file is in the list; use IsFileAt().
     /// @return the first equal entry of that name; else the first entry whose name is not less;
     ///         -1 when every name is less
     int GetInfoIndex(const QFileInfo& info, Identity identity = Identity::CanonicalPath) const;
-    /// Whether the entry at a result of GetInfoIndex() is that file.
+    /// Whether the entry at an index that GetInfoIndex() returned is that file.
     bool IsFileAt(int index, const QFileInfo& info, Identity identity = Identity::CanonicalPath) const;
 
-    /// Makes room for that many files more.
-    void Reserve(int count);
-    /// Takes a file in at the end of the list, whatever its name, with the size and times that it has now, or
+    /// Reserves memory for that many more listed files. @return the place of the first in the order of
+    /// listing
+    int Reserve(int count);
+    /// Adds a file at the end of the list, regardless of its name, with its current size and times or those
     /// that the listing has read.
+    /// @param place  in the order of listing: one of those that Reserve() made
     /// @return the new entry
-    QFileInfo Append(const ListedFile& file);
-    /// Takes a file in before the entry at a result of GetInfoIndex(), with the size and times that it has
-    /// now.
+    QFileInfo Append(const ListedFile& file, int place = KnownPaths::end);
+    /// Adds a file before the entry at an index that GetInfoIndex() returned, with its current size and
+    /// times.
     /// @return the new entry
     QFileInfo Insert(int index, const QFileInfo& info);
-    /// Looks at a file again. The entry at its index is replaced if the time differs, and removed if the file
+    /// Compares a file with its entry. The entry is replaced if the time differs, and removed if the file
     /// does not exist.
     ///
-    /// Intended: the index is used as it is. A file that is not in the list stands for the entry at its
+    /// Intended: the index is not checked. A file that is not in the list is compared with the entry at its
     /// index.
     Difference Update(const QFileInfo& info, Identity identity = Identity::CanonicalPath);
-    /// Forgets all files.
+    /// Removes all files.
     void Clear();
 
     Identity GetIdentity() const { return fileIdentity; }
-    /// To be called when a scan has met a link, or has given the files other paths than those below the
-    /// watched folder. It holds until all files are forgotten: entries may remember where their paths once
-    /// led to.
-    void ExpectSeveralPathsOfOneFile() { fileIdentity = Identity::CanonicalPath; }
+    /// Call it when a scan has found a link, or paths that do not begin with the watched folder's. Stays in
+    /// effect until Clear(), since entries may have cached their canonical paths.
+    void CompareByCanonicalPath() { fileIdentity = Identity::CanonicalPath; }
 
-    /// Paths that a scan may leave out, since GetInfoIndex() finds each of them; null if it would not.
-    const QSet<QString>* GetKnownPaths() const;
+    /// The paths that a scan may skip. Null while GetInfoIndex() might not find each of them.
+    const KnownPaths* GetKnownPaths() const;
 
-    /// The files as they are now, and the time that each is certain to be unchanged with: unreadableTime
-    /// where only Update() can tell.
+    /// What a pass needs to recognize an unchanged file. A copy of the path, since following the pointers in
+    /// the QFileInfo takes a tenth of the pass.
+    struct KnownFile
+    {
+        QString path;            ///< QFileInfo::filePath()
+        qint64 modificationTime; ///< as ReadModificationTime() has it; unreadableTime where only Update() can
+                                 ///< tell
+    };
+    /// A copy of the files.
     struct KnownFiles
     {
         QList<QFileInfo> infos;
-        QVector<qint64> times;
+        ChunkedList<KnownFile> files; ///< in the same order
+        bool canCompareTimes;         ///< if false, Update() has to compare all files
     };
     KnownFiles GetKnownFiles() const;
 
-    /// Differs after every change of the list: tells a pass that a slot or a predicate has changed it.
+    /// Increases with every change of the list, so that a pass notices changes made by slots and predicates.
     unsigned int GetRevision() const { return revision; }
 
 private:
     qint64 ReadTimeToCompare(const QString& path) const;
     ListedFile ReadNow(const QFileInfo& info) const;
     bool IsIndexed() const { return isSorted && paths.size() == fileInfos.size(); }
-    QFileInfo Add(int index, const ListedFile& file);
     bool HasOtherTime(int index, const QFileInfo& info) const;
     void Replace(int index, const QFileInfo& info, qint64 time);
     void RemoveAt(int index);
@@ -105,12 +113,12 @@ private:
     QList<QFileInfo> fileInfos;
 
 public:
-    /// Intended: right behind the list. Debuggers find the fields by their place.
+    /// Intended: directly after the list. Debuggers find the fields by their offsets.
     WatchSettings settings;
 
 private:
-    QVector<qint64> times; ///< of fileInfos, as ReadModificationTime() has them, or unreadableTime
-    QSet<QString> paths;   ///< of fileInfos; smaller than the list when two entries have one path
+    ChunkedList<KnownFile> knownFiles; ///< of fileInfos, in the same order
+    KnownPaths paths;                  ///< of fileInfos; fewer than entries when two entries share a path
     Use use;
     bool isSorted = true;
     Identity fileIdentity = Identity::Path;
@@ -118,3 +126,5 @@ private:
 };
 
 } // namespace Zendra::LW
+
+Q_DECLARE_TYPEINFO(Zendra::LW::DirectorySnapshot::KnownFile, Q_MOVABLE_TYPE);

@@ -49,12 +49,12 @@ struct DirectoryWatcher::Impl
     void AddInitialFiles(const WatchToken& token)
     {
         NewFiles files =
-            NewFiles::OfStart(snapshot, snapshot.settings.dirPath, ListingOptions::Times::ReadLater, token);
+            NewFiles::ForStart(snapshot, snapshot.settings.dirPath, ListingOptions::Times::ReadLater, token);
         const QStringList paths = PathsToRegister(files.GetScan());
         while (files.MoveNext()) {
             // Registered before its times are read: a change between the two then causes a notice.
             watcher.AddPath(paths.at(files.GetPosition()));
-            files.TakeIn();
+            files.Add();
         }
     }
 };
@@ -123,13 +123,13 @@ QList<QFileInfo> DirectoryWatcher::GetFileInfoList() const
 void DirectoryWatcher::OnDirectoryChanged(const QString& path)
 {
     const HandlerScope scope(impl->handlers);
-    NewFiles files = NewFiles::OfPass(impl->snapshot, path, impl->watch.GetToken());
+    NewFiles files = NewFiles::ForPass(impl->snapshot, path, impl->watch.GetToken());
     // Intended: a folder notice only adds; changes and removals come with the file's own notice.
     while (files.MoveNext()) {
         // Intended: files that are added to an empty snapshot are not registered.
         if (!files.SnapshotWasEmpty())
             impl->watcher.AddPath(AbsolutePathOf(files.Get()));
-        Q_EMIT FileAdded(files.TakeIn());
+        Q_EMIT FileAdded(files.Add());
     }
 }
 

@@ -13,14 +13,14 @@
 namespace Zendra::LW {
 namespace {
 
-// With O_PATH a folder that may be entered but not read serves as well.
+// O_PATH also opens a folder that may be entered but not read.
 #ifdef O_PATH
 constexpr int folderAccess = O_PATH;
 #else
 constexpr int folderAccess = O_RDONLY;
 #endif
 
-/// The length of the folder's part of a path, with its separator.
+/// The length of a path's folder part, including the separator.
 int FolderLength(const QString& path)
 {
     return static_cast<int>(path.lastIndexOf(QLatin1Char('/'))) + 1;
@@ -35,7 +35,7 @@ FileTimeReader::~FileTimeReader()
 
 qint64 FileTimeReader::Read(const QString& path)
 {
-    if (!IsInFolderOfLast(path)) {
+    if (!IsInLastFolder(path)) {
         CloseFolder();
         lastPath = path;
         folderLength = FolderLength(path);
@@ -45,7 +45,7 @@ qint64 FileTimeReader::Read(const QString& path)
         folder = ::open(QFile::encodeName(path.left(folderLength)).constData(),
                         folderAccess | O_DIRECTORY | O_CLOEXEC);
     }
-    // Not every folder can be opened, and a process has only so many descriptors.
+    // The folder may not be readable, or the process may have run out of descriptors.
     if (folder == -1)
         return ReadModificationTime(path);
     return ReadModificationTime(folder, QFile::encodeName(path.mid(folderLength)).constData());
@@ -59,7 +59,7 @@ void FileTimeReader::CloseFolder()
     lastPath.clear();
 }
 
-bool FileTimeReader::IsInFolderOfLast(const QString& path) const
+bool FileTimeReader::IsInLastFolder(const QString& path) const
 {
     return !lastPath.isEmpty() && FolderLength(path) == folderLength
            && QStringView(path).left(folderLength) == QStringView(lastPath).left(folderLength);

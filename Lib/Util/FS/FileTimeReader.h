@@ -4,10 +4,10 @@
 
 namespace Zendra::LW {
 
-/// Reads the modification times of one file after the other.
+/// Reads the modification times of many files.
 ///
-/// Keeps the folder open while several files in a row are in it, which spares the system the way to each of
-/// them.
+/// Keeps a folder open while consecutive files are in it, so that the system need not resolve its path for
+/// each.
 class FileTimeReader
 {
 public:
@@ -18,11 +18,11 @@ public:
 
     /// ReadModificationTime() of an absolute path.
     qint64 Read(const QString& path);
-    /// Closes the folder. To be called when it may have been renamed or replaced.
+    /// Closes the folder. Call it when the folder may have been renamed or replaced.
     void CloseFolder();
 
 private:
-    bool IsInFolderOfLast(const QString& path) const;
+    bool IsInLastFolder(const QString& path) const;
 
     QString lastPath;
     int folderLength = 0; ///< of the last path

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "Lib/Util/FS/FileTime.h"
+#include "Lib/Util/FS/KnownPaths.h"
 
 #include <QFileInfo>
-#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <QVector>
@@ -13,8 +13,8 @@ namespace Zendra::LW {
 /// A file as a listing found it.
 struct ListedFile
 {
-    QFileInfo info; ///< reads its size and times when it is first asked for them, by the listing or later
-    /// Set if times were read while listing; the QFileInfo has then read its own, too.
+    QFileInfo info; ///< reads size and times when first asked for them
+    /// Set if times were read while listing. The QFileInfo has read its size and times then, too.
     qint64 modificationTime = unreadableTime;
 };
 
@@ -30,27 +30,27 @@ struct ListingOptions
     enum class Times
     {
         ReadLater,
-        ReadWhileListing ///< one folder after the other, which is faster than later by their paths
+        ReadWhileListing ///< folder by folder, which is faster than later by path
     };
 
     QStringList nameFilters = {};
     Times times = Times::ReadLater;
     bool subfolders = false;
-    /// The QFileInfo::filePath() of files to leave out. Not owned; null leaves out none.
-    const QSet<QString>* known = nullptr;
+    /// Finds the QFileInfo::filePath() of files to skip. Not owned; may be null.
+    KnownPathFinder* knownPaths = nullptr;
 
-    bool IsKnown(const QString& path) const { return known && known->contains(path); }
+    bool IsKnown(const QString& path) const { return knownPaths && knownPaths->Find(path); }
 };
 
-/// Lists a folder as QDir does: hidden entries, sockets, devices and dangling links are left out, links count
-/// as what they point to, the name filters apply to files only. A folder that is missing or unreadable is
+/// Lists a folder as QDir does: hidden entries, sockets, devices and dangling links are skipped, links count
+/// as their targets, and name filters apply to files only. A missing or unreadable folder is treated as
 /// empty; an empty path is the current folder.
 ///
-/// @param listed  gets the files, in the order in which the system lists them
-/// @return the absolute paths of the subfolders, if they are wanted
+/// @param listed  receives the files, in the system's order
+/// @return the absolute paths of the subfolders, if options.subfolders is set
 QStringList ListFolder(const QString& dirPath, const ListingOptions& options, ListedFiles& listed);
 
-/// The same by way of QDirIterator: for every system and any filter.
+/// The same with QDirIterator, for all systems and filters.
 QStringList ListFolderWithQt(const QString& dirPath, const ListingOptions& options, ListedFiles& listed);
 
 } // namespace Zendra::LW

@@ -26,7 +26,7 @@ enum class Kind
     Other
 };
 
-/// Asks the file system, for a link or where the listing does not tell.
+/// Asks the file system: for links, and where readdir() does not return the type.
 Kind KindOf(const QFileInfo& info)
 {
     if (info.isDir())
@@ -50,7 +50,7 @@ Kind KindOf(const dirent& entry, const QFileInfo& info)
     }
 }
 
-/// The path of one entry after the other, in the same memory.
+/// The path of the current entry. Reuses its buffer.
 class EntryPath
 {
 public:
@@ -61,7 +61,8 @@ public:
         prefixLength = static_cast<int>(path.size());
     }
 
-    /// @return false for a name that is no text in the locale's encoding: its QString would not open it
+    /// @return false for a name that is not valid in the locale's encoding: its QString would not name the
+    /// file
     bool SetName(const char* name)
     {
         path.truncate(prefixLength);
@@ -69,7 +70,8 @@ public:
             path.append(QLatin1String(name));
             return true;
         }
-        // Decoded behind the separator, since a byte order mark is dropped from the beginning of a text only.
+        // Decoded with a leading separator, since decoding drops a byte order mark at the beginning of a
+        // text.
         const QByteArray withSeparator = QByteArray(1, '/').append(name);
         const QString decoded = QFile::decodeName(withSeparator);
         path.append(decoded.constData() + 1, decoded.size() - 1);
@@ -77,7 +79,7 @@ public:
     }
 
     const QString& Get() const { return path; }
-    /// A string of just the size that it needs, for one that stays as long as the file is known.
+    /// Without spare capacity, since the copy is kept for as long as the file is known.
     QString Copy() const { return QString(path.constData(), path.size()); }
 
 private:
@@ -91,14 +93,14 @@ private:
     int prefixLength;
 };
 
-/// One folder while it is read.
+/// Reads one folder.
 class FolderReader
 {
 public:
     FolderReader(const QString& path, const ListingOptions& listingOptions, ListedFiles& listedFiles)
         : options(listingOptions), listed(listedFiles),
           folder(::opendir(QFile::encodeName(path).constData())), entryPath(path),
-          // What an unclean path leads to need not be what QFileInfo::absoluteFilePath() says.
+          // An unclean path and its QFileInfo::absoluteFilePath() may name different files.
           readsTimes(options.times == ListingOptions::Times::ReadWhileListing && IsAbsoluteAndClean(path))
     {
     }
@@ -115,7 +117,7 @@ public:
 private:
     void Add(const dirent& entry)
     {
-        // No QFileInfo for a known file: in most passes most files are known.
+        // Known files need no QFileInfo. In most passes most files are known.
         if (entry.d_type == DT_REG && options.IsKnown(entryPath.Get()))
             return;
         const QFileInfo info(entryPath.Copy());
@@ -134,7 +136,7 @@ private:
     ListedFile ReadTimes(const dirent& entry, const QFileInfo& info) const
     {
         const qint64 time = ReadModificationTime(::dirfd(folder.get()), entry.d_name);
-        // Not the times that a link was asked for above: they may be older than the one to compare with.
+        // A new QFileInfo for a link: the one above may have cached older times than the one just read.
         const QFileInfo unread = entry.d_type == DT_REG ? info : QFileInfo(info.filePath());
         ReadMetadata(unread);
         return {unread, time};
@@ -152,7 +154,7 @@ private:
 
 QStringList ListFolder(const QString& dirPath, const ListingOptions& options, ListedFiles& listed)
 {
-    // QDir knows what a wildcard matches, and the paths that are none of the file system's.
+    // Only QDir implements name filters and Qt's own paths, such as those of resources.
     if (!options.nameFilters.isEmpty() || !dirPath.startsWith(QLatin1Char('/'))
         || dirPath.contains(QChar::Null))
         return ListFolderWithQt(dirPath, options, listed);

@@ -14,7 +14,7 @@ ListedFile MakeListedFile(const QFileInfo& info, ListingOptions::Times times)
     if (times == ListingOptions::Times::ReadLater || !IsAbsoluteAndClean(path))
         return {info};
     const qint64 time = ReadModificationTime(path);
-    // Not the times that the listing may have asked for: they may be older than the one to compare with.
+    // A new QFileInfo: the one of the listing may have cached older times than the one just read.
     const QFileInfo unread(path);
     ReadMetadata(unread);
     return {unread, time};
@@ -30,10 +30,10 @@ QStringList ListFolderWithQt(const QString& dirPath, const ListingOptions& optio
         wanted |= QDir::AllDirs | QDir::NoDotAndDotDot;
 
     QStringList subfolders;
-    // There is no such folder. Qt 6 would list the one that is named before the zero.
+    // No such folder exists. Qt 6 would list the one whose name ends at the null character.
     if (dirPath.contains(QChar::Null))
         return subfolders;
-    // By way of QDir, which takes an empty path for the current folder.
+    // Through QDir, which treats an empty path as the current folder.
     QDirIterator entry(QDir(dirPath).path(), options.nameFilters, wanted);
     while (entry.hasNext()) {
         entry.next();

@@ -12,30 +12,30 @@ void AppendFiles(ListedFiles& listed, const QString& dirPath, unsigned int depth
         AppendFiles(listed, subfolder, depth - 1, options);
 }
 
-/// A file as the sort sees it.
-struct SortedFile
+/// The sort key of a file.
+struct SortEntry
 {
-    quint64 key; // decides most comparisons without a look at the names, which are not contiguous in memory
+    quint64 key; // decides most comparisons without reading the names, which are scattered in memory
     QStringView name;
     int index;
 };
 
-/// The number of characters with which all names begin.
-int CommonPrefixLength(const QVector<SortedFile>& files)
+/// The length of the longest common prefix of all names.
+int CommonPrefixLength(const QVector<SortEntry>& files)
 {
     if (files.isEmpty())
         return 0;
     const QStringView first = files.first().name;
     auto end = first.end();
-    for (const SortedFile& file : files) {
-        const auto most = std::min(end - first.begin(), file.name.end() - file.name.begin());
-        end = std::mismatch(first.begin(), first.begin() + most, file.name.begin()).first;
+    for (const SortEntry& file : files) {
+        const auto limit = std::min(end - first.begin(), file.name.end() - file.name.begin());
+        end = std::mismatch(first.begin(), first.begin() + limit, file.name.begin()).first;
     }
     return static_cast<int>(end - first.begin());
 }
 
-/// The four characters at a position, as a number that compares as they do. A name that ends earlier is
-/// filled up with the character zero, which no name contains.
+/// Four characters from a position on, as a number that compares as they do. Shorter names are padded with
+/// null characters, which no name contains.
 quint64 SortKey(QStringView name, int position)
 {
     quint64 key = 0;
@@ -56,21 +56,21 @@ SortedFiles::SortedFiles(const ListedFiles& unsortedFiles) : listed(unsortedFile
     const QVector<ListedFile>& files = listed.files;
     QVector<QString> paths;
     paths.reserve(files.size());
-    QVector<SortedFile> sorted;
+    QVector<SortEntry> sorted;
     sorted.reserve(files.size());
     for (const ListedFile& file : files) {
         paths.append(file.info.filePath());
         sorted.append({0, FileNameIn(paths.last()), static_cast<int>(sorted.size())});
     }
     const int prefixLength = CommonPrefixLength(sorted);
-    for (SortedFile& file : sorted)
+    for (SortEntry& file : sorted)
         file.key = SortKey(file.name, prefixLength);
 
-    std::sort(sorted.begin(), sorted.end(), [](const SortedFile& a, const SortedFile& b) {
+    std::sort(sorted.begin(), sorted.end(), [](const SortEntry& a, const SortEntry& b) {
         return a.key != b.key ? a.key < b.key : a.name < b.name;
     });
     order.reserve(files.size());
-    for (const SortedFile& file : qAsConst(sorted))
+    for (const SortEntry& file : qAsConst(sorted))
         order.append(file.index);
 }
 

@@ -8,16 +8,16 @@
 
 namespace Zendra::LW {
 
-/// The last component of a path, as QFileInfo::fileName() has it, inside of a path that outlives the result.
+/// The last component of a path, as QFileInfo::fileName() returns it. The view is valid as long as the path.
 QStringView FileNameIn(const QString& path);
 
-/// The files below a folder in the order in which the system lists them, a folder's own before those of its
-/// subfolders. Hidden entries are skipped, links are followed, the name filters do not apply to folders.
+/// The files below a folder in the system's order, those of a folder before those of its subfolders. Hidden
+/// entries are skipped, links are followed, the name filters do not apply to folders.
 ///
-/// @param depth  levels of folders below dirPath to look into; 0 is dirPath alone
+/// @param depth  how many levels of subfolders to search; 0 is dirPath alone
 ListedFiles GetFilesInDirRecursively(const QString& dirPath, unsigned int depth, ListingOptions options);
 
-/// Files in the order of their names. Sorting moves indices, not files.
+/// Files sorted by name. Only indices are sorted; the files stay in place.
 class SortedFiles
 {
 public:
@@ -25,6 +25,8 @@ public:
 
     int size() const { return static_cast<int>(order.size()); }
     const ListedFile& at(int index) const { return listed.files.at(order.at(index)); }
+    /// The position of the file before the sort.
+    int GetListingPosition(int index) const { return order.at(index); }
     bool HasLinks() const { return listed.hasLinks; }
 
 private:
@@ -33,7 +35,7 @@ private:
 };
 
 /// The files below a folder in the order of file names, compared by their UTF-16 code units; the order of
-/// equal names is left open.
+/// equal names is unspecified.
 SortedFiles GetSortedFilesInDirRecursively(const QString& dirPath, unsigned int depth,
                                            const ListingOptions& options);
 

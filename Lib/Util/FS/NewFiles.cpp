@@ -2,11 +2,13 @@
 
 #include "Lib/Util/FS/AbsolutePath.h"
 
+#include <optional>
+
 namespace Zendra::LW {
 
 namespace {
 
-/// Where there is no link, the files below a folder that is written in one way have one path each.
+/// Without links, and below an absolute, clean path, every file has exactly one path.
 bool HaveOnePathEach(const SortedFiles& scan, const QString& dirPath)
 {
     return !scan.HasLinks() && IsAbsoluteAndClean(dirPath);
@@ -14,8 +16,8 @@ bool HaveOnePathEach(const SortedFiles& scan, const QString& dirPath)
 
 } // namespace
 
-NewFiles NewFiles::OfStart(DirectorySnapshot& snapshot, const QString& dirPath, ListingOptions::Times times,
-                           const WatchToken& token)
+NewFiles NewFiles::ForStart(DirectorySnapshot& snapshot, const QString& dirPath, ListingOptions::Times times,
+                            const WatchToken& token)
 {
     const WatchSettings& settings = snapshot.settings;
     ListingOptions options;
@@ -23,32 +25,32 @@ NewFiles NewFiles::OfStart(DirectorySnapshot& snapshot, const QString& dirPath, 
     options.times = times;
     const SortedFiles scan = GetSortedFilesInDirRecursively(dirPath, settings.depth, options);
     if (!HaveOnePathEach(scan, dirPath))
-        snapshot.ExpectSeveralPathsOfOneFile();
-    snapshot.Reserve(scan.size());
-    return NewFiles(snapshot, scan, Destination::End, token);
+        snapshot.CompareByCanonicalPath();
+    return NewFiles(snapshot, scan, Destination::End, snapshot.Reserve(scan.size()), token);
 }
 
-NewFiles NewFiles::OfPass(DirectorySnapshot& snapshot, const QString& dirPath, const WatchToken& token)
+NewFiles NewFiles::ForPass(DirectorySnapshot& snapshot, const QString& dirPath, const WatchToken& token)
 {
     const WatchSettings& settings = snapshot.settings;
     ListingOptions options;
     options.nameFilters = settings.nameFilters;
-    options.known = snapshot.GetKnownPaths();
+    std::optional<KnownPathFinder> known;
+    if (const KnownPaths* paths = snapshot.GetKnownPaths())
+        options.knownPaths = &known.emplace(*paths);
     const SortedFiles scan = GetSortedFilesInDirRecursively(dirPath, settings.depth, options);
     if (!HaveOnePathEach(scan, dirPath) || dirPath != settings.dirPath)
-        snapshot.ExpectSeveralPathsOfOneFile();
-    const bool snapshotIsEmpty = snapshot.GetFileInfos().isEmpty();
-    if (snapshotIsEmpty)
-        snapshot.Reserve(scan.size());
-    // Intended: an empty snapshot takes in every file, also one that equals another by way of a link.
-    return NewFiles(snapshot, scan, snapshotIsEmpty ? Destination::End : Destination::NameIndex, token);
+        snapshot.CompareByCanonicalPath();
+    // Intended: an empty snapshot accepts every file, even if a link makes two of them equal.
+    if (snapshot.GetFileInfos().isEmpty())
+        return NewFiles(snapshot, scan, Destination::End, snapshot.Reserve(scan.size()), token);
+    return NewFiles(snapshot, scan, Destination::NameIndex, 0, token);
 }
 
 NewFiles::NewFiles(DirectorySnapshot& directorySnapshot, const SortedFiles& scannedFiles,
-                   Destination firstDestination, const WatchToken& token)
+                   Destination firstDestination, int placeOfFirst, const WatchToken& token)
     : snapshot(directorySnapshot), filter(snapshot.settings.filter), scan(scannedFiles), watch(token),
       snapshotWasEmpty(snapshot.GetFileInfos().isEmpty()), destination(firstDestination),
-      revision(snapshot.GetRevision())
+      firstPlace(placeOfFirst), revision(snapshot.GetRevision())
 {
 }
 
@@ -61,7 +63,7 @@ bool NewFiles::MoveNext()
     return false;
 }
 
-/// Whether the file is not in the snapshot yet, and accepted. False, too, once the watch has ended.
+/// Whether the file is not in the snapshot yet and is accepted. Also false once the watch has ended.
 bool NewFiles::IsNew(const QFileInfo& info)
 {
     if (!FindIndex(info) || !Accepts(filter, info) || watch.IsExpired())
@@ -70,10 +72,10 @@ bool NewFiles::IsNew(const QFileInfo& info)
     return snapshot.GetRevision() == revision || FindIndex(info);
 }
 
-/// Finds where the file would go. @return false when it is in the snapshot already
+/// Finds the index at which to insert the file. @return false when it is in the snapshot already
 bool NewFiles::FindIndex(const QFileInfo& info)
 {
-    // A slot or the predicate may have taken in what is still to come here.
+    // A slot or the predicate may have added files that are still to come here.
     if (snapshot.GetRevision() != revision)
         destination = Destination::NameIndex;
     revision = snapshot.GetRevision();
@@ -83,10 +85,12 @@ bool NewFiles::FindIndex(const QFileInfo& info)
     return !snapshot.IsFileAt(index, info, snapshot.GetIdentity());
 }
 
-QFileInfo NewFiles::TakeIn()
+QFileInfo NewFiles::Add()
 {
     const QFileInfo entry =
-        destination == Destination::End ? snapshot.Append(scan.at(position)) : snapshot.Insert(index, Get());
+        destination == Destination::End
+            ? snapshot.Append(scan.at(position), firstPlace + scan.GetListingPosition(position))
+            : snapshot.Insert(index, Get());
     revision = snapshot.GetRevision();
     return entry;
 }

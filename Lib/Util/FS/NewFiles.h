@@ -9,36 +9,36 @@
 
 namespace Zendra::LW {
 
-/// Walks over the files below a folder that are not in a snapshot and that its predicate accepts, in the
-/// order of file names:
+/// Iterates over the files below a folder that are not in the snapshot and that the predicate accepts, sorted
+/// by name:
 ///
 ///     while (files.MoveNext())
-///         Q_EMIT FileAdded(files.TakeIn());
+///         Q_EMIT FileAdded(files.Add());
 ///
-/// Slots and the predicate may change the snapshot meanwhile, and stop, restart or destroy the watcher.
+/// Meanwhile slots and the predicate may change the snapshot, and stop, restart or destroy the watcher.
 class NewFiles
 {
 public:
-    /// For a start: every file is taken to be new, and goes to the end of the snapshot.
+    /// For a start: every file counts as new and is appended to the snapshot.
     /// @param times  when their times are read
-    /// @param token  of the watch that the walk works for
-    static NewFiles OfStart(DirectorySnapshot& snapshot, const QString& dirPath, ListingOptions::Times times,
-                            const WatchToken& token);
-    /// For a pass or a notice: each file goes to the index of its name.
-    static NewFiles OfPass(DirectorySnapshot& snapshot, const QString& dirPath, const WatchToken& token);
+    /// @param token  of the watch
+    static NewFiles ForStart(DirectorySnapshot& snapshot, const QString& dirPath, ListingOptions::Times times,
+                             const WatchToken& token);
+    /// For a pass or a notice: each file is inserted at the index of its name.
+    static NewFiles ForPass(DirectorySnapshot& snapshot, const QString& dirPath, const WatchToken& token);
 
-    /// Whether the snapshot was empty when the walk began.
+    /// Whether the snapshot was empty when the iteration began.
     bool SnapshotWasEmpty() const { return snapshotWasEmpty; }
     const SortedFiles& GetScan() const { return scan; }
 
-    /// Goes to the next new file. @return false when there is none, or when the watch does not go on
+    /// Moves to the next new file. @return false when there is none, or when the watch has ended
     bool MoveNext();
-    /// Where the file stands in the scan.
+    /// The index of the file in the scan.
     int GetPosition() const { return position; }
     /// The file as it was listed.
     const QFileInfo& Get() const { return scan.at(position).info; }
-    /// Puts the file into the snapshot. @return the new entry
-    QFileInfo TakeIn();
+    /// Adds the file to the snapshot. @return the new entry
+    QFileInfo Add();
 
 private:
     enum class Destination
@@ -48,7 +48,7 @@ private:
     };
 
     NewFiles(DirectorySnapshot& directorySnapshot, const SortedFiles& scannedFiles,
-             Destination firstDestination, const WatchToken& token);
+             Destination firstDestination, int placeOfFirst, const WatchToken& token);
 
     bool IsNew(const QFileInfo& info);
     bool FindIndex(const QFileInfo& info);
@@ -59,9 +59,10 @@ private:
     const WatchToken watch;
     const bool snapshotWasEmpty;
     Destination destination;
+    const int firstPlace; ///< of the scanned files, in the snapshot's order of listing
     unsigned int revision;
     int position = -1;
-    int index = -1; ///< of the file at the position, as GetInfoIndex() has it
+    int index = -1; ///< of the current file, from GetInfoIndex()
 };
 
 } // namespace Zendra::LW
