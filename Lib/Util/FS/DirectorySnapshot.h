@@ -53,8 +53,8 @@ public:
     /// Whether the entry at an index that GetInfoIndex() returned is that file.
     bool IsFileAt(int index, const QFileInfo& info, Identity identity = Identity::CanonicalPath) const;
 
-    /// Reserves memory for that many more listed files. @return the place of the first in the order of
-    /// listing
+    /// Reserves memory for that many more listed files.
+    /// @return the place of the first of them in the order of listing
     int Reserve(int count);
     /// Adds a file at the end of the list, regardless of its name, with its current size and times or those
     /// that the listing has read.
@@ -86,9 +86,9 @@ public:
     /// the QFileInfo takes a tenth of the pass.
     struct KnownFile
     {
-        QString path;            ///< QFileInfo::filePath()
-        qint64 modificationTime; ///< as ReadModificationTime() has it; unreadableTime where only Update() can
-                                 ///< tell
+        QString path; ///< QFileInfo::filePath()
+        /// From ReadModificationTime(); unreadableTime where Update() has to compare.
+        qint64 modificationTime;
     };
     /// A copy of the files.
     struct KnownFiles
