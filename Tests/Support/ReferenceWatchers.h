@@ -48,7 +48,7 @@ std::unique_ptr<ComparedWatcher> MakeLibraryWatcher(WatcherKind kind, const Comp
 
 /// The rules implemented with QDir, std::sort, std::equal_range and QFileInfo, without regard to speed.
 ///
-/// The log must not call the watcher: the rules for such calls are not implemented.
+/// The log must not call the watcher: this reference covers no calls from slots.
 ///
 /// @param orderEqualNames  called after each sort, since the rules leave the order of equal names open
 std::unique_ptr<ComparedWatcher> MakeReferenceWatcher(WatcherKind kind, const ComparedWatcher::Log& log,
