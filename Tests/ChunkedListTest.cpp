@@ -113,7 +113,7 @@ TEST(ChunkedListTest, SharesTheChunksThatDidNotChange)
     EXPECT_EQ(list.GetChunks().at(2).constData(), copy.GetChunks().at(2).constData());
 }
 
-TEST(ChunkedListTest, HasWhatAVectorHas)
+TEST(ChunkedListTest, BehavesLikeAVector)
 {
     std::mt19937 generator(11);
     List list = Numbers(3000);

@@ -466,6 +466,15 @@ TEST_F(KnownTimesTest, AreThoseOfTheListingIfItHasReadThem)
     EXPECT_THAT(Times(), ElementsAre(laterTime));
 }
 
+TEST_F(KnownTimesTest, AreThoseOfTheFileThatReplacesAnEntry)
+{
+    snapshot.Append({FileOfTime("b.txt", earlier)});
+
+    ASSERT_EQ(snapshot.Update(FileOfTime("a.txt", later)), Difference::Changed);
+
+    EXPECT_THAT(Times(), ElementsAre(laterTime));
+}
+
 TEST_F(KnownTimesTest, AreNotReadForNotices)
 {
     snapshot = DirectorySnapshot(DirectorySnapshot::Use::Notices);

@@ -96,8 +96,47 @@ TEST(KnownPathsSetTest, IsCopiedAsAValue)
     EXPECT_FALSE(copy.Contains(Path(2)));
 }
 
+TEST(KnownPathsSetTest, DropsPlacesThatStayedFree)
+{
+    KnownPaths known;
+    known.Insert(Path(1));
+
+    for (int i = 0; i < 1000; ++i)
+        known.AddPlaces(100);
+
+    EXPECT_LT(known.AddPlaces(0), 200);
+    EXPECT_TRUE(known.Contains(Path(1)));
+}
+
+TEST(KnownPathsSetTest, DropsThePlacesOfRemovedPaths)
+{
+    KnownPaths known;
+    for (int number = 0; number < 1000; ++number) {
+        known.Insert(Path(number));
+        known.Remove(Path(number));
+    }
+
+    EXPECT_LT(known.AddPlaces(0), 50);
+    EXPECT_EQ(known.size(), 0);
+}
+
+TEST(KnownPathsSetTest, AddsPlacesBehindThoseItHas)
+{
+    KnownPaths known = Listed({0, 1}, 2);
+
+    const int first = known.AddPlaces(2);
+    known.Insert(Path(3), first + 1);
+    known.Insert(Path(2), first);
+
+    KnownPathFinder finder(known);
+    for (const int number : {0, 1, 2, 3}) {
+        EXPECT_TRUE(finder.IsNext(Path(number))) << number;
+        EXPECT_TRUE(finder.Find(Path(number))) << number;
+    }
+}
+
 /// However the paths share cells of the hash table, and however often it grows.
-TEST(KnownPathsSetTest, HasWhatASetHas)
+TEST(KnownPathsSetTest, BehavesLikeASet)
 {
     std::mt19937 generator(7);
     for (const int range : {8, 40, 3000}) {
@@ -182,7 +221,7 @@ TEST(KnownPathFinderTest, PassesOverFreePlaces)
     EXPECT_FALSE(finder.Find(Path(7)));
 }
 
-TEST(KnownPathFinderTest, MeetsLaterPathsBehindAllOthers)
+TEST(KnownPathFinderTest, FindsLaterPathsLast)
 {
     KnownPaths known = Listed({0, 1}, 2);
     known.Remove(Path(0));

@@ -147,6 +147,55 @@ TEST_P(WatcherMemoryTest, IsReleasedByAStop)
     EXPECT_EQ(HeapBytesInUse() - before, 0);
 }
 
+/// Passes that find files and know none of them.
+class EmptySnapshotMemoryTest : public testing::Test
+{
+protected:
+    /// @return the bytes that many rounds have left, after as many to get Qt's own memory
+    template <typename Round>
+    static std::ptrdiff_t BytesLeftBy(const Round& round)
+    {
+        constexpr int rounds = 50;
+        for (int i = 0; i < rounds; ++i)
+            round();
+        const std::ptrdiff_t before = HeapBytesInUse();
+        for (int i = 0; i < rounds; ++i)
+            round();
+        return HeapBytesInUse() - before;
+    }
+
+    const TempFolder folder;
+};
+
+TEST_F(EmptySnapshotMemoryTest, StaysTheSameWhenThePredicateRejectsAllFiles)
+{
+    for (int file = 0; file < 100; ++file)
+        folder.Write(std::to_string(file));
+    const auto none = [](const QFileInfo&) { return false; };
+    DirectoryChecker checker;
+    ASSERT_TRUE(checker.StartWatching(folder.Path(), {}, none, 0));
+    DirectoryWatcher watcher;
+    ASSERT_TRUE(watcher.StartWatching(folder.Path(), {}, none, 0));
+
+    EXPECT_EQ(BytesLeftBy([&] { checker.CheckFolder(); }), 0);
+    EXPECT_EQ(BytesLeftBy([&] { watcher.OnDirectoryChanged(folder.Path()); }), 0);
+}
+
+TEST_F(EmptySnapshotMemoryTest, StaysTheSameWhenOneFileIsAddedAndRemovedOften)
+{
+    DirectoryChecker checker;
+    ASSERT_TRUE(checker.StartWatching(folder.Path(), {}, {}, 0));
+
+    const std::ptrdiff_t left = BytesLeftBy([&] {
+        folder.Write("a");
+        checker.CheckFolder();
+        folder.Remove("a");
+        checker.CheckFolder();
+    });
+
+    EXPECT_EQ(left, 0);
+}
+
 /// Without a count that works, the tests above would always pass.
 TEST(HeapBytesTest, CountsWhatQtAllocatesAndFrees)
 {

@@ -2,12 +2,10 @@
 
 #include <QVector>
 
-#include <algorithm>
-
 namespace Zendra::LW {
 
-/// A list in which an insertion or a removal moves and copies no more than one chunk of it, however long it
-/// is.
+/// A list in which an insertion or a removal moves and copies the elements of one chunk at most, however long
+/// the list is.
 ///
 /// Implicitly shared, chunk by chunk. To visit all elements, iterate over GetChunks() and over each of them:
 /// access by index has to look for the chunk.

@@ -3,7 +3,6 @@
 #include "Lib/Util/FS/DirectorySnapshot.h"
 #include "Lib/Util/FS/FileTime.h"
 #include "Lib/Util/FS/FileTimeReader.h"
-#include "Lib/Util/FS/FolderScan.h"
 #include "Lib/Util/FS/NewFiles.h"
 #include "Lib/Util/FS/WatchSettings.h"
 #include "Lib/Util/FS/WatchToken.h"

@@ -12,6 +12,9 @@ constexpr int emptyCell = -1;
 
 int KnownPaths::AddPlaces(int pathCount)
 {
+    // A place that became free is not used again: the order would no longer be that of the listing.
+    if (places.size() > 2 * count + 16)
+        DropFreePlaces();
     const int first = static_cast<int>(places.size());
     places.resize(first + pathCount);
     ReserveCells(count + pathCount);
@@ -20,21 +23,13 @@ int KnownPaths::AddPlaces(int pathCount)
 
 void KnownPaths::Insert(const QString& path, int place)
 {
-    ReserveCells(count + 1);
-    int cell = CellOf(path);
-    if (cells.at(cell) != emptyCell)
+    if (Contains(path))
         return;
-    if (!IsFree(place)) {
-        // A place that became free is not used again: the order would no longer be that of the listing.
-        if (places.size() > 2 * count + 16) {
-            DropFreePlaces();
-            cell = CellOf(path);
-        }
-        place = static_cast<int>(places.size());
-        places.append(QString());
-    }
+    if (!IsFree(place))
+        place = AddPlaces(1);
+    ReserveCells(count + 1);
+    cells[CellOf(path)] = place;
     places[place] = path;
-    cells[cell] = place;
     ++count;
 }
 

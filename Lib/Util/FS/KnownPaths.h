@@ -8,16 +8,18 @@
 namespace Zendra::LW {
 
 /// A set of paths that remembers the order in which the file system lists them. KnownPathFinder finds a path
-/// in that order by one comparison; in any other it takes a hash.
+/// in that order by one comparison; in any other order it uses a hash table.
 ///
-/// A path takes some 20 bytes besides its string, which is shared with whoever else has it.
+/// A path takes some 20 bytes besides its string, which is shared with its other copies.
 class KnownPaths
 {
 public:
-    /// Stands for the end of the order.
+    /// The end of the order, as a place.
     static constexpr int end = std::numeric_limits<int>::max();
 
-    /// Adds free places at the end of the order. @return the first of them
+    /// Adds free places at the end of the order, and drops old ones when there are too many: then a place
+    /// that was returned before may be another one.
+    /// @return the first of the new places
     int AddPlaces(int pathCount);
     /// Does nothing if the path is in the set.
     /// @param place  one from AddPlaces(); if it is not free, the path goes to the end of the order
