@@ -135,6 +135,21 @@ TEST(KnownPathsSetTest, AddsPlacesBehindThoseItHas)
     }
 }
 
+/// A search for an unknown path ends at an empty cell of the hash table.
+TEST(KnownPathsSetTest, IsNeverFull)
+{
+    KnownPaths known;
+    const int first = known.AddPlaces(8);
+    for (int number = 0; number < 8; ++number)
+        known.Insert(Path(number));
+
+    for (int number = 8; number < 16; ++number)
+        known.Insert(Path(number), first + number - 8);
+
+    EXPECT_EQ(known.size(), 16);
+    EXPECT_FALSE(known.Contains(Path(16)));
+}
+
 /// However the paths share cells of the hash table, and however often it grows.
 TEST(KnownPathsSetTest, BehavesLikeASet)
 {
