@@ -17,8 +17,8 @@ public:
     /// The end of the order, as a place.
     static constexpr int end = std::numeric_limits<int>::max();
 
-    /// Adds free places at the end of the order, and drops old ones when there are too many: then a place
-    /// that was returned before may be another one.
+    /// Adds free places at the end of the order. When most places are free, it drops those first. Places that
+    /// it returned earlier are then out of date; Insert() with one of them only puts the path elsewhere.
     /// @return the first of the new places
     int AddPlaces(int pathCount);
     /// Does nothing if the path is in the set.
