@@ -4,6 +4,7 @@
 #include "Examples/RecordingsFolder/RecordingsModel.h"
 #include "Examples/RecordingsFolder/ThumbnailLoader.h"
 #include "Lib/Util/FS/DirectoryUtils.h"
+#include "Tests/Support/Environment.h"
 #include "Tests/Support/EventLoop.h"
 #include "Tests/Support/QStringText.h"
 #include "Tests/Support/TempFolder.h"
@@ -564,13 +565,13 @@ TEST(TemporaryLinkTest, ReturnsTheLinkThatWasCreated)
 {
     const TempFolder folder;
     const TempFolder temporary;
-    qputenv("TMPDIR", QFile::encodeName(temporary.Path()));
+    Tests::Environment environment;
+    environment.Set("TMPDIR", QFile::encodeName(temporary.Path()));
     const QString path = folder.Write("ä recording.png"_q);
 
     const QString first = MakeTemporaryLink(path);
     const QString second = MakeTemporaryLink(path);
     const QStringList both = LinksTo(path);
-    qunsetenv("TMPDIR");
 
     EXPECT_EQ(QFileInfo(first).symLinkTarget(), path);
     EXPECT_EQ(QFileInfo(second).symLinkTarget(), path);
@@ -583,10 +584,9 @@ TEST(TemporaryLinkTest, IsEmptyWhenNoLinkCanBeCreated)
 {
     const TempFolder folder;
     const QString path = folder.Write("a.png"_q);
-    qputenv("TMPDIR", QFile::encodeName(folder.Path("missing"_q)));
+    Tests::Environment environment;
+    // A file: for a missing folder Qt would use the root folder.
+    environment.Set("TMPDIR", QFile::encodeName(path));
 
-    const QString link = MakeTemporaryLink(path);
-    qunsetenv("TMPDIR");
-
-    EXPECT_EQ(link, QString());
+    EXPECT_EQ(MakeTemporaryLink(path), QString());
 }

@@ -3,6 +3,8 @@
 #include "Lib/Interfaces/Export.h"
 #include "Lib/Interfaces/InstanceRegistry.h"
 
+#include <exception>
+
 namespace Zendra::LW {
 
 /// Keeps an instance published in the registry under the interface T for as long as it lives.
@@ -30,8 +32,14 @@ public:
     /// not be withdrawn would be found after its destruction.
     ~AutoInstanceRegistrator() noexcept
     {
-        if (InstanceRegistry* registry = InstanceRegistry::Instance())
-            registry->Unregister<T>(registeredInstance);
+        // noexcept would end the process, too, but with GCC 14 the terminate handler can get a wrong
+        // exception then and crash.
+        try {
+            if (InstanceRegistry* registry = InstanceRegistry::Instance())
+                registry->Unregister<T>(registeredInstance);
+        } catch (...) {
+            std::terminate();
+        }
     }
 
     AutoInstanceRegistrator(const AutoInstanceRegistrator&) = delete;
