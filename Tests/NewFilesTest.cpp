@@ -486,6 +486,42 @@ TEST_F(NewFilesTest, AsksThePredicateAboutUnknownFilesOnly)
     EXPECT_THAT(Paths(), ElementsAre("a.txt", "c.txt", "d.txt"));
 }
 
+TEST_F(NewFilesTest, DoesNotAskAboutFilesThatASlotHasAdded)
+{
+    Have({"a.txt"});
+    Write({"b.txt", "c.txt", "d.txt", "e.txt"});
+    SetPredicate([](const std::string&) { return true; });
+    afterEach = [&](const std::string& name) {
+        if (name != "b.txt")
+            return;
+        for (const char* path : {"c.txt", "d.txt"})
+            snapshot.Insert(snapshot.GetInfoIndex(File(path)), File(path));
+    };
+
+    Pass();
+
+    EXPECT_THAT(asked, ElementsAre("b.txt", "e.txt"));
+    EXPECT_THAT(Paths(), ElementsAre("a.txt", "b.txt", "c.txt", "d.txt", "e.txt"));
+}
+
+TEST_F(NewFilesTest, DoesNotAskAboutFilesThatThePredicateHasAdded)
+{
+    Have({"a.txt"});
+    Write({"b.txt", "c.txt", "d.txt", "e.txt"});
+    SetPredicate([&](const std::string& name) {
+        if (name == "b.txt") {
+            for (const char* path : {"c.txt", "d.txt"})
+                snapshot.Insert(snapshot.GetInfoIndex(File(path)), File(path));
+        }
+        return name != "b.txt";
+    });
+
+    Pass();
+
+    EXPECT_THAT(asked, ElementsAre("b.txt", "e.txt"));
+    EXPECT_THAT(Paths(), ElementsAre("a.txt", "c.txt", "d.txt", "e.txt"));
+}
+
 TEST_F(NewFilesTest, AsksThePredicateAboutEveryFileForAnEmptySnapshot)
 {
     Write({"a.txt", "b.txt", "c.txt"});

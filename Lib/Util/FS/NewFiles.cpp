@@ -43,7 +43,9 @@ NewFiles NewFiles::ForPass(DirectorySnapshot& snapshot, const QString& dirPath, 
     // Intended: an empty snapshot accepts every file, even if a link makes two of them equal.
     if (snapshot.GetFileInfos().isEmpty())
         return NewFiles(snapshot, scan, Destination::End, snapshot.Reserve(scan.size()), token);
-    return NewFiles(snapshot, scan, Destination::NameIndex, 0, token);
+    NewFiles files(snapshot, scan, Destination::NameIndex, 0, token);
+    files.areAllNew = known && snapshot.GetIdentity() == DirectorySnapshot::Identity::Path;
+    return files;
 }
 
 NewFiles::NewFiles(DirectorySnapshot& directorySnapshot, const SortedFiles& scannedFiles,
@@ -66,18 +68,24 @@ bool NewFiles::MoveNext()
 /// Whether the file is not in the snapshot yet and is accepted. Also false once the watch has ended.
 bool NewFiles::IsNew(const QFileInfo& info)
 {
-    if (!FindIndex(info) || !Accepts(filter, info) || watch.IsExpired())
+    // No lookup before it is needed: the predicate rejects the same files in every pass.
+    const bool looksUpFirst = !areAllNew || snapshot.GetRevision() != revision;
+    if (looksUpFirst && !FindIndex(info))
+        return false;
+    if (!Accepts(filter, info) || watch.IsExpired())
         return false;
     // The predicate may have changed the snapshot.
-    return snapshot.GetRevision() == revision || FindIndex(info);
+    return (looksUpFirst && snapshot.GetRevision() == revision) || FindIndex(info);
 }
 
 /// Finds the index at which to insert the file. @return false when it is in the snapshot already
 bool NewFiles::FindIndex(const QFileInfo& info)
 {
     // A slot or the predicate may have added files that are still to come here.
-    if (snapshot.GetRevision() != revision)
+    if (snapshot.GetRevision() != revision) {
         destination = Destination::NameIndex;
+        areAllNew = false;
+    }
     revision = snapshot.GetRevision();
     if (destination == Destination::End)
         return true;

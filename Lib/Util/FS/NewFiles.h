@@ -58,6 +58,7 @@ private:
     const SortedFiles scan;
     const WatchToken watch;
     const bool snapshotWasEmpty;
+    bool areAllNew = false; ///< no scanned file can be in the snapshot
     Destination destination;
     const int firstPlace; ///< of the scanned files, in the snapshot's order of listing
     unsigned int revision;
