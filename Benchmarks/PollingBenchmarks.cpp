@@ -31,12 +31,9 @@ constexpr double stretchAgainstRaw = 1.3;
 constexpr auto whyStart =
     "A start reads the time of each file twice. QFileInfo caches it for the application, but as local time, "
     "and converting that takes longer than a second system call.";
-constexpr auto whyNameFilters =
-    "Only QDir implements name filters, so with them QDirIterator lists the folders and creates a QFileInfo "
-    "for every entry.";
 constexpr auto whyPredicate =
-    "Every pass calls the predicate again for the files that it rejected, and so creates, sorts and looks up "
-    "a QFileInfo for each of them.";
+    "Every pass calls the predicate again for the files that it rejected, and so creates and sorts a "
+    "QFileInfo for each of them.";
 constexpr auto whyFolders =
     "With one file in each folder, most of the time goes into opening the folders, whoever polls them.";
 constexpr auto whyPass =
@@ -50,8 +47,6 @@ const char* WhyPass(const PollSettings& settings, const PolledTree::Shape& shape
 {
     if (settings.predicate)
         return whyPredicate;
-    if (!settings.nameFilters.isEmpty())
-        return whyNameFilters;
     return shape.filesPerFolder == 1 ? whyFolders : whyPass;
 }
 

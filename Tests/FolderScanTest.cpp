@@ -378,6 +378,8 @@ INSTANTIATE_TEST_SUITE_P(
         FilterRow{"Several", {"c*", "?.mp4"}, {"a.mp4", "B.MP4", "c.mov", "clips.old/d.mp4"}},
         FilterRow{"WholeName", {"mp4"}, {"mp4"}},
         FilterRow{"Set", {"[ad].mp4"}, {"a.mp4", "clips.old/d.mp4"}},
+        FilterRow{"Range", {"[a-c].mp4"}, {"a.mp4", "B.MP4"}},
+        FilterRow{"UsualAndUnusual", {"*.txt", "[^b].mp4"}, {"a.mp4", "a[1].txt", "clips.old/d.mp4"}},
         FilterRow{"AFoldersName", {"clips*"}, {}}, FilterRow{"APath", {"clips.old/*.mp4"}, {}},
         FilterRow{"NoneMatches", {"*.avi"}, {}}),
     [](const auto& testInfo) { return testInfo.param.name; });

@@ -1,6 +1,7 @@
 #include "Lib/Util/FS/FolderListing.h"
 
 #include "Lib/Util/FS/AbsolutePath.h"
+#include "Lib/Util/FS/NameMatcher.h"
 
 #include <QDir>
 #include <QFile>
@@ -79,6 +80,7 @@ public:
     }
 
     const QString& Get() const { return path; }
+    QStringView GetName() const { return QStringView(path).mid(prefixLength); }
     /// Without spare capacity, since the copy is kept for as long as the file is known.
     QString Copy() const { return QString(path.constData(), path.size()); }
 
@@ -97,8 +99,9 @@ private:
 class FolderReader
 {
 public:
-    FolderReader(const QString& path, const ListingOptions& listingOptions, ListedFiles& listedFiles)
-        : options(listingOptions), listed(listedFiles),
+    FolderReader(const QString& path, const ListingOptions& listingOptions, const NameMatcher& nameMatcher,
+                 ListedFiles& listedFiles)
+        : options(listingOptions), names(nameMatcher), listed(listedFiles),
           folder(::opendir(QFile::encodeName(path).constData())), entryPath(path),
           // An unclean path and its QFileInfo::absoluteFilePath() may name different files.
           readsTimes(options.times == ListingOptions::Times::ReadWhileListing && IsAbsoluteAndClean(path))
@@ -117,21 +120,25 @@ public:
 private:
     void Add(const dirent& entry)
     {
-        // Known files need no QFileInfo. In most passes most files are known.
-        if (entry.d_type == DT_REG && options.IsKnown(entryPath.Get()))
+        // In most passes most files are known. They need no QFileInfo.
+        const bool isFile = entry.d_type == DT_REG;
+        if (isFile && (!HasWantedName() || options.IsKnown(entryPath.Get())))
             return;
         const QFileInfo info(entryPath.Copy());
         const Kind kind = KindOf(entry, info);
-        const bool isListed = kind == Kind::File || (kind == Kind::Folder && options.subfolders);
+        const bool isListed =
+            kind == Kind::File ? isFile || HasWantedName() : kind == Kind::Folder && options.subfolders;
         if (!isListed)
             return;
         if (entry.d_type == DT_LNK || entry.d_type == DT_UNKNOWN)
             listed.hasLinks = listed.hasLinks || info.isSymLink();
         if (kind == Kind::Folder)
             subfolders.append(info.absoluteFilePath());
-        else if (entry.d_type == DT_REG || !options.IsKnown(entryPath.Get()))
+        else if (isFile || !options.IsKnown(entryPath.Get()))
             listed.files.append(readsTimes ? ReadTimes(entry, info) : ListedFile{info});
     }
+
+    bool HasWantedName() const { return names.Matches(entryPath.GetName()); }
 
     ListedFile ReadTimes(const dirent& entry, const QFileInfo& info) const
     {
@@ -143,6 +150,7 @@ private:
     }
 
     const ListingOptions& options;
+    const NameMatcher& names;
     ListedFiles& listed;
     QStringList subfolders;
     const std::unique_ptr<DIR, CloseFolder> folder;
@@ -154,11 +162,12 @@ private:
 
 QStringList ListFolder(const QString& dirPath, const ListingOptions& options, ListedFiles& listed)
 {
-    // Only QDir implements name filters and Qt's own paths, such as those of resources.
-    if (!options.nameFilters.isEmpty() || !dirPath.startsWith(QLatin1Char('/'))
+    const NameMatcher names(options.nameFilters);
+    // Only QDir implements all wildcards and Qt's own paths, such as those of resources.
+    if (!names.SupportsAllWildcards() || !dirPath.startsWith(QLatin1Char('/'))
         || dirPath.contains(QChar::Null))
         return ListFolderWithQt(dirPath, options, listed);
-    return FolderReader(QDir(dirPath).path(), options, listed).Read();
+    return FolderReader(QDir(dirPath).path(), options, names, listed).Read();
 }
 
 } // namespace Zendra::LW
