@@ -522,6 +522,67 @@ TEST_F(NewFilesTest, DoesNotAskAboutFilesThatThePredicateHasAdded)
     EXPECT_THAT(Paths(), ElementsAre("a.txt", "c.txt", "d.txt", "e.txt"));
 }
 
+// The nested pass changes nothing in the snapshot, but from then on canonical paths are compared.
+TEST_F(NewFilesTest, DoesNotAskAboutAFileThatANestedPassFoundToBeALinkToAKnownOne)
+{
+    Have({"c.txt"});
+    Write({"b.txt", "sub/c.txt"});
+    bool isNested = false;
+    SetPredicate([&](const std::string&) {
+        if (!isNested) {
+            isNested = true;
+            Remove("sub/c.txt");
+            folder.Link("../c.txt", "sub/c.txt");
+            Pass();
+        }
+        return false;
+    });
+
+    Pass();
+
+    EXPECT_THAT(asked, ElementsAre("b.txt", "b.txt"));
+    EXPECT_THAT(Paths(), ElementsAre("c.txt"));
+}
+
+// The file is compared with the entry before the predicate replaces the entry's file by a link.
+TEST_F(NewFilesTest, AddsARejectedFileLaterThoughAnEntryOfItsNameHasBecomeALinkToIt)
+{
+    Have({"a.txt", "sub/c.txt"});
+    Write({"b.txt", "c.txt"});
+    folder.MakeFolder("empty");
+    bool accepts = false;
+    SetPredicate([&](const std::string& name) {
+        if (accepts)
+            return true;
+        if (name == "b.txt") {
+            Pass(Path("./empty"));
+        } else {
+            Remove("sub/c.txt");
+            folder.Link("../c.txt", "sub/c.txt");
+        }
+        return false;
+    });
+    Pass();
+    accepts = true;
+
+    Pass();
+
+    EXPECT_THAT(Paths(), testing::UnorderedElementsAre("a.txt", "b.txt", "c.txt", "sub/c.txt"));
+}
+
+// Then the scan cannot skip the known files.
+TEST_F(NewFilesTest, DoesNotAskAboutKnownFilesWhenTwoEntriesShareAPath)
+{
+    Have({"a.txt", "a.txt", "b.txt"});
+    Write("c.txt");
+    SetPredicate([](const std::string&) { return true; });
+
+    Pass();
+
+    EXPECT_THAT(asked, ElementsAre("c.txt"));
+    EXPECT_THAT(Paths(), ElementsAre("a.txt", "a.txt", "b.txt", "c.txt"));
+}
+
 TEST_F(NewFilesTest, AsksThePredicateAboutEveryFileForAnEmptySnapshot)
 {
     Write({"a.txt", "b.txt", "c.txt"});

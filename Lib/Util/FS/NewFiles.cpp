@@ -44,7 +44,7 @@ NewFiles NewFiles::ForPass(DirectorySnapshot& snapshot, const QString& dirPath, 
     if (snapshot.GetFileInfos().isEmpty())
         return NewFiles(snapshot, scan, Destination::End, snapshot.Reserve(scan.size()), token);
     NewFiles files(snapshot, scan, Destination::NameIndex, 0, token);
-    files.areAllNew = known && snapshot.GetIdentity() == DirectorySnapshot::Identity::Path;
+    files.areAllNew = known.has_value();
     return files;
 }
 
@@ -69,7 +69,8 @@ bool NewFiles::MoveNext()
 bool NewFiles::IsNew(const QFileInfo& info)
 {
     // No lookup before it is needed: the predicate rejects the same files in every pass.
-    const bool looksUpFirst = !areAllNew || snapshot.GetRevision() != revision;
+    const bool looksUpFirst = !areAllNew || snapshot.GetRevision() != revision
+                              || snapshot.GetIdentity() != DirectorySnapshot::Identity::Path;
     if (looksUpFirst && !FindIndex(info))
         return false;
     if (!Accepts(filter, info) || watch.IsExpired())

@@ -58,7 +58,7 @@ private:
     const SortedFiles scan;
     const WatchToken watch;
     const bool snapshotWasEmpty;
-    bool areAllNew = false; ///< no scanned file was in the snapshot when the scan ended
+    bool areAllNew = false; ///< no scanned file had its path in the snapshot when the scan ended
     Destination destination;
     const int firstPlace; ///< of the scanned files, in the snapshot's order of listing
     unsigned int revision;
