@@ -112,6 +112,17 @@ TEST(NameMatcherTest, MatchesLongNamesWithManyStars)
     EXPECT_FALSE(matcher.Matches(QString(20, QLatin1Char('a')) + "xc"_q + QString(60, QLatin1Char('a'))));
 }
 
+TEST(NameMatcherTest, TreatsHalfASurrogatePairAsACharacter)
+{
+    for (const char16_t half : {u'\xD83D', u'\xDE00'}) {
+        const QString name = "a"_q + QChar(half);
+
+        EXPECT_TRUE(NameMatcher({"a?"_q}).Matches(name));
+        EXPECT_FALSE(NameMatcher({"a"_q}).Matches(name));
+        EXPECT_FALSE(NameMatcher({"a??"_q}).Matches(name));
+    }
+}
+
 QString RandomText(std::mt19937& random, const QString& alphabet, std::size_t longest)
 {
     QString text;
