@@ -120,7 +120,7 @@ public:
 private:
     void Add(const dirent& entry)
     {
-        // In most passes most files are known. They need no QFileInfo.
+        // Files that are known, as most are in most passes, or that do not match need no QFileInfo.
         const bool isFile = entry.d_type == DT_REG;
         if (isFile && (!HasWantedName() || options.IsKnown(entryPath.Get())))
             return;

@@ -68,7 +68,8 @@ bool NewFiles::MoveNext()
 /// Whether the file is not in the snapshot yet and is accepted. Also false once the watch has ended.
 bool NewFiles::IsNew(const QFileInfo& info)
 {
-    // No lookup before it is needed: the predicate rejects the same files in every pass.
+    // No lookup before it is needed: the predicate rejects the same files in every pass. It is needed once a
+    // slot or the predicate has changed the snapshot, or has found a link by a pass of its own.
     const bool looksUpFirst = !areAllNew || snapshot.GetRevision() != revision
                               || snapshot.GetIdentity() != DirectorySnapshot::Identity::Path;
     if (looksUpFirst && !FindIndex(info))
